@@ -1,0 +1,171 @@
+#include "analyse/lexicon.h"
+
+#include <libstemmer.h>
+
+#include <algorithm>
+#include <cstddef>
+
+#include "analyse/characters.h"
+#include "analyse/normalise.h"
+
+namespace vek::analysis {
+namespace {
+
+Casing casing_of(const Language &language) {
+  return language.has_dotless_i ? Casing::dotless_i : Casing::usual;
+}
+
+// Takes the next word off `text`, which is empty afterwards if there was none.
+std::string_view next_word(std::string_view &text) {
+  constexpr std::string_view blanks = " \t\r\n\v\f";
+  text.remove_prefix(std::min(text.size(), text.find_first_not_of(blanks)));
+  const std::string_view word = text.substr(0, text.find_first_of(blanks));
+  text.remove_prefix(word.size());
+  return word;
+}
+
+std::string without_comments(std::string_view text) {
+  std::string rest;
+  bool in_comment = false;
+  for (const char c : text) {
+    if (c == '#') in_comment = true;
+    if (c == '\n') in_comment = false;
+    if (!in_comment) rest += c;
+  }
+  return rest;
+}
+
+}  // namespace
+
+Lexicon::Lexicon(const Language &language, Numbers numbers)
+    : language_(language),
+      numbers_(numbers),
+      stemmer_P_(*language.name == '\0' ? nullptr
+                                        : sb_stemmer_new(language.name, "UTF_8"),
+                 sb_stemmer_delete) {
+  const FunctionWords &words = language.words;
+  add_words(words.others, is_function);
+  add_words(words.articles, is_function | is_article);
+  add_words(words.of, is_function | is_of);
+  add_words(words.genitive_articles, is_function | is_genitive_article);
+}
+
+Lexicon::~Lexicon() = default;
+
+bool Lexicon::has_stemmer() const {
+  return *language_.name == '\0' || stemmer_P_ != nullptr;
+}
+
+void Lexicon::add_words(std::string_view list, FunctionFlags flags) {
+  for (std::string_view word = next_word(list); !word.empty();
+       word = next_word(list)) {
+    const std::string text = normalise_word(word, casing_of(language_));
+    function_words_[text] = static_cast<FunctionFlags>(function_words_[text] | flags);
+  }
+}
+
+void Lexicon::add_stop_words(std::string_view text) {
+  add_words(without_comments(text), is_function);
+}
+
+FunctionFlags Lexicon::function_flags(std::string_view text) const {
+  const auto found = function_words_.find(std::string(text));
+  return found == function_words_.end() ? FunctionFlags{0} : found->second;
+}
+
+Word Lexicon::look_up(std::string_view raw) {
+  raw = cut_at_character(raw, longest_raw_word);
+  Word word;
+  if (cache_.find(raw, word)) return word;
+  word = classify(raw);
+  cache_.insert(raw, word);
+  return word;
+}
+
+Word Lexicon::classify(std::string_view raw) {
+  if (kind_of(first_character(raw).value) == CharKind::digit) return number(raw);
+  const std::string normal = normalise_word(raw, casing_of(language_));
+  std::string_view text = normal;
+  Word word;
+  word.has_capital = has_capital(raw);
+  word.elided = cut_elision(text);
+  word.function = function_flags(text);
+  if (word.function == 0) {
+    cut_endings(text);
+    word.function = function_flags(text);
+  }
+  word.kind = word.function != 0 ? WordKind::function : WordKind::content;
+  if (word.kind == WordKind::content) word.stem = stem(text);
+  return word;
+}
+
+Word Lexicon::number(std::string_view raw) {
+  Word word;
+  switch (numbers_) {
+    case Numbers::drop:
+      word.kind = WordKind::dropped;
+      break;
+    case Numbers::as_class:
+      word.kind = WordKind::number_class;
+      break;
+    case Numbers::keep:
+      stem_ = normalise_word(raw, casing_of(language_));
+      // A comma would end the word in the analysis, and one writer's full stop
+      // is another one's comma.
+      std::replace(stem_.begin(), stem_.end(), ',', '.');
+      word.kind = WordKind::content;
+      word.stem = cut_at_character(stem_, longest_word);
+      break;
+  }
+  return word;
+}
+
+// Takes elided function words off the front of `text`, unless all of it is a
+// function word as it stands. Returns the flags of the last one.
+FunctionFlags Lexicon::cut_elision(std::string_view &text) const {
+  FunctionFlags flags = 0;
+  while (function_flags(text) == 0) {
+    const std::size_t end = text.find('\'');
+    if (end == std::string_view::npos || end + 1 == text.size()) break;
+    const FunctionFlags elided = function_flags(text.substr(0, end + 1));
+    if (elided == 0) break;
+    flags = elided;
+    text.remove_prefix(end + 1);
+  }
+  return flags;
+}
+
+void Lexicon::cut_endings(std::string_view &text) const {
+  const char mark = language_.ending_mark;
+  const std::size_t end = mark == '\0' ? text.npos : text.find(mark);
+  if (end != text.npos && end > 0) text = text.substr(0, end);
+  cut_listed_ending(text);
+}
+
+void Lexicon::cut_listed_ending(std::string_view &text) const {
+  std::string_view endings = language_.endings;
+  for (std::string_view ending = next_word(endings); !ending.empty();
+       ending = next_word(endings)) {
+    if (text.size() > ending.size() && text.ends_with(ending)) {
+      text.remove_suffix(ending.size());
+      return;
+    }
+  }
+}
+
+// An abbreviation like u.s is left as it is: its letters are not a word's.
+std::string_view Lexicon::stem(std::string_view text) {
+  stem_ = cut_at_character(text, longest_word);
+  if (stemmer_P_ == nullptr || text.find('.') != text.npos) return stem_;
+  const sb_symbol *result_P =
+      sb_stemmer_stem(stemmer_P_.get(),
+                      reinterpret_cast<const sb_symbol *>(stem_.data()),
+                      static_cast<int>(stem_.size()));
+  const int size = sb_stemmer_length(stemmer_P_.get());
+  if (result_P == nullptr || size <= 0) return stem_;
+  stem_.assign(reinterpret_cast<const char *>(result_P),
+               static_cast<std::size_t>(size));
+  return cut_at_character(stem_, longest_word);
+}
+
+}  // namespace vek::analysis

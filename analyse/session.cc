@@ -1,0 +1,201 @@
+#include "analyse/session.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "analyse/analysis_writer.h"
+#include "analyse/document.h"
+#include "analyse/lexicon.h"
+#include "analyse/output.h"
+#include "analyse/progress.h"
+#include "analyse/requests.h"
+#include "analyse/result_files.h"
+#include "analyse/tokeniser.h"
+
+namespace vek::analysis {
+namespace {
+
+constexpr char end_of_answer = '\x01';
+
+// `path` in quotes, without the signs that could upset a terminal.
+std::string shown(std::string path) {
+  for (char &c : path) {
+    if (static_cast<unsigned char>(c) < ' ' || c == '\x7F') c = '?';
+  }
+  return "'" + path + "'";
+}
+
+// The way of a document from its path to the text of its analysis.
+class Analysis {
+ public:
+  Analysis(const Options &options, Lexicon &lexicon, Output &output)
+      : writer_(*options.language_P, options.terms, lexicon, output),
+        tokeniser_(rules(*options.language_P), writer_) {}
+
+  // Puts the analysis into the output. False, after a report, if the document
+  // can't be read; then some of it may have been put.
+  bool analyse(const std::string &path) {
+    FileSource source;
+    if (const std::string problem = source.open(path); !problem.empty()) {
+      report("cannot read " + shown(path) + ": " + problem);
+      return false;
+    }
+    writer_.start();
+    if (!reader_.read(source, tokeniser_)) {
+      report("cannot read " + shown(path) + ": " + std::strerror(errno));
+      return false;
+    }
+    writer_.finish();
+    return true;
+  }
+
+ private:
+  static TokeniserRules rules(const Language &language) {
+    return {.colon_in_words = language.ending_mark == ':',
+            .has_final_apostrophe = language.has_final_apostrophe};
+  }
+
+  AnalysisWriter writer_;
+  Tokeniser tokeniser_;
+  DocumentReader reader_;
+};
+
+class Session {
+ public:
+  Session(const Options &options, Lexicon &lexicon)
+      : names_(options.from_directory.empty()
+                   ? ResultNames(options.to_directory)
+                   : ResultNames(options.to_directory, options.from_directory)),
+        writes_files_(!options.to_directory.empty()),
+        output_(writes_files_ ? -1 : STDOUT_FILENO),
+        analysis_(options, lexicon, output_),
+        progress_(options.has_progress, isatty(STDERR_FILENO) == 1) {}
+
+  ExitStatus run() {
+    RequestReader requests(STDIN_FILENO);
+    std::string path;
+    while (requests.next(path)) {
+      if (writes_files_) {
+        write_result(path);
+      } else if (!answer(path)) {
+        return broken_output();
+      }
+    }
+    if (errno != 0) {
+      report(std::string("cannot read the requests: ") + std::strerror(errno));
+      return exit_failure;
+    }
+    progress_.finish();
+    return has_failures_ ? exit_documents_failed : exit_good;
+  }
+
+ private:
+  enum class Outcome { done, skipped, failed };
+
+  // One answer for each request, whatever happens to the document. False if
+  // it could not be written.
+  bool answer(const std::string &path) {
+    const bool is_done = analysis_.analyse(path);
+    if (!is_done) output_.drop();
+    output_.put(end_of_answer);
+    output_.flush();
+    note(is_done ? Outcome::done : Outcome::failed);
+    return output_.good();
+  }
+
+  void write_result(const std::string &path) {
+    std::string file;
+    const std::string problem = names_.find(path, file);
+    if (!problem.empty()) {
+      report("no result for " + shown(path) + ": " + problem);
+      note(Outcome::failed);
+    } else if (is_result(file)) {
+      note(Outcome::skipped);
+    } else {
+      note(make_result(path, file) ? Outcome::done : Outcome::failed);
+    }
+  }
+
+  bool make_result(const std::string &path, const std::string &file) {
+    ResultFile result;
+    if (!result.open(file)) return cannot_write(file, errno);
+    output_.drop();
+    output_.set_descriptor(result.descriptor());
+    if (!analysis_.analyse(path)) return false;
+    output_.flush();
+    if (!output_.good()) return cannot_write(file, output_.error_number());
+    return result.commit() || cannot_write(file, errno);
+  }
+
+  // Returns false, for the caller to hand on.
+  static bool cannot_write(const std::string &file, int error_number) {
+    report("cannot write " + shown(file) + ": " + std::strerror(error_number));
+    return false;
+  }
+
+  void note(Outcome outcome) {
+    if (outcome == Outcome::failed) has_failures_ = true;
+    progress_.count(outcome == Outcome::skipped);
+  }
+
+  // Whoever asked has gone, which is his right, or the disk is full.
+  ExitStatus broken_output() const {
+    const int error_number = output_.error_number();
+    if (error_number == EPIPE) return exit_good;
+    report(std::string("cannot write the answer: ") +
+           std::strerror(error_number));
+    return exit_failure;
+  }
+
+  const ResultNames names_;
+  const bool writes_files_;
+  DescriptorOutput output_;
+  Analysis analysis_;
+  Progress progress_;
+  bool has_failures_ = false;
+};
+
+// Empty, or what is wrong.
+std::string add_stop_file(const std::string &name, Lexicon &lexicon) {
+  FileSource source;
+  std::string problem = source.open(name);
+  if (!problem.empty()) return problem;
+  std::string text(1 << 20, '\0');
+  const std::ptrdiff_t size = source.read(0, text.data(), text.size());
+  if (size < 0) return std::strerror(errno);
+  if (static_cast<std::size_t>(size) == text.size()) return "too long";
+  text.resize(static_cast<std::size_t>(size));
+  lexicon.add_stop_words(text);
+  return {};
+}
+
+}  // namespace
+
+void report(const std::string &message) {
+  // In one piece, so that the lines of several workers do not mix.
+  const std::string line = "vek-analyse: " + message + '\n';
+  std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+ExitStatus run_session(const Options &options) {
+  Lexicon lexicon(*options.language_P, options.numbers);
+  if (!lexicon.has_stemmer()) {
+    report(std::string("the stemming library lacks '") +
+           options.language_P->name + "'");
+    return exit_failure;
+  }
+  if (!options.stop_file.empty()) {
+    const std::string problem = add_stop_file(options.stop_file, lexicon);
+    if (!problem.empty()) {
+      report("cannot read " + shown(options.stop_file) + ": " + problem);
+      return exit_usage;
+    }
+  }
+  return Session(options, lexicon).run();
+}
+
+}  // namespace vek::analysis

@@ -1,0 +1,189 @@
+#include "classes/classprof.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+
+#include "classes/classtab.h"
+#include "params/params.h"
+#include "run/textio.h"
+
+namespace vek {
+namespace {
+
+// Past this the table grows by itself as terms come.
+constexpr std::size_t largest_preparation = 4096;
+
+// Text is handed to the stream in pieces of about this size.
+constexpr std::size_t piece_size = 65536;
+
+void append_entry(std::string &out, const ClassProfile::Slot &slot) {
+  append_number(out, slot.term);
+  out += '\t';
+  append_number(out, slot.entry.tf);
+  out += '\t';
+  append_number(out, slot.entry.df);
+  out += '\t';
+  switch (params.algorithm()) {
+    case Algorithm::winnow:
+      append_number(out, slot.entry.promotions);
+      out += '\t';
+      append_number(out, slot.entry.demotions);
+      out += '\t';
+      break;
+    case Algorithm::rocchio:
+      append_real(out, slot.entry.pos_weight);
+      out += '\t';
+      break;
+    case Algorithm::sbc:
+      break;
+  }
+  out += '\n';
+}
+
+bool read_entry(FieldReader &fields, std::uint32_t &term,
+                ClassProfileEntry &entry) {
+  if (!fields.read(term) || !fields.read(entry.tf) || !fields.read(entry.df)) {
+    return false;
+  }
+  switch (params.algorithm()) {
+    case Algorithm::winnow:
+      return fields.read(entry.promotions) && fields.read(entry.demotions);
+    case Algorithm::rocchio:
+      return fields.read(entry.pos_weight);
+    case Algorithm::sbc:
+      break;
+  }
+  return true;
+}
+
+}  // namespace
+
+ClassProfileEntry *ClassProfile::find(std::uint32_t term) {
+  const auto place = places_.find(term);
+  return place == places_.end() ? nullptr : &slots_[place->second].entry;
+}
+
+const ClassProfileEntry *ClassProfile::find(std::uint32_t term) const {
+  const auto place = places_.find(term);
+  return place == places_.end() ? nullptr : &slots_[place->second].entry;
+}
+
+std::uint32_t ClassProfile::tf(std::uint32_t term) const {
+  const ClassProfileEntry *entry_P = find(term);
+  return entry_P == nullptr ? 0 : entry_P->tf;
+}
+
+std::uint32_t ClassProfile::df(std::uint32_t term) const {
+  const ClassProfileEntry *entry_P = find(term);
+  return entry_P == nullptr ? 0 : entry_P->df;
+}
+
+ClassProfileEntry &ClassProfile::operator[](std::uint32_t term) {
+  const auto [place, is_new] =
+      places_.try_emplace(term, static_cast<std::uint32_t>(slots_.size()));
+  if (is_new) {
+    if (!slots_.empty() && slots_.back().term > term)
+      arranged_ = false;
+    slots_.push_back({term, {}});
+  }
+  return slots_[place->second].entry;
+}
+
+void ClassProfile::erase(std::uint32_t term) {
+  const auto place = places_.find(term);
+  if (place == places_.end())
+    return;
+  const std::uint32_t hole = place->second;
+  places_.erase(place);
+  if (hole + 1 != slots_.size()) {
+    slots_[hole] = slots_.back();
+    places_[slots_[hole].term] = hole;
+    arranged_ = false;
+  }
+  slots_.pop_back();
+}
+
+void ClassProfile::prepare(std::size_t nr_expected) {
+  const std::size_t room = std::min(nr_expected / 2, largest_preparation);
+  if (room <= slots_.size())
+    return;
+  slots_.reserve(room);
+  places_.reserve(room);
+}
+
+void ClassProfile::arrange() const {
+  if (arranged_)
+    return;
+  std::sort(slots_.begin(), slots_.end(),
+            [](const Slot &a, const Slot &b) { return a.term < b.term; });
+  for (std::size_t place = 0; place < slots_.size(); ++place) {
+    places_[slots_[place].term] = static_cast<std::uint32_t>(place);
+  }
+  arranged_ = true;
+}
+
+ClassProfile::iterator ClassProfile::begin() {
+  arrange();
+  return slots_.begin();
+}
+
+ClassProfile::const_iterator ClassProfile::begin() const {
+  arrange();
+  return slots_.cbegin();
+}
+
+void ClassProfile::set_init_weights(WeightType pos, WeightType neg) {
+  init_pos_weight_ = pos;
+  init_neg_weight_ = neg;
+}
+
+void ClassProfile::add_to_weight_sum(std::uint32_t class_id) const {
+  ClassData &data = class_table.get_data(class_id);
+  for (const Slot &slot : *this)
+    data.weight_sum += slot.entry.weight;
+}
+
+bool ClassProfile::write(std::ostream &os, std::uint32_t nr_terms) const {
+  std::string text;
+  append_number(text, size());
+  text += '\t';
+  append_number(text, nr_terms);
+  text += '\t';
+  append_real(text, threshold_);
+  text += '\n';
+  for (const Slot &slot : *this) {
+    append_entry(text, slot);
+    if (text.size() < piece_size)
+      continue;
+    if (!os.write(text.data(), std::ssize(text)))
+      return false;
+    text.clear();
+  }
+  os.write(text.data(), std::ssize(text));
+  return os.good();
+}
+
+bool ClassProfile::read(std::istream &is, std::uint32_t &nr_terms) {
+  const std::string text{std::istreambuf_iterator<char>(is),
+                         std::istreambuf_iterator<char>()};
+  FieldReader fields(text);
+  std::uint32_t nr_entries = 0;
+  if (is.bad() || !fields.read(nr_entries) || !fields.read(nr_terms) ||
+      !fields.read(threshold_)) {
+    return false;
+  }
+  prepare(nr_entries);
+  for (std::uint32_t i = 0; i < nr_entries; ++i) {
+    std::uint32_t term = 0;
+    ClassProfileEntry entry;
+    if (!read_entry(fields, term, entry))
+      return false;
+    if (find(term) != nullptr)
+      return false;
+    (*this)[term] = entry;
+  }
+  return fields.at_end();
+}
+
+}  // namespace vek

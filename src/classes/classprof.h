@@ -1,0 +1,107 @@
+// What one class knows of its terms: how often each occurs in the class's
+// training documents, what weight the documents have given it, and the
+// classifier's own weights for it, with the class's threshold.
+//
+// Every class of the table owns one. Documents add to it, term selection
+// prunes it, the trainers put their weights into it and the scorer reads it.
+#ifndef VEK_CLASSES_CLASSPROF_H_
+#define VEK_CLASSES_CLASSPROF_H_
+
+#include <boost/unordered/unordered_flat_map.hpp>
+#include <cstddef>
+#include <cstdint>
+#include <istream>
+#include <ostream>
+#include <vector>
+
+#include "run/helpers.h"
+
+namespace vek {
+
+struct ClassProfileEntry {
+  // Sum of the term's frequencies over the class's training documents.
+  std::uint32_t tf = 0;
+  // Number of the class's training documents in which the term occurs.
+  std::uint32_t df = 0;
+  // Document weights added up, by DocProfile::weigh() and by Rocchio.
+  WeightType weight = 0.0;
+  // Winnow's positive weight, or the only weight of Rocchio and SBC.
+  WeightType pos_weight = 0.0;
+  WeightType neg_weight = 0.0;
+  // How many of Winnow's updates touched the term.
+  std::int32_t promotions = 0;
+  std::int32_t demotions = 0;
+};
+
+class ClassProfile {
+ public:
+  struct Slot {
+    std::uint32_t term;
+    ClassProfileEntry entry;
+  };
+  using iterator = std::vector<Slot>::iterator;
+  using const_iterator = std::vector<Slot>::const_iterator;
+
+  // The entry of a term, or null. Valid until an entry is created or erased
+  // or the profile is walked.
+  ClassProfileEntry *find(std::uint32_t term);
+  const ClassProfileEntry *find(std::uint32_t term) const;
+
+  // 0 for an absent term, which stays absent.
+  std::uint32_t tf(std::uint32_t term) const;
+  std::uint32_t df(std::uint32_t term) const;
+
+  // The entry of a term, all zero if it is new.
+  ClassProfileEntry &operator[](std::uint32_t term);
+  void erase(std::uint32_t term);
+  std::size_t size() const { return slots_.size(); }
+
+  // Makes room for half of `nr_expected` terms, within reason: a table of
+  // fifty thousand classes must not reserve the whole vocabulary for each.
+  void prepare(std::size_t nr_expected);
+
+  // Walks go by ascending term id, so that no sum and no file depends on how
+  // the table is laid out.
+  iterator begin();
+  iterator end() { return slots_.end(); }
+  const_iterator begin() const;
+  const_iterator end() const { return slots_.end(); }
+
+  WeightType threshold() const { return threshold_; }
+  void set_threshold(WeightType threshold) { threshold_ = threshold; }
+
+  // Winnow's start weights; kept for whoever looks at a trained class.
+  WeightType init_pos_weight() const { return init_pos_weight_; }
+  WeightType init_neg_weight() const { return init_neg_weight_; }
+  void set_init_weights(WeightType pos, WeightType neg);
+
+  // Adds the weight of every entry to the weight sum of that class.
+  void add_to_weight_sum(std::uint32_t class_id) const;
+
+  // The text form: a line with the number of entries, `nr_terms` and the
+  // threshold, then a line for each entry, whose columns follow the algorithm
+  // that is set. Doubles have six significant digits. False if the stream
+  // fails.
+  bool write(std::ostream &os, std::uint32_t nr_terms) const;
+
+  // Reads that form into the empty profile. What the file does not carry is
+  // 0. False if the stream fails, if a number is none, out of range or not
+  // finite, if a term comes twice, and if anything follows the last entry.
+  bool read(std::istream &is, std::uint32_t &nr_terms);
+
+ private:
+  void arrange() const;
+
+  // Slots in order of entry until a walk sorts them; `places_` leads to them.
+  // Sorting changes no content, hence mutable.
+  mutable std::vector<Slot> slots_;
+  mutable boost::unordered_flat_map<std::uint32_t, std::uint32_t> places_;
+  mutable bool arranged_ = true;
+  WeightType threshold_ = 1.0;
+  WeightType init_pos_weight_ = 0.0;
+  WeightType init_neg_weight_ = 0.0;
+};
+
+}  // namespace vek
+
+#endif  // VEK_CLASSES_CLASSPROF_H_

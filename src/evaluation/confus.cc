@@ -1,0 +1,164 @@
+#include "evaluation/confus.h"
+
+#include <cassert>
+#include <iomanip>
+#include <sstream>
+
+#include "classes/classtab.h"
+#include "params/params.h"
+#include "run/log.h"
+
+namespace vek {
+namespace {
+
+constexpr int item_width = 10;
+
+// One value of a report: a count, or a measure shown in percent.
+struct ReportItem {
+  enum class Kind { count, percentage };
+  Kind kind;
+  std::uint32_t count;
+  double percentage;
+};
+
+ReportItem count_item(std::uint32_t value) {
+  return {ReportItem::Kind::count, value, 0.0};
+}
+
+ReportItem percentage_item(WeightType measure) {
+  return {ReportItem::Kind::percentage, 0, measure * 100.0};
+}
+
+std::ostream &operator<<(std::ostream &os, const ReportItem &item) {
+  os << std::right << std::setw(item_width);
+  if (item.kind == ReportItem::Kind::count)
+    return os << item.count << "  ";
+  return os << std::fixed << std::setprecision(2) << item.percentage << "% ";
+}
+
+std::uint32_t nr_test_documents() {
+  return static_cast<std::uint32_t>(class_table.get_data(0).test_docs.size());
+}
+
+bool divide(std::uint32_t a, std::uint32_t b, WeightType &value) {
+  value = b == 0 ? 0.0 : double(a) / double(b);
+  return b != 0;
+}
+
+}  // namespace
+
+WeightType f_measure(WeightType precision, WeightType recall, double f) {
+  const double square = f * f;
+  const double divisor = square * precision + recall;
+  if (divisor == 0.0)
+    return 0.0;
+  return (square + 1.0) * precision * recall / divisor;
+}
+
+ConfusionMatrix::ConfusionMatrix()
+    : nr_classes_(static_cast<std::uint32_t>(class_table.size())),
+      cells_(std::size_t{nr_rows} * nr_classes_) {}
+
+void ConfusionMatrix::enter(std::uint32_t row, std::uint32_t class_id) {
+  const std::size_t start = std::size_t{row} * nr_classes_;
+  const std::size_t pos = start + class_id;
+  assert(pos < size());
+  ++cells_[pos];
+  ++cells_[start];
+}
+
+std::uint32_t ConfusionMatrix::get_confusion(std::uint32_t row,
+                                             std::uint32_t column) const {
+  const std::size_t pos = std::size_t{row} * nr_classes_ + column;
+  assert(pos < size());
+  return cells_[pos];
+}
+
+std::uint32_t ConfusionMatrix::nr_correct(std::uint32_t class_id) const {
+  return get_confusion(row_rs, class_id);
+}
+
+std::uint32_t ConfusionMatrix::nr_missed(std::uint32_t class_id) const {
+  return get_confusion(row_rns, class_id);
+}
+
+std::uint32_t ConfusionMatrix::nr_wrong(std::uint32_t class_id) const {
+  return get_confusion(row_nrs, class_id);
+}
+
+bool ConfusionMatrix::precision(std::uint32_t class_id,
+                                WeightType &value) const {
+  const std::uint32_t correct = nr_correct(class_id);
+  return divide(correct, correct + nr_wrong(class_id), value);
+}
+
+bool ConfusionMatrix::recall(std::uint32_t class_id, WeightType &value) const {
+  const std::uint32_t correct = nr_correct(class_id);
+  return divide(correct, correct + nr_missed(class_id), value);
+}
+
+void ConfusionMatrix::fallout(std::uint32_t class_id, WeightType &value) const {
+  const std::uint32_t others =
+      nr_test_documents() - nr_correct(class_id) - nr_missed(class_id);
+  divide(nr_wrong(class_id), others, value);
+}
+
+void ConfusionMatrix::print(std::ostream &os) const {
+  os << "Contingency table:RS/RNS/NRS/NRNS\n";
+  for (std::uint32_t id = 0; id < nr_classes_; ++id)
+    print_counts(os, id);
+  os << "\nPrecision/Recall/F-Measure/Fallout\n";
+  for (std::uint32_t id = 0; id < nr_classes_; ++id)
+    print_measures(os, id);
+  os << '\n';
+}
+
+void ConfusionMatrix::print_counts(std::ostream &os,
+                                   std::uint32_t class_id) const {
+  class_table.print_full_name(os, class_id);
+  os << "  ";
+  std::uint32_t sum = 0;
+  for (std::uint32_t row = 0; row < nr_rows; ++row) {
+    const std::uint32_t count = get_confusion(row, class_id);
+    sum += count;
+    os << count_item(count) << "  ";
+  }
+  if (sum <= nr_test_documents()) {
+    os << count_item(nr_test_documents() - sum);
+  } else {
+    os << '0';
+  }
+  os << '\n';
+}
+
+void ConfusionMatrix::print_measures(std::ostream &os,
+                                     std::uint32_t class_id) const {
+  WeightType precision_value = 0.0;
+  WeightType recall_value = 0.0;
+  WeightType fallout_value = 0.0;
+  const bool has_precision = precision(class_id, precision_value);
+  const bool has_recall = recall(class_id, recall_value);
+  if (!has_precision || !has_recall)
+    return;
+  fallout(class_id, fallout_value);
+  if (class_id == 0) {
+    os << "Total";
+  } else {
+    class_table.print_full_name(os, class_id);
+  }
+  const WeightType f =
+      f_measure(precision_value, recall_value, params.f_parameter());
+  for (const WeightType measure :
+       {precision_value, recall_value, f, fallout_value}) {
+    os << "  " << percentage_item(measure);
+  }
+  os << '\n';
+}
+
+void ConfusionMatrix::report(unsigned level) const {
+  std::ostringstream text;
+  print(text);
+  log_always(level, text.str());
+}
+
+}  // namespace vek

@@ -1,0 +1,71 @@
+// Counts, over one test run, which classes the documents had and which were
+// assigned to them, and turns the counts into the report of the run.
+//
+// For one class and one document: RS, the document is in the class and was
+// assigned to it; RNS, it is in the class and was not assigned; NRS, it is not
+// in the class and was assigned. NRNS, neither, follows from the number of
+// test documents. Column 0 is that of the top class, to which nothing is ever
+// assigned; it holds the totals.
+#ifndef VEK_EVALUATION_CONFUS_H_
+#define VEK_EVALUATION_CONFUS_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <ostream>
+#include <vector>
+
+#include "run/helpers.h"
+
+namespace vek {
+
+class ConfusionMatrix {
+ public:
+  // All counts 0, for the classes that the class table holds now.
+  ConfusionMatrix();
+
+  // A class id outside the table stops the program.
+  void enterRS(std::uint32_t class_id) { enter(row_rs, class_id); }
+  void enterRNS(std::uint32_t class_id) { enter(row_rns, class_id); }
+  void enterNRS(std::uint32_t class_id) { enter(row_nrs, class_id); }
+  std::uint32_t get_confusion(std::uint32_t row, std::uint32_t column) const;
+
+  std::uint32_t nr_correct(std::uint32_t class_id) const;
+  std::uint32_t nr_missed(std::uint32_t class_id) const;
+  std::uint32_t nr_wrong(std::uint32_t class_id) const;
+
+  // RS / (RS + NRS). False, and a value of 0, if nothing was assigned.
+  bool precision(std::uint32_t class_id, WeightType &value) const;
+  // RS / (RS + RNS). False, and a value of 0, if no document is in the class.
+  bool recall(std::uint32_t class_id, WeightType &value) const;
+  // NRS / (T - RS - RNS), with T the number of test documents, the difference
+  // in unsigned 32 bits; 0 if it is 0.
+  void fallout(std::uint32_t class_id, WeightType &value) const;
+
+  // The count table, an empty line, the measures, an empty line. Averages are
+  // micro-averages: the figures of the summed counts.
+  void print(std::ostream &os) const;
+  // The same as one message of the log.
+  void report(unsigned level) const;
+
+ private:
+  static constexpr std::uint32_t row_rs = 0;
+  static constexpr std::uint32_t row_rns = 1;
+  static constexpr std::uint32_t row_nrs = 2;
+  static constexpr std::uint32_t nr_rows = 3;
+
+  std::size_t size() const { return cells_.size(); }
+  void enter(std::uint32_t row, std::uint32_t class_id);
+  void print_counts(std::ostream &os, std::uint32_t class_id) const;
+  void print_measures(std::ostream &os, std::uint32_t class_id) const;
+
+  std::uint32_t nr_classes_;
+  std::vector<std::uint32_t> cells_;
+};
+
+// ((f * f + 1) * P * R) / (f * f * P + R), of precision P and recall R; 0 if
+// the divisor is 0. Van Rijsbergen 1979.
+WeightType f_measure(WeightType precision, WeightType recall, double f);
+
+}  // namespace vek
+
+#endif  // VEK_EVALUATION_CONFUS_H_

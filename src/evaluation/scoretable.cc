@@ -1,0 +1,193 @@
+#include "evaluation/scoretable.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cfloat>
+#include <cmath>
+#include <iterator>
+
+#include "evaluation/scorer.h"
+#include "evaluation/testing.h"
+#include "run/log.h"
+#include "run/textio.h"
+#include "store/database.h"
+
+namespace vek {
+namespace {
+
+// Scores held at a time while leaves are scored together (256 MB).
+constexpr std::size_t largest_nr_scores = std::size_t{1} << 25;
+
+// Past this many leaves their scores for one document no longer stay in the
+// cache of the processor.
+constexpr std::size_t largest_nr_leaves = 512;
+
+std::vector<ClassData *> all_leaves() {
+  std::vector<ClassData *> leaves;
+  for (auto &[key, data] : class_table) {
+    if (data.sons.empty())
+      leaves.push_back(&data);
+  }
+  return leaves;
+}
+
+// Fills a table for each class, in one walk over the cached profiles. Both the
+// cache and a class's documents are in the order of names, so membership is
+// found by going along.
+void collect_scores(const std::vector<ClassData *> &classes,
+                    std::vector<ScoreTable> &tables) {
+  const ClassScorer scorer(classes);
+  std::vector<DocumentMap::Map::const_iterator> next;
+  for (const ClassData *class_data_P : classes) {
+    next.push_back(class_data_P->train_docs.begin());
+  }
+  ScoreTable::Scores values;
+  for (const auto &[name, profile] : data_base.cache()) {
+    scorer.score(*profile, values);
+    for (std::size_t i = 0; i < classes.size(); ++i) {
+      const auto end = classes[i]->train_docs.end();
+      while (next[i] != end && next[i]->first < name)
+        ++next[i];
+      const bool is_member = next[i] != end && next[i]->first == name;
+      (is_member ? tables[i].pos : tables[i].neg).push_back(values[i]);
+    }
+  }
+  for (ScoreTable &table : tables)
+    table.complete();
+}
+
+void append_scores(std::string &line, const ScoreTable::Scores &values) {
+  for (const WeightType value : values) {
+    append_real(line, value);
+    line += ' ';
+  }
+  line += '\n';
+}
+
+void set_threshold(ClassData &leaf, const ScoreTable &table) {
+  const std::string &name = class_table.get_name(leaf.id);
+  table.write(name);
+  if (table.has_threshold()) {
+    leaf.profile.set_threshold(table.determine_threshhold());
+  }
+  logf_always(2, "Class %s threshhold %f", name.c_str(),
+              leaf.profile.threshold());
+}
+
+}  // namespace
+
+void ScoreTable::collect(ClassData *class_data_P) {
+  std::vector<ScoreTable> tables(1);
+  collect_scores({class_data_P}, tables);
+  pos.swap(tables[0].pos);
+  neg.swap(tables[0].neg);
+  write(class_table.get_name(class_data_P->id));
+}
+
+void ScoreTable::complete() {
+  std::sort(pos.begin(), pos.end());
+  std::sort(neg.begin(), neg.end());
+}
+
+void ScoreTable::write(const std::string &class_name) const {
+  std::string line = class_name + " + ";
+  append_scores(line, pos);
+  line += class_name + " - ";
+  append_scores(line, neg);
+  scores.write(line.data(), std::ssize(line));
+}
+
+int count_scores(const ScoreTable::Scores &values, WeightType low,
+                 WeightType high) {
+  if (low > high)
+    return 0;
+  const auto first = std::lower_bound(values.begin(), values.end(), low);
+  const auto last = std::lower_bound(first, values.end(), high);
+  return static_cast<int>(last - first);
+}
+
+// For edge i, from 0 to n: how many `pos` scores lie under it, and how many
+// `neg` scores at or over it.
+struct ScoreTable::Grid {
+  WeightType width;
+  std::vector<unsigned> below;
+  std::vector<unsigned> above;
+  // The bin in which `above` falls under `below`.
+  unsigned first;
+  unsigned last;
+
+  double excess_above() const { return double(above[first] - below[first]); }
+  double excess_below() const { return double(below[last] - above[last]); }
+};
+
+ScoreTable::Grid ScoreTable::make_grid() const {
+  const std::size_t n = pos.size();
+  const WeightType max_score = std::max(pos.back(), neg.back());
+  const WeightType min_score = std::min(pos.front(), neg.front());
+  const WeightType width = max_score - min_score;
+  const auto edge = [&](std::size_t i) {
+    return double(i) * width / double(n);
+  };
+  Grid grid{width, std::vector<unsigned>(n + 1), std::vector<unsigned>(n + 1),
+            0, static_cast<unsigned>(n)};
+  WeightType low = min_score;
+  for (std::size_t i = 1; i <= n; ++i) {
+    const WeightType high = i < n ? edge(i) : max_score + DBL_MIN;
+    grid.below[i] =
+        grid.below[i - 1] + static_cast<unsigned>(count_scores(pos, low, high));
+    low = high;
+  }
+  WeightType high = max_score;
+  for (std::size_t i = n; i-- > 0;) {
+    low = i > 0 ? edge(i) : min_score - DBL_MIN;
+    grid.above[i] =
+        grid.above[i + 1] + static_cast<unsigned>(count_scores(neg, low, high));
+    high = low;
+  }
+  while (grid.last - grid.first > 1) {
+    const unsigned middle = (grid.first + grid.last) / 2;
+    if (grid.above[middle] > grid.below[middle]) {
+      grid.first = middle;
+    } else {
+      grid.last = middle;
+    }
+  }
+  return grid;
+}
+
+bool ScoreTable::has_threshold() const {
+  if (pos.empty() || neg.empty())
+    return false;
+  const Grid grid = make_grid();
+  return grid.excess_above() + grid.excess_below() != 0.0;
+}
+
+WeightType ScoreTable::determine_threshhold() const {
+  assert(pos.size());
+  assert(neg.size());
+  const Grid grid = make_grid();
+  const double a = grid.excess_above();
+  const double b = grid.excess_below();
+  const double x = grid.first + a / (a + b);
+  return grid.width * x / double(pos.size());
+}
+
+void set_leaf_thresholds() {
+  const std::vector<ClassData *> leaves = all_leaves();
+  const std::size_t nr_docs =
+      std::max<std::size_t>(data_base.cache().size(), 1);
+  const std::size_t step = std::clamp<std::size_t>(largest_nr_scores / nr_docs,
+                                                   1, largest_nr_leaves);
+  for (std::size_t start = 0; start < leaves.size(); start += step) {
+    const std::size_t end = std::min(start + step, leaves.size());
+    const std::vector<ClassData *> block(leaves.begin() + std::ptrdiff_t(start),
+                                         leaves.begin() + std::ptrdiff_t(end));
+    std::vector<ScoreTable> tables(block.size());
+    collect_scores(block, tables);
+    for (std::size_t i = 0; i < block.size(); ++i) {
+      set_threshold(*block[i], tables[i]);
+    }
+  }
+}
+
+}  // namespace vek

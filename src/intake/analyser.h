@@ -1,0 +1,77 @@
+// The external program that does the linguistic analysis, and the way from a
+// document's name to a stored profile.
+//
+// The program is started once per run, before the data directory is opened,
+// and works in strict turn with this process: a path and a line feed go out
+// over a pipe, an analysis text ended by the byte 0x01 comes back. It is never
+// restarted and never waited for; it learns of the end of the run from the end
+// of its input. Without a command no process runs, and the document files hold
+// the analysis text themselves.
+#ifndef VEK_INTAKE_ANALYSER_H_
+#define VEK_INTAKE_ANALYSER_H_
+
+#include <sys/types.h>
+
+#include <string>
+
+#include "intake/docprof.h"
+#include "intake/termbag.h"
+
+namespace vek {
+
+class Analyser {
+ public:
+  Analyser() = default;
+  ~Analyser();
+  Analyser(const Analyser &) = delete;
+  Analyser &operator=(const Analyser &) = delete;
+
+  // Remembers where the document files lie, creating that directory if need
+  // be, and starts the process if `command` is not empty. Ends the run on
+  // failure; but a program that cannot be executed shows only when it is
+  // asked.
+  void open(const std::string &command);
+
+  // The analysis text of a document. Ends the run if there is no file for it
+  // or if the process has stopped answering. A NUL byte ends the text.
+  std::string process(const std::string &name);
+
+  // Closes both pipes. The child is not waited for.
+  void close();
+
+ private:
+  void start_analyser_process();
+  void send_request(const std::string &path);
+  std::string receive_answer(const std::string &name);
+  void drop_stray_bytes(const std::string &name);
+  std::string read_analysis(const std::string &name, const std::string &path);
+  [[noreturn]] void give_up(const std::string &name, const char *reason);
+
+  std::string command_;
+  std::string file_directory_;
+  int to_analyser_ = -1;
+  int from_analyser_ = -1;
+  pid_t pid_ = 0;
+};
+
+extern Analyser analyser;
+
+// Fills the bag with the terms of a document. Errors in the analysis text are
+// reported and cost only what they spoil.
+void analyse_document(const std::string &name, TermBag *bag);
+
+// Enters the pairs of the bag in the term table, in the bag's order, and adds
+// them to the profile.
+void add_to_profile(TermBag &bag, DocProfile &profile);
+
+// Sees to it that the document has a stored profile. A name that is in the
+// store is not analysed again.
+void profile_document(const std::string &name);
+
+// The profile of a document, analysed first if need be. Owned by the cache of
+// the database.
+DocProfile *document_profile(const std::string &name);
+
+}  // namespace vek
+
+#endif  // VEK_INTAKE_ANALYSER_H_

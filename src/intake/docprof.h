@@ -1,0 +1,83 @@
+// What the system knows of one document: which terms occur in it and how
+// often.
+//
+// Made once, from the analyser's answer; kept as a small binary block in the
+// profile store; read back whenever statistics are gathered, a classifier is
+// trained or the document is scored. This is the one place where frequencies
+// are turned into the strengths that classifiers see.
+#ifndef VEK_INTAKE_DOCPROF_H_
+#define VEK_INTAKE_DOCPROF_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "run/helpers.h"
+
+namespace vek {
+
+struct ClassData;
+class TermSet;
+
+struct DocProfileEntry {
+  std::uint32_t term;
+  std::uint32_t freq;
+  // Set by DocProfile::weigh(), never stored.
+  WeightType weight;
+};
+
+class DocProfile {
+ public:
+  using Entries = std::vector<DocProfileEntry>;
+
+  // Appends an entry of weight 0. The caller sees to it that terms are unique.
+  void add_term(std::uint32_t term, std::uint32_t freq);
+
+  // Sets `block` to the stored form: the number of entries, then term and
+  // frequency of each, four bytes each, least significant byte first.
+  bool write(std::string &block) const;
+
+  // Appends the entries of a block of `len` bytes to the empty profile. A
+  // null block and a length below four bytes are programming errors and stop
+  // the program; false means that the count in the block belies its length.
+  bool read(const void *contents, unsigned len);
+
+  // Turns frequencies into weights against a class, that among whose sons the
+  // document is to be placed: strength times ln(N / df), with the class's
+  // number of documents N and its document frequency df, then normalised. Adds
+  // each weight to the class's entry for the term, if it has one. Overwrites
+  // earlier weights.
+  //
+  // A document whose weights cannot be normalised has all weights 0. So has a
+  // term of a class without documents.
+  void weigh(std::uint32_t class_id);
+
+  // Adds this training document to the statistics of a class.
+  void update_statistics(ClassData &data) const;
+
+  // Drops all terms outside the set; an empty set drops none.
+  void select_active(const TermSet &active);
+
+  // Drops all terms from `nr_terms` upward, which no table knows. Returns how
+  // many there were.
+  std::size_t drop_unknown(std::size_t nr_terms);
+
+  Entries::const_iterator begin() const { return entries_.begin(); }
+  Entries::const_iterator end() const { return entries_.end(); }
+  std::size_t size() const { return entries_.size(); }
+  // Sum of the frequencies.
+  std::uint32_t total() const { return total_; }
+
+ private:
+  template <class Keep>
+  void filter(Keep keep);
+  WeightType normaliser() const;
+
+  Entries entries_;
+  std::uint32_t total_ = 0;
+};
+
+}  // namespace vek
+
+#endif  // VEK_INTAKE_DOCPROF_H_

@@ -1,0 +1,33 @@
+// Rocchio's classifier: one weight for each term of a class, in one sweep.
+//
+// Rocchio, J. (1971), Relevance feedback in information retrieval. For a term
+// of a son, with s the sum of its strengths over the son's documents and o the
+// sum over the father's other documents:
+//   weight = beta * s / nr_docs - gamma * o / nr_others
+// A weight below zero counts as zero unless negative weights are kept.
+#ifndef VEK_LEARNING_ROCCHIO_H_
+#define VEK_LEARNING_ROCCHIO_H_
+
+#include "classes/classtab.h"
+
+namespace vek {
+
+// Trains all fathers of the class table, then sets the thresholds of all
+// leaves. The statistics must be complete.
+void train_rocchio();
+
+// Weighs the documents of a father against it, which sums their weights up in
+// the father's profile.
+void rocchio_weigh_documents(ClassData &father);
+
+// Sums up the same weights in the profile of each son, over its documents.
+void rocchio_sum_sons(ClassData &father);
+
+// Sets the weights of the sons from these sums. What cannot be computed (a son
+// without documents in this run, a term that the father lacks, both possible
+// when earlier statistics were read) is a weight of 0.
+void rocchio_set_weights(ClassData &father);
+
+}  // namespace vek
+
+#endif  // VEK_LEARNING_ROCCHIO_H_

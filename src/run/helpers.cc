@@ -1,0 +1,128 @@
+#include "run/helpers.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+
+#include "run/log.h"
+
+namespace vek {
+
+bool ends_with(std::string_view text, std::string_view suffix) {
+  return text.size() > suffix.size() && text.ends_with(suffix);
+}
+
+void strip_suffix(std::string &out, std::string_view text,
+                  std::string_view suffix) {
+  if (ends_with(text, suffix))
+    text.remove_suffix(suffix.size());
+  out = std::string(text);
+}
+
+bool split_word(const std::string &source, char separator, std::string &word,
+                std::string &rest) {
+  const std::size_t end = source.find(separator);
+  if (end == std::string::npos) {
+    word = source;
+    rest.clear();
+    return false;
+  }
+  const std::size_t next = source.find_first_not_of(separator, end);
+  word.assign(source, 0, end);
+  if (next == std::string::npos) {
+    rest.clear();
+  } else if (&rest == &source) {
+    rest.erase(0, next);
+  } else {
+    rest.assign(source, next);
+  }
+  return !rest.empty();
+}
+
+Path::Path(std::string_view directory, std::string_view name,
+           std::string_view extension)
+    : text_(directory) {
+  if (name.empty())
+    return;
+  if (!directory.empty())
+    text_ += '/';
+  text_ += name;
+  if (!ends_with(name, extension))
+    text_ += extension;
+}
+
+Directory::Directory(const std::string &path)
+    : handle_P_(opendir(path.c_str())) {}
+
+Directory::~Directory() {
+  if (handle_P_ != nullptr)
+    closedir(handle_P_);
+}
+
+bool Directory::read(std::string &name) {
+  const dirent *entry_P = readdir(handle_P_);
+  if (entry_P == nullptr)
+    return false;
+  name = entry_P->d_name;
+  return true;
+}
+
+bool file_exists(const std::string &path) {
+  struct stat status;
+  return stat(path.c_str(), &status) == 0;
+}
+
+bool is_directory(const std::string &path) {
+  struct stat status;
+  return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+void ensure_directory(const std::string &path) {
+  if (is_directory(path))
+    return;
+  if (mkdir(path.c_str(), 0770) != 0) {
+    report_file_error(path, FileError::make_directory);
+    abort_run();
+  }
+}
+
+std::int64_t file_size(const std::string &path) {
+  struct stat status;
+  return stat(path.c_str(), &status) == 0 ? std::int64_t{status.st_size} : -1;
+}
+
+ReadResult read_file(const std::string &path, std::string &content) {
+  content.clear();
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0)
+    return ReadResult::cannot_open;
+  struct stat status;
+  std::size_t room = 65536;
+  if (fstat(fd, &status) == 0 && status.st_size > 0) {
+    room = static_cast<std::size_t>(status.st_size) + 1;
+  }
+  ssize_t count = 0;
+  std::size_t used = 0;
+  do {
+    if (content.size() - used < room / 2 + 1)
+      content.resize(used + room);
+    count = ::read(fd, content.data() + used, content.size() - used);
+    if (count > 0)
+      used += static_cast<std::size_t>(count);
+  } while (count > 0 || (count < 0 && errno == EINTR));
+  const KeepErrno keep;
+  content.resize(used);
+  close(fd);
+  return count < 0 ? ReadResult::read_error : ReadResult::ok;
+}
+
+KeepErrno::KeepErrno() : value_(errno) {}
+
+KeepErrno::~KeepErrno() {
+  errno = value_;
+}
+
+}  // namespace vek

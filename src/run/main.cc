@@ -1,0 +1,25 @@
+// The entry point of vek.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "run/driver.h"
+
+namespace {
+
+// A run that is started with a standard stream closed must not find its log
+// or its store in that stream's place.
+void fill_standard_streams() {
+  int fd = 0;
+  do {
+    fd = open("/dev/null", O_RDWR);
+  } while (fd >= 0 && fd <= STDERR_FILENO);
+  if (fd > STDERR_FILENO)
+    close(fd);
+}
+
+}  // namespace
+
+int main(int argument_count, char **argument_vector) {
+  fill_standard_streams();
+  return vek::run(argument_count, argument_vector);
+}

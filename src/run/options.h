@@ -1,0 +1,51 @@
+// The command line: what the user asked for in this run.
+#ifndef VEK_RUN_OPTIONS_H_
+#define VEK_RUN_OPTIONS_H_
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace vek {
+
+class Options {
+ public:
+  // Fills the record from the arguments, strictly from left to right. Help,
+  // version, bad usage and a bare program name end the process here, by
+  // exit() and without the words of abort_run().
+  void parse_options(int argument_count, char **argument_vector);
+
+  std::uint32_t verbose() const { return verbose_; }
+  // 0 Winnow or not given, 1 Rocchio, 2 SBC: the numbers of the parameter.
+  std::uint32_t algorithm() const { return algorithm_; }
+  bool poll() const { return poll_; }
+  bool xlearning() const { return xlearning_; }
+  bool xtesting() const { return xtesting_; }
+  std::string data_directory() const { return data_directory_; }
+  std::string input_directory() const { return input_directory_; }
+  std::string examples_directory() const { return examples_directory_; }
+  std::string rc_file() const { return rc_file_; }
+
+  // Logs that polling is on, if it is.
+  void report_polling(unsigned level) const;
+
+ private:
+  void parse_verbose(std::string_view argument);
+  void set_algorithm(char letter);
+
+  std::uint32_t verbose_ = 0;
+  std::uint32_t algorithm_ = 0;
+  bool poll_ = false;
+  bool xlearning_ = false;
+  bool xtesting_ = false;
+  std::string data_directory_;
+  std::string input_directory_;
+  std::string examples_directory_;
+  std::string rc_file_;
+};
+
+extern Options options;
+
+}  // namespace vek
+
+#endif  // VEK_RUN_OPTIONS_H_

@@ -1,0 +1,28 @@
+// One pass over the input directory: classifies the documents named there
+// against the trained classes and leaves one rank file.
+#ifndef VEK_RUN_POLLING_H_
+#define VEK_RUN_POLLING_H_
+
+#include <string>
+#include <vector>
+
+namespace vek {
+
+// The whole pass. `input` is the parent of the directory `in` that is scanned;
+// the class table must hold at least two classes. Ends the run if `in` is
+// missing or a document's file is not where documents lie.
+void poll_directory(const char *input);
+
+// Appends the documents of a directory, in the system's order: its entries
+// that end in ".txt" and do not begin with a full stop. Each has a stored
+// profile afterwards. Their texts come from where all documents lie; the
+// directory supplies the names only.
+void collect_input_documents(const std::string &directory,
+                             std::vector<std::string> &names);
+
+// Classifies the documents and writes a line for each, in their order.
+void write_classifications(const std::vector<std::string> &names);
+
+}  // namespace vek
+
+#endif  // VEK_RUN_POLLING_H_

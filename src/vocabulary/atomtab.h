@@ -1,0 +1,90 @@
+// The atom table: every word and compound that was ever reported, each known
+// by a small dense number.
+//
+// Terms, profiles and statistics hold atom ids only; the text is found here.
+// The table lies in the data directory as a text file, one atom a line, line k
+// being atom k. An atom keeps its id for the life of the data directory, and a
+// run only appends to the file.
+#ifndef VEK_VOCABULARY_ATOMTAB_H_
+#define VEK_VOCABULARY_ATOMTAB_H_
+
+#include <boost/unordered/unordered_flat_map.hpp>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "vocabulary/tablefile.h"
+
+namespace vek {
+
+// No atom at all: the modifier of a term without one, and the end of a chain
+// of terms. Never the id of a text.
+inline constexpr std::uint32_t EmptyAtom = 0xFFFFFFFF;
+
+class AtomTable {
+ public:
+  AtomTable() = default;
+  AtomTable(const AtomTable &) = delete;
+  AtomTable &operator=(const AtomTable &) = delete;
+
+  // Names the table's file, of which nothing is held to be written yet.
+  void set_file(const std::string &path);
+
+  // The id of `text`, compared byte by byte. A new text gets the next id, so
+  // ids follow the order of first entering, from 0 without gaps. `text` must
+  // not be empty and must hold neither a line feed nor a zero byte, which the
+  // file could not give back. Ends the run when all ids are used up.
+  std::uint32_t enter(std::string_view text);
+
+  // The text of an atom; valid for the life of the table. `atom_id` must be
+  // below size().
+  const std::string &text(std::uint32_t atom_id) const;
+
+  // The number of atoms, which is also the id of the next new one.
+  std::uint32_t size() const {
+    return static_cast<std::uint32_t>(texts_.size());
+  }
+  std::uint32_t next_id() const { return size(); }
+  bool empty() const { return texts_.empty(); }
+
+  // How many atoms, counted from id 0, the file holds.
+  std::uint32_t nr_written() const { return file_.nr_written(); }
+  bool has_unwritten() const { return nr_written() < size(); }
+
+  // Loads the file into the empty table. The run ends with a report if the
+  // file can't be read, or if it is damaged: an empty line, a line that was
+  // there before, a zero byte. A last line without its line end counts.
+  void read();
+
+  // Appends the atoms that the file does not hold yet, and logs how many. The
+  // file is created even if there are none. Ends the run with a report if
+  // that fails.
+  void write();
+
+ private:
+  // The library's hash of a text spreads over all 64 bits, so that the map need
+  // not mix it again; with the map's own one a search takes twice as long.
+  struct TextHash {
+    using is_avalanching = void;
+    std::size_t operator()(std::string_view text) const {
+      return std::hash<std::string_view>()(text);
+    }
+  };
+
+  bool add(std::string_view text);
+
+  // A deque, because the views in `ids_` and the references handed out must
+  // outlive the growth.
+  std::deque<std::string> texts_;
+  boost::unordered_flat_map<std::string_view, std::uint32_t, TextHash> ids_;
+  TableFile file_;
+};
+
+extern AtomTable atom_table;
+
+}  // namespace vek
+
+#endif  // VEK_VOCABULARY_ATOMTAB_H_

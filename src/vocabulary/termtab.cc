@@ -1,0 +1,169 @@
+#include "vocabulary/termtab.h"
+
+#include <algorithm>
+#include <cassert>
+#include <charconv>
+#include <cstddef>
+#include <numeric>
+#include <system_error>
+
+#include "run/log.h"
+#include "run/textio.h"
+
+namespace vek {
+namespace {
+
+// A pair as one number, whose order is that of head and then modifier.
+constexpr std::uint64_t pair_key(std::uint32_t head, std::uint32_t mod) {
+  return std::uint64_t{head} << 32 | mod;
+}
+
+// Takes a number off the front of `line`; false if there is none that fits.
+bool take_number(std::string_view &line, std::uint32_t &value) {
+  const char *const end_P = line.data() + line.size();
+  const auto result = std::from_chars(line.data(), end_P, value);
+  if (result.ec != std::errc())
+    return false;
+  line = std::string_view(result.ptr, end_P);
+  return true;
+}
+
+bool take_blank(std::string_view &line) {
+  if (!line.starts_with(' '))
+    return false;
+  line.remove_prefix(1);
+  return true;
+}
+
+// Reads a whole line of the file into `term`.
+bool parse_line(std::string_view line, TermTable::Term &term) {
+  return take_number(line, term.head) && take_blank(line) &&
+         take_number(line, term.mod) && take_blank(line) &&
+         take_number(line, term.id) && take_blank(line) &&
+         take_number(line, term.next) && line.empty();
+}
+
+bool has_known_atoms(const TermTable::Term &term) {
+  const std::uint32_t nr_atoms = atom_table.size();
+  return term.head < nr_atoms && (term.mod < nr_atoms || term.mod == EmptyAtom);
+}
+
+}  // namespace
+
+void TermTable::set_file(const std::string &path) {
+  file_.set_name(path);
+}
+
+std::uint32_t TermTable::enter(std::uint32_t head, std::uint32_t mod) {
+  assert(head != EmptyAtom);
+  const auto [place, is_new] = ids_.try_emplace(pair_key(head, mod), size());
+  if (is_new)
+    create_term(head, mod);
+  return place->second;
+}
+
+void TermTable::create_term(std::uint32_t head, std::uint32_t mod) {
+  if (size() == EmptyAtom) {
+    error("no more terms can be numbered");
+    abort_run();
+  }
+  terms_.push_back({head, mod, size(), EmptyAtom});
+  linked_ = false;
+}
+
+const TermTable::Term &TermTable::get_term(std::uint32_t term_id) const {
+  assert(term_id < size());
+  link();
+  return terms_[term_id];
+}
+
+std::uint32_t TermTable::head(std::uint32_t term_id) const {
+  assert(term_id < size());
+  return terms_[term_id].head;
+}
+
+std::uint32_t TermTable::mod(std::uint32_t term_id) const {
+  assert(term_id < size());
+  return terms_[term_id].mod;
+}
+
+std::uint32_t TermTable::first_of_head(std::uint32_t head) const {
+  link();
+  const auto place = first_.find(head);
+  return place == first_.end() ? EmptyAtom : place->second;
+}
+
+// Makes all chains anew: in the order of the pairs they stand one behind the
+// other.
+void TermTable::link() const {
+  if (linked_)
+    return;
+  struct Place {
+    std::uint64_t key;
+    std::uint32_t id;
+  };
+  std::vector<Place> places;
+  places.reserve(terms_.size());
+  for (const Term &term : terms_) {
+    places.push_back({pair_key(term.head, term.mod), term.id});
+  }
+  std::ranges::sort(places, {}, &Place::key);
+  first_.clear();
+  Term *previous_P = nullptr;
+  for (const Place &place : places) {
+    Term &term = terms_[place.id];
+    term.next = EmptyAtom;
+    if (previous_P != nullptr && previous_P->head == term.head) {
+      previous_P->next = term.id;
+    } else {
+      first_[term.head] = term.id;
+    }
+    previous_P = &term;
+  }
+  linked_ = true;
+}
+
+void TermTable::read() {
+  assert(empty());
+  const std::string content = file_.load();
+  const std::size_t nr_lines = count_lines(content);
+  if (nr_lines >= EmptyAtom)
+    file_.reject();
+  terms_.reserve(nr_lines);
+  ids_.reserve(nr_lines);
+  std::string_view rest = content;
+  std::string_view line;
+  while (take_line(rest, line)) {
+    if (!add_line(line))
+      file_.reject();
+  }
+  file_.accept(size());
+}
+
+// Returns false if the line is none that write() leaves.
+bool TermTable::add_line(std::string_view line) {
+  Term term;
+  if (!parse_line(line, term) || !has_known_atoms(term))
+    return false;
+  const std::uint32_t nr_terms = size();
+  enter(term.head, term.mod);
+  return size() > nr_terms;
+}
+
+void TermTable::write() {
+  if (has_unwritten())
+    link();
+  file_.append(size(), "terms", [this](std::string &out, std::uint32_t id) {
+    const Term &term = terms_[id];
+    append_number(out, term.head);
+    out += ' ';
+    append_number(out, term.mod);
+    out += ' ';
+    append_number(out, term.id);
+    out += ' ';
+    append_number(out, term.next);
+    out += '\n';
+  });
+}
+
+}  // namespace vek

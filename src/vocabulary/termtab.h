@@ -1,0 +1,101 @@
+// The term table: every pair of a head atom and a modifier atom, or head atom
+// alone, that was ever counted, each known by a dense number.
+//
+// Profiles, statistics and classifiers count terms by that id. Like the atom
+// table it lies in the data directory as a text file to which a run only
+// appends; a line holds the four numbers of a Term.
+//
+// The terms of one head form a chain through `next`, in ascending order of
+// `mod`, so that the head alone stands last. Only the file shows the chains.
+// Keeping them in order at each enter() would cost a walk along the chain, and
+// common heads have tens of thousands of modifiers; so pairs are found by a
+// hash, and the links are made for the whole table when somebody looks at them.
+#ifndef VEK_VOCABULARY_TERMTAB_H_
+#define VEK_VOCABULARY_TERMTAB_H_
+
+#include <boost/unordered/unordered_flat_map.hpp>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "vocabulary/atomtab.h"
+#include "vocabulary/tablefile.h"
+
+namespace vek {
+
+class TermTable {
+ public:
+  struct Term {
+    std::uint32_t head;  // atom id, never EmptyAtom
+    std::uint32_t mod;   // atom id, EmptyAtom for the head alone
+    std::uint32_t id;    // the term's own id
+    std::uint32_t next;  // next term of this head, EmptyAtom at the end
+  };
+
+  TermTable() = default;
+  TermTable(const TermTable &) = delete;
+  TermTable &operator=(const TermTable &) = delete;
+
+  // Names the table's file, of which nothing is held to be written yet.
+  void set_file(const std::string &path);
+
+  // The id of the pair. A new pair gets the next id, from 0 without gaps.
+  // `head` must not be EmptyAtom; `mod` may be. Ends the run when all ids are
+  // used up.
+  std::uint32_t enter(std::uint32_t head, std::uint32_t mod);
+
+  // The term, with `next` as it is now. The reference is good until the next
+  // enter(). After new pairs were entered, the first call sorts the whole
+  // table; head() and mod() never do. `term_id` must be below size().
+  const Term &get_term(std::uint32_t term_id) const;
+  std::uint32_t head(std::uint32_t term_id) const;
+  std::uint32_t mod(std::uint32_t term_id) const;
+
+  // The first term of the head's chain, EmptyAtom if it has none. May sort, as
+  // get_term() does.
+  std::uint32_t first_of_head(std::uint32_t head) const;
+
+  // The number of terms, which is also the id of the next new one.
+  std::uint32_t size() const {
+    return static_cast<std::uint32_t>(terms_.size());
+  }
+  std::uint32_t next_id() const { return size(); }
+  bool empty() const { return terms_.empty(); }
+
+  // How many terms, counted from id 0, the file holds.
+  std::uint32_t nr_written() const { return file_.nr_written(); }
+  bool has_unwritten() const { return nr_written() < size(); }
+
+  // Loads the file into the empty table; the atom table must have been read.
+  // Of a line only head and modifier are used: the term's place is its id, and
+  // the chain has grown since the line was written. The run ends with a report
+  // if the file can't be read, or if it is damaged: a line that is not four
+  // 32-bit decimal numbers with one blank between them, a pair that was there
+  // before, no head, or an atom that the atom table does not hold.
+  void read();
+
+  // Appends the terms that the file does not hold yet, and logs how many.
+  // Earlier lines stay as they are even if their `next` has changed. The file
+  // is created even if there are none. Ends the run with a report if that
+  // fails.
+  void write();
+
+ private:
+  void create_term(std::uint32_t head, std::uint32_t mod);
+  bool add_line(std::string_view line);
+  void link() const;
+
+  // The chains are made on demand, in const functions too.
+  mutable std::vector<Term> terms_;
+  mutable boost::unordered_flat_map<std::uint32_t, std::uint32_t> first_;
+  mutable bool linked_ = true;
+  boost::unordered_flat_map<std::uint64_t, std::uint32_t> ids_;
+  TableFile file_;
+};
+
+extern TermTable term_table;
+
+}  // namespace vek
+
+#endif  // VEK_VOCABULARY_TERMTAB_H_
