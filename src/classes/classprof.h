@@ -36,7 +36,7 @@ struct ClassProfileEntry {
 class ClassProfile {
  public:
   struct Slot {
-    std::uint32_t term;
+    std::uint32_t term = 0;
     ClassProfileEntry entry;
   };
   using iterator = std::vector<Slot>::iterator;

@@ -29,7 +29,7 @@ struct ClassData;
 // The identity of a class, ordered by father, then by name, bytewise. The
 // father id is 0 for the top class and for the top class's sons alike.
 struct ClassKey {
-  std::uint32_t father_id;
+  std::uint32_t father_id = 0;
   std::string name;
 
   auto operator<=>(const ClassKey &) const = default;

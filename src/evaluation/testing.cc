@@ -208,7 +208,7 @@ void test_classes() {
 }
 
 RankFile::RankFile(Announce announce) {
-  std::array<char, 4095> buffer;
+  std::array<char, 4095> buffer = {};
   next_rank_file_name(buffer.data(), buffer.size());
   name_ = buffer.data();
   temporary_path_ = Path(options.examples_directory(), name_, ".tmp");

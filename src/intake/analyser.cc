@@ -65,7 +65,7 @@ struct Pipe {
 };
 
 Pipe make_pipe() {
-  std::array<int, 2> ends;
+  std::array<int, 2> ends = {};
   if (pipe2(ends.data(), O_CLOEXEC) != 0) {
     error("start_analyser_process: %s", std::strerror(errno));
     abort_run();
@@ -156,7 +156,7 @@ std::string Analyser::process(const std::string &name) {
   if (command_.empty())
     return read_analysis(name, path);
   drop_stray_bytes(name);
-  send_request(path);
+  send_request(name, path);
   return receive_answer(name);
 }
 
@@ -169,7 +169,7 @@ void Analyser::drop_stray_bytes(const std::string &name) {
     pollfd waiting{from_analyser_, POLLIN, 0};
     if (poll(&waiting, 1, 0) <= 0 || (waiting.revents & POLLIN) == 0)
       return;
-    std::array<char, 512> buffer;
+    std::array<char, 512> buffer = {};
     const ssize_t count =
         read_some(from_analyser_, buffer.data(), buffer.size());
     if (count <= 0)
@@ -180,14 +180,14 @@ void Analyser::drop_stray_bytes(const std::string &name) {
   }
 }
 
-void Analyser::send_request(const std::string &path) {
+void Analyser::send_request(const std::string &name, const std::string &path) {
   const std::string request = path + '\n';
   std::size_t done = 0;
   while (done < request.size()) {
     const ssize_t count =
         ::write(to_analyser_, request.data() + done, request.size() - done);
     if (count < 0 && errno != EINTR) {
-      give_up(path, std::strerror(errno));
+      give_up(name, std::strerror(errno));
     }
     if (count > 0)
       done += static_cast<std::size_t>(count);
@@ -197,7 +197,9 @@ void Analyser::send_request(const std::string &path) {
 
 std::string Analyser::receive_answer(const std::string &name) {
   std::string answer;
-  std::array<char, 65536> buffer;
+  // Kept from call to call: clearing it for each document would cost more than
+  // reading a short answer.
+  static std::array<char, 65536> buffer = {};
   for (;;) {
     const ssize_t count =
         read_some(from_analyser_, buffer.data(), buffer.size());

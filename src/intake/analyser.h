@@ -41,7 +41,7 @@ class Analyser {
 
  private:
   void start_analyser_process();
-  void send_request(const std::string &path);
+  void send_request(const std::string &name, const std::string &path);
   std::string receive_answer(const std::string &name);
   void drop_stray_bytes(const std::string &name);
   std::string read_analysis(const std::string &name, const std::string &path);

@@ -88,7 +88,8 @@ constexpr std::array general_keys = {
     ResourceKey{Token::filedirectory, StringValue{[](Params &p, std::string v) {
                   p.set_file_directory(std::move(v));
                 }}},
-    ResourceKey{Token::analyser, StringValue{[](Params &p, std::string v) {
+    ResourceKey{Token::analyser_command,
+                StringValue{[](Params &p, std::string v) {
                   p.set_analyser(std::move(v));
                 }}},
     ResourceKey{Token::strength,

@@ -123,7 +123,7 @@ std::string_view string_text(std::string_view match) {
 
 constexpr std::array keyword_table = {
     Keyword{"alpha", Token::alpha},
-    Keyword{"analyser", Token::analyser},
+    Keyword{"analyser", Token::analyser_command},
     Keyword{"beta", Token::beta},
     Keyword{"bool", Token::boolean},
     Keyword{"cosine", Token::cosine},
@@ -184,7 +184,7 @@ char lower_case(char character) {
 Token::Code identifier_code(std::string_view text) {
   if (text.size() > longest_keyword)
     return Token::identifier;
-  std::array<char, longest_keyword> buffer;
+  std::array<char, longest_keyword> buffer = {};
   std::ranges::transform(text, buffer.begin(), lower_case);
   const std::string_view name(buffer.data(), text.size());
   const auto place =

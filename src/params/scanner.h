@@ -78,7 +78,7 @@ struct Token {
     tfidf = 274,
     uncertainty = 275,
     infogain = 276,
-    analyser = 277,
+    analyser_command = 277,  // "analyser"; the plain name is that of an object
     datadirectory = 278,
     inputdirectory = 279,
     filedirectory = 280,

@@ -71,12 +71,12 @@ bool Directory::read(std::string &name) {
 }
 
 bool file_exists(const std::string &path) {
-  struct stat status;
+  struct stat status = {};
   return stat(path.c_str(), &status) == 0;
 }
 
 bool is_directory(const std::string &path) {
-  struct stat status;
+  struct stat status = {};
   return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
@@ -90,7 +90,7 @@ void ensure_directory(const std::string &path) {
 }
 
 std::int64_t file_size(const std::string &path) {
-  struct stat status;
+  struct stat status = {};
   return stat(path.c_str(), &status) == 0 ? std::int64_t{status.st_size} : -1;
 }
 
@@ -99,7 +99,7 @@ ReadResult read_file(const std::string &path, std::string &content) {
   const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0)
     return ReadResult::cannot_open;
-  struct stat status;
+  struct stat status = {};
   std::size_t room = 65536;
   if (fstat(fd, &status) == 0 && status.st_size > 0) {
     room = static_cast<std::size_t>(status.st_size) + 1;

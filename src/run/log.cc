@@ -28,7 +28,7 @@ class Message {
   const char *text() const { return text_.data(); }
 
  private:
-  std::array<char, message_size> text_;
+  std::array<char, message_size> text_ = {};
 };
 
 bool is_control(char character) {
@@ -42,7 +42,7 @@ std::string harmless(std::string_view text) {
   std::string out;
   for (const char character : text) {
     if (is_control(character)) {
-      std::array<char, 5> code;
+      std::array<char, 5> code = {};
       std::snprintf(
           code.data(), code.size(), "\\x%02X",
           static_cast<unsigned>(static_cast<unsigned char>(character)));

@@ -50,7 +50,7 @@ bool read_process_stat(pid_t process_id, long &total, long &resident) {
 
 void report_statistics() {
   const std::time_t clock = std::time(nullptr);
-  struct tms now;
+  struct tms now = {};
   times(&now);
   long total = 0;
   long resident = 0;

@@ -106,7 +106,7 @@ int open_file(const char *path, int more_flags) {
 
 // -1 if fstat() fails.
 gint64 length_of(int fd) {
-  struct stat status;
+  struct stat status = {};
   return fstat(fd, &status) == 0 ? gint64{status.st_size} : -1;
 }
 

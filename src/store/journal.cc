@@ -88,7 +88,7 @@ void Journal::load(Header &header, std::string &body) const {
 }
 
 void Journal::prepare_tables() {
-  Header header;
+  Header header = {};
   std::string body;
   load(header, body);
   struct Table {
@@ -109,7 +109,7 @@ void Journal::prepare_tables() {
 }
 
 void Journal::enter_pending() {
-  Header header;
+  Header header = {};
   std::string body;
   load(header, body);
   if (atom_table.size() != header.nr_atoms ||

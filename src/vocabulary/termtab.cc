@@ -142,7 +142,7 @@ void TermTable::read() {
 
 // Returns false if the line is none that write() leaves.
 bool TermTable::add_line(std::string_view line) {
-  Term term;
+  Term term = {};
   if (!parse_line(line, term) || !has_known_atoms(term))
     return false;
   const std::uint32_t nr_terms = size();
