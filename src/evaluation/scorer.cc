@@ -5,40 +5,13 @@
 
 namespace vek {
 
-TermIndex::TermIndex(const std::vector<ClassData *> &classes) {
-  std::vector<std::size_t> sizes;
-  for (ClassData *class_data_P : classes) {
-    for (const ClassProfile::Slot &slot : class_data_P->profile) {
-      const auto [place, is_new] = rows_.try_emplace(
-          slot.term, static_cast<std::uint32_t>(sizes.size()));
-      if (is_new)
-        sizes.push_back(0);
-      ++sizes[place->second];
-    }
-  }
-  starts_.reserve(sizes.size() + 1);
-  std::size_t start = 0;
-  for (const std::size_t size : sizes) {
-    starts_.push_back(start);
-    start += size;
-  }
-  starts_.push_back(start);
-  class_numbers_.resize(start);
-  std::vector<std::size_t> next(starts_.begin(), starts_.end() - 1);
-  for (std::size_t number = 0; number < classes.size(); ++number) {
-    for (const ClassProfile::Slot &slot : classes[number]->profile) {
-      const std::uint32_t row = rows_.find(slot.term)->second;
-      class_numbers_[next[row]++] = static_cast<std::uint32_t>(number);
-    }
-  }
-}
-
 ClassScorer::ClassScorer(const std::vector<ClassData *> &classes)
-    : nr_classes_(classes.size()),
-      index_(classes),
-      weights_(index_.nr_places()) {
+    : index_(classes),
+      weights_(index_.nr_places()),
+      is_known_(index_.nr_places()) {
   index_.for_each(classes, [&](std::size_t place, ClassProfileEntry &entry) {
     weights_[place] = scoring_weight(entry);
+    is_known_[place] = 1;
   });
 }
 
@@ -53,35 +26,30 @@ void ClassScorer::score(const DocProfile &doc,
 
 void ClassScorer::add_up(const DocProfile &doc,
                          std::vector<WeightType> &scores) const {
-  scores.assign(nr_classes_, 0.0);
+  scores.assign(index_.nr_classes(), 0.0);
   for (const DocProfileEntry &entry : doc) {
     const std::uint32_t row = index_.row_of(entry.term);
-    if (row == TermIndex::no_row)
-      continue;
-    const std::size_t end = index_.row_end(row);
-    for (std::size_t place = index_.row_begin(row); place < end; ++place) {
-      scores[index_.class_number(place)] += weights_[place] * entry.weight;
+    if (row != TermIndex::no_row) {
+      index_.add_row(row, weights_, entry.weight, scores);
     }
   }
 }
 
 void ClassScorer::multiply(const DocProfile &doc,
                            std::vector<WeightType> &scores) const {
-  scores.assign(nr_classes_, 1.0);
-  std::vector<WeightType> factors(nr_classes_, unknown_term_factor);
+  scores.assign(index_.nr_classes(), 1.0);
+  std::vector<WeightType> factors(index_.nr_classes());
   for (const DocProfileEntry &entry : doc) {
+    factors.assign(factors.size(), unknown_term_factor);
     const std::uint32_t row = index_.row_of(entry.term);
-    const bool known = row != TermIndex::no_row;
-    const std::size_t begin = known ? index_.row_begin(row) : 0;
-    const std::size_t end = known ? index_.row_end(row) : 0;
-    for (std::size_t place = begin; place < end; ++place) {
-      factors[index_.class_number(place)] = weights_[place];
+    if (row != TermIndex::no_row) {
+      index_.for_each_in_row(row, [&](std::size_t place, std::uint32_t number) {
+        if (is_known_[place] != 0)
+          factors[number] = weights_[place];
+      });
     }
-    for (std::size_t i = 0; i < nr_classes_; ++i)
+    for (std::size_t i = 0; i < scores.size(); ++i)
       scores[i] *= factors[i];
-    for (std::size_t place = begin; place < end; ++place) {
-      factors[index_.class_number(place)] = unknown_term_factor;
-    }
   }
 }
 

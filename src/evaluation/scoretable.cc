@@ -56,10 +56,24 @@ void collect_scores(const std::vector<ClassData *> &classes,
     table.complete();
 }
 
+// What is not a number has no place in an order: it goes last.
+void sort_scores(ScoreTable::Scores &values) {
+  const auto end = std::partition(values.begin(), values.end(),
+                                  [](WeightType x) { return !std::isnan(x); });
+  std::sort(values.begin(), end);
+}
+
+// Equal scores are next to each other, and often many: all documents without
+// any term of the class score 0.
 void append_scores(std::string &line, const ScoreTable::Scores &values) {
-  for (const WeightType value : values) {
-    append_real(line, value);
-    line += ' ';
+  std::string text;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    if (i == 0 || values[i] != values[i - 1] || values[i] == 0.0) {
+      text.clear();
+      append_real(text, values[i]);
+      text += ' ';
+    }
+    line += text;
   }
   line += '\n';
 }
@@ -85,8 +99,8 @@ void ScoreTable::collect(ClassData *class_data_P) {
 }
 
 void ScoreTable::complete() {
-  std::sort(pos.begin(), pos.end());
-  std::sort(neg.begin(), neg.end());
+  sort_scores(pos);
+  sort_scores(neg);
 }
 
 void ScoreTable::write(const std::string &class_name) const {
@@ -118,6 +132,14 @@ struct ScoreTable::Grid {
 
   double excess_above() const { return double(above[first] - below[first]); }
   double excess_below() const { return double(below[last] - above[last]); }
+  // Otherwise there is no crossing to interpolate.
+  bool has_excess() const { return excess_above() + excess_below() != 0.0; }
+  WeightType threshold() const {
+    const double a = excess_above();
+    const double b = excess_below();
+    const double x = first + a / (a + b);
+    return width * x / double(below.size() - 1);
+  }
 };
 
 ScoreTable::Grid ScoreTable::make_grid() const {
@@ -158,18 +180,20 @@ ScoreTable::Grid ScoreTable::make_grid() const {
 bool ScoreTable::has_threshold() const {
   if (pos.empty() || neg.empty())
     return false;
+  // Weights can grow past all bounds, and then scores do.
+  for (const WeightType score :
+       {pos.front(), pos.back(), neg.front(), neg.back()}) {
+    if (!std::isfinite(score))
+      return false;
+  }
   const Grid grid = make_grid();
-  return grid.excess_above() + grid.excess_below() != 0.0;
+  return grid.has_excess() && std::isfinite(grid.threshold());
 }
 
 WeightType ScoreTable::determine_threshhold() const {
   assert(pos.size());
   assert(neg.size());
-  const Grid grid = make_grid();
-  const double a = grid.excess_above();
-  const double b = grid.excess_below();
-  const double x = grid.first + a / (a + b);
-  return grid.width * x / double(pos.size());
+  return make_grid().threshold();
 }
 
 void set_leaf_thresholds() {

@@ -30,15 +30,15 @@ class ScoreTable {
   // weights as they are, and writes the class's two lines to `scores`.
   void collect(ClassData *class_data_P);
 
-  // Sorts what was put in.
+  // Sorts what was put in; what is not a number goes last.
   void complete();
 
   // Writes two lines to `scores`: the name, " + " and the `pos` scores, then
   // the name, " - " and the `neg` scores, each followed by a blank.
   void write(const std::string &class_name) const;
 
-  // Both sides have a score, and the grid has a crossing to be found: without
-  // these there is no threshold.
+  // Both sides have a score, all scores are finite, and the grid has a crossing
+  // to be found: without these there is no threshold.
   bool has_threshold() const;
 
   // The threshold, never negative. Needs has_threshold().

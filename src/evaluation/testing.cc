@@ -4,8 +4,10 @@
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <cassert>
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <memory>
+#include <vector>
 
 #include "evaluation/scorer.h"
 #include "params/params.h"
@@ -60,6 +62,22 @@ void cut_ranks(Ranks &ranks, const ThresholdTable &thresholds) {
   }
   while (ranks.size() > params.max_ranks())
     ranks.pop_back();
+}
+
+// A class on the way down: the scores of its sons, how many of them are done,
+// and the thresholds of these. The levels lie on a stack of their own, because
+// a stored table can be a hundred thousand levels deep.
+struct Level {
+  Ranks scores;
+  std::size_t next = 0;
+  ThresholdTable thresholds;
+};
+
+Level level_below(ClassData *class_data_P, DocProfile &doc) {
+  Level level;
+  score_sons(class_data_P, doc, level.scores);
+  level.scores.sort();
+  return level;
 }
 
 // Removes the first ranking of a class; false if there is none.
@@ -134,25 +152,28 @@ bool classify_document(ClassData *class_data_P, DocProfile &doc,
   assert(class_data_P != 0);
   assert(class_data_P->sons.size() > 0);
   bool significant = false;
-  ThresholdTable thresholds;
-  for (const Ranking &ranking : scores) {
+  std::vector<Level> levels(1);
+  levels.back().scores = scores;
+  while (!levels.empty()) {
+    Level &level = levels.back();
+    if (level.next == level.scores.size()) {
+      ranks.sort();
+      cut_ranks(ranks, level.thresholds);
+      levels.pop_back();
+      continue;
+    }
+    const Ranking &ranking = level.scores[level.next++];
     ClassData *son_P = ranking.class_data_P;
     const WeightType threshold = decision_threshold(*son_P);
-    thresholds.enter(son_P->id, threshold);
+    level.thresholds.enter(son_P->id, threshold);
     if (ranking.score > threshold)
       significant = true;
     if (son_P->sons.empty()) {
       ranks.push_back(ranking);
-      continue;
+    } else {
+      levels.push_back(level_below(son_P, doc));
     }
-    Ranks son_scores;
-    score_sons(son_P, doc, son_scores);
-    son_scores.sort();
-    if (classify_document(son_P, doc, son_scores, ranks))
-      significant = true;
   }
-  ranks.sort();
-  cut_ranks(ranks, thresholds);
   return significant;
 }
 

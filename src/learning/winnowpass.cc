@@ -15,14 +15,15 @@ WinnowPasses::WinnowPasses(ClassData &father)
       counters_(index_.nr_places()),
       scores_(sons_.size()),
       is_member_(sons_.size()),
-      actions_(sons_.size()) {
+      is_chosen_(sons_.size()) {
   for (const ClassData *son_P : sons_) {
     son_numbers_.emplace(son_P, std::uint32_t(son_numbers_.size()));
   }
   index_.for_each(sons_, [&](std::size_t place, ClassProfileEntry &entry) {
     pos_[place] = entry.pos_weight;
     neg_[place] = entry.neg_weight;
-    counters_[place] = {entry.promotions, entry.demotions};
+    counters_[place] = {static_cast<std::uint32_t>(entry.promotions),
+                        static_cast<std::uint32_t>(entry.demotions)};
     set_scoring_weight(place);
   });
 }
@@ -31,8 +32,8 @@ void WinnowPasses::store() {
   index_.for_each(sons_, [&](std::size_t place, ClassProfileEntry &entry) {
     entry.pos_weight = pos_[place];
     entry.neg_weight = neg_[place];
-    entry.promotions = counters_[place].promotions;
-    entry.demotions = counters_[place].demotions;
+    entry.promotions = static_cast<std::int32_t>(counters_[place].promotions);
+    entry.demotions = static_cast<std::int32_t>(counters_[place].demotions);
   });
 }
 
@@ -59,78 +60,59 @@ int WinnowPasses::train_document(std::uint32_t number) {
   for (std::size_t i = begin.members_end; i < end.members_end; ++i) {
     is_member_[members_[i]] = 1;
   }
-  const int result = choose_actions();
+  const int result = choose_sons();
+  if (result != 0)
+    update(begin.terms_end, end.terms_end);
   for (std::size_t i = begin.members_end; i < end.members_end; ++i) {
     is_member_[members_[i]] = 0;
   }
-  if (result != 0)
-    update(begin.terms_end, end.terms_end);
   return result;
 }
 
 void WinnowPasses::score(std::size_t terms_begin, std::size_t terms_end) {
-  std::fill(scores_.begin(), scores_.end(), 0.0);
+  scores_.assign(scores_.size(), 0.0);
   for (std::size_t i = terms_begin; i < terms_end; ++i) {
-    const WeightType weight = terms_[i].weight;
-    const std::size_t row_end = index_.row_end(terms_[i].row);
-    for (std::size_t place = index_.row_begin(terms_[i].row); place < row_end;
-         ++place) {
-      scores_[index_.class_number(place)] += scoring_[place] * weight;
-    }
+    index_.add_row(terms_[i].row, scoring_, terms_[i].weight, scores_);
   }
 }
 
-// A score that is not a number compares false both times: no update.
-int WinnowPasses::choose_actions() {
+// Members are promoted, all others demoted. A score that is not a number
+// compares false both times: no update.
+int WinnowPasses::choose_sons() {
   const double theta_plus = params.winnow().theta_plus();
   const double theta_min = params.winnow().theta_min();
-  int result = 0;
-  for (std::size_t son = 0; son < scores_.size(); ++son) {
-    actions_[son] = Action::none;
-    if (is_member_[son] == 0) {
-      if (scores_[son] >= theta_min) {
-        actions_[son] = Action::demote;
-        result = -1;
-      }
-    } else if (scores_[son] <= theta_plus) {
-      actions_[son] = Action::promote;
-      result = 1;
-    }
+  chosen_.clear();
+  for (std::uint32_t son = 0; son < scores_.size(); ++son) {
+    const bool is_wrong = is_member_[son] != 0 ? scores_[son] <= theta_plus
+                                               : scores_[son] >= theta_min;
+    if (is_wrong)
+      chosen_.push_back(son);
   }
-  return result;
+  if (chosen_.empty())
+    return 0;
+  return is_member_[chosen_.back()] != 0 ? 1 : -1;
 }
 
 void WinnowPasses::update(std::size_t terms_begin, std::size_t terms_end) {
+  const Factors promotion{params.winnow().alpha(), params.winnow().beta()};
+  const Factors demotion{params.winnow().beta(), params.winnow().alpha()};
+  for (const std::uint32_t son : chosen_)
+    is_chosen_[son] = 1;
   for (std::size_t i = terms_begin; i < terms_end; ++i) {
-    const std::size_t row_end = index_.row_end(terms_[i].row);
-    for (std::size_t place = index_.row_begin(terms_[i].row); place < row_end;
-         ++place) {
-      switch (actions_[index_.class_number(place)]) {
-        case Action::none:
-          break;
-        case Action::promote:
-          promote(place);
-          break;
-        case Action::demote:
-          demote(place);
-          break;
-      }
-    }
+    index_.update_row(terms_[i].row, chosen_, is_chosen_,
+                      [&](std::size_t place, std::uint32_t son) {
+                        const bool promoted = is_member_[son] != 0;
+                        const Factors &factors =
+                            promoted ? promotion : demotion;
+                        pos_[place] *= factors.pos;
+                        neg_[place] *= factors.neg;
+                        ++(promoted ? counters_[place].promotions
+                                    : counters_[place].demotions);
+                        set_scoring_weight(place);
+                      });
   }
-}
-
-void WinnowPasses::promote(std::size_t place) {
-  pos_[place] *= params.winnow().alpha();
-  neg_[place] *= params.winnow().beta();
-  ++counters_[place].promotions;
-  set_scoring_weight(place);
-}
-
-void WinnowPasses::demote(std::size_t place) {
-  pos_[place] *= params.winnow().beta();
-  neg_[place] *= params.winnow().alpha();
-  ++counters_[place].demotions;
-  set_scoring_weight(place);
+  for (const std::uint32_t son : chosen_)
+    is_chosen_[son] = 0;
 }
 
 void WinnowPasses::set_scoring_weight(std::size_t place) {

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "classes/classtab.h"
-#include "evaluation/scorer.h"
+#include "evaluation/termindex.h"
 #include "intake/docprof.h"
 #include "run/helpers.h"
 
@@ -47,18 +47,21 @@ class WinnowPasses {
     std::size_t terms_end;
     std::size_t members_end;
   };
-  // What an entry's updates have come to.
+  // What an entry's updates have come to. Unsigned, so that a count that was
+  // read at its limit wraps.
   struct Counters {
-    std::int32_t promotions;
-    std::int32_t demotions;
+    std::uint32_t promotions;
+    std::uint32_t demotions;
   };
-  enum class Action : std::uint8_t { none, promote, demote };
+  // An entry's factors in an update.
+  struct Factors {
+    WeightType pos;
+    WeightType neg;
+  };
 
   void score(std::size_t terms_begin, std::size_t terms_end);
-  int choose_actions();
+  int choose_sons();
   void update(std::size_t terms_begin, std::size_t terms_end);
-  void promote(std::size_t place);
-  void demote(std::size_t place);
   void set_scoring_weight(std::size_t place);
 
   const std::vector<ClassData *> &sons_;
@@ -76,7 +79,9 @@ class WinnowPasses {
   // By son, for the document at hand.
   std::vector<WeightType> scores_;
   std::vector<std::uint8_t> is_member_;
-  std::vector<Action> actions_;
+  // The sons to be updated, ascending, and the same by son.
+  std::vector<std::uint32_t> chosen_;
+  std::vector<std::uint8_t> is_chosen_;
 };
 
 }  // namespace vek

@@ -49,12 +49,13 @@ bool read_process_stat(pid_t process_id, long &total, long &resident) {
 }
 
 void report_statistics() {
+  long total = 0;
+  long resident = 0;
+  const bool has_sizes = read_process_stat(getpid(), total, resident);
   const std::time_t clock = std::time(nullptr);
   struct tms now = {};
   times(&now);
-  long total = 0;
-  long resident = 0;
-  if (read_process_stat(getpid(), total, resident)) {
+  if (has_sizes) {
     const std::string memory = "memory: " + std::to_string(total / 1024) +
                                "MB total, " + std::to_string(resident / 1024) +
                                "MB in RAM";

@@ -22,14 +22,9 @@ void append_number(std::string &out, Number value) {
   out.append(digits, result.ptr);
 }
 
-// As printf's %.<precision>g.
-inline void append_real(std::string &out, double value,
-                        int precision = default_precision) {
-  char digits[40];
-  const auto result = std::to_chars(digits, digits + sizeof digits, value,
-                                    std::chars_format::general, precision);
-  out.append(digits, result.ptr);
-}
+// As printf's %.<precision>g; precision from 1 to 17.
+void append_real(std::string &out, double value,
+                 int precision = default_precision);
 
 // The shortest text that reads back as the same double.
 inline void append_exact_real(std::string &out, double value) {

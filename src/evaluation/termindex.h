@@ -1,0 +1,106 @@
+// The classes that know each term, with room for a number for each of them.
+//
+// One row a term. A class's number is its position in the list that the index
+// was made of. Numbers that belong to a term and a class stand in arrays of the
+// index's users, at the entry's place, so that those of one term are
+// neighbours. A row of which much would be filled anyway has a place for every
+// class, in order: adding such a row up needs no class numbers, and the
+// processor takes several places at once.
+#ifndef VEK_EVALUATION_TERMINDEX_H_
+#define VEK_EVALUATION_TERMINDEX_H_
+
+#include <boost/unordered/unordered_flat_map.hpp>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "classes/classtab.h"
+#include "run/helpers.h"
+
+namespace vek {
+
+class TermIndex {
+ public:
+  static constexpr std::uint32_t no_row = 0xFFFFFFFF;
+
+  explicit TermIndex(const std::vector<ClassData *> &classes);
+
+  std::uint32_t row_of(std::uint32_t term) const {
+    const auto place = rows_by_term_.find(term);
+    return place == rows_by_term_.end() ? no_row : place->second;
+  }
+
+  std::size_t nr_classes() const { return nr_classes_; }
+  // Places of classes that do not know the term are among them; what stands
+  // there has to be 0.
+  std::size_t nr_places() const { return nr_places_; }
+
+  // Calls visit(place, class number) for the places of a row.
+  template <class Visit>
+  void for_each_in_row(std::uint32_t row, Visit visit) const {
+    const Row &r = rows_[row];
+    for (std::size_t i = 0; i < r.length; ++i) {
+      visit(r.place + i, r.is_full ? static_cast<std::uint32_t>(i)
+                                   : class_numbers_[r.numbers + i]);
+    }
+  }
+
+  // Calls visit(place, entry) for every entry of every class.
+  template <class Visit>
+  void for_each(const std::vector<ClassData *> &classes, Visit visit) const {
+    std::vector<std::uint32_t> nr_seen(rows_.size());
+    for (std::size_t number = 0; number < classes.size(); ++number) {
+      for (ClassProfile::Slot &slot : classes[number]->profile) {
+        const std::uint32_t row = rows_by_term_.find(slot.term)->second;
+        const std::size_t within = rows_[row].is_full ? number : nr_seen[row]++;
+        visit(rows_[row].place + within, slot.entry);
+      }
+    }
+  }
+
+  // Adds values[place] * weight to the sum of each class of the row. A full
+  // row adds 0 to those that do not know the term, which changes no sum: none
+  // is ever -0.0, since all start at 0.0.
+  void add_row(std::uint32_t row, const std::vector<WeightType> &values,
+               WeightType weight, std::vector<WeightType> &sums) const;
+
+  // Applies update(place) to the chosen classes of a row: `numbers` are theirs,
+  // ascending, and is_chosen[number] tells the same.
+  template <class Update>
+  void update_row(std::uint32_t row, const std::vector<std::uint32_t> &numbers,
+                  const std::vector<std::uint8_t> &is_chosen,
+                  Update update) const {
+    const Row &r = rows_[row];
+    if (r.is_full) {
+      for (const std::uint32_t number : numbers) {
+        update(r.place + number, number);
+      }
+      return;
+    }
+    for (std::size_t i = 0; i < r.length; ++i) {
+      const std::uint32_t number = class_numbers_[r.numbers + i];
+      if (is_chosen[number] != 0)
+        update(r.place + i, number);
+    }
+  }
+
+ private:
+  struct Row {
+    std::size_t place;    // of its first class
+    std::size_t numbers;  // where its class numbers begin, if it is not full
+    std::uint32_t length;
+    bool is_full;
+  };
+
+  void lay_out(const std::vector<std::uint32_t> &lengths);
+
+  std::size_t nr_classes_;
+  std::size_t nr_places_ = 0;
+  boost::unordered_flat_map<std::uint32_t, std::uint32_t> rows_by_term_;
+  std::vector<Row> rows_;
+  std::vector<std::uint32_t> class_numbers_;
+};
+
+}  // namespace vek
+
+#endif  // VEK_EVALUATION_TERMINDEX_H_
