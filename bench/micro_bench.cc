@@ -216,6 +216,9 @@ class Collection {
       members_.push_back({son_P});
     }
     top.nr_docs = nr_docs;
+    TermSet all;
+    for (std::uint32_t term = 0; term < 10000; ++term) all.insert(term);
+    class_table.remove_inactive_terms(all);
     for (DocProfile &doc : docs_)
       doc.weigh(0);
     top.profile.add_to_weight_sum(0);

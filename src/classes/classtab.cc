@@ -200,13 +200,16 @@ bool ClassTable::read(std::istream &is) {
         !fields.read(key.father_id) || !read_quoted_name(fields, key.name)) {
       return false;
     }
-    // Ids are positions, and a father stands before its sons; anything else
-    // would lead out of the table.
-    if (record.id != i || (i > 0 ? key.father_id >= i : key.father_id != 0)) {
-      return false;
-    }
+    const std::uint32_t id = record.id;
+    const std::uint32_t father_id = key.father_id;
     const auto p = classes_.try_emplace(std::move(key), std::move(record));
     assert(p.second);
+    // Ids are positions, and a father stands before its sons; anything else
+    // would lead out of the table.
+    if (id != i || (i > 0 ? father_id >= i : father_id != 0)) {
+      classes_.erase(p.first);
+      return false;
+    }
     next_id_ = i + 1;
     append(p.first);
   }

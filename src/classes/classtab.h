@@ -7,7 +7,6 @@
 #ifndef VEK_CLASSES_CLASSTAB_H_
 #define VEK_CLASSES_CLASSTAB_H_
 
-#include <boost/unordered/unordered_flat_map.hpp>
 #include <compare>
 #include <cstddef>
 #include <cstdint>
@@ -20,6 +19,7 @@
 
 #include "classes/classprof.h"
 #include "classes/termset.h"
+#include "classes/termstats.h"
 #include "run/helpers.h"
 
 namespace vek {
@@ -60,13 +60,6 @@ class DocumentMap {
   Map map_;
 };
 
-// Of one term in one class: sums, over the class's training documents, of its
-// relative frequency in thousandths. Both wrap at 32 bits.
-struct TermStats {
-  std::uint32_t sum = 0;
-  std::uint32_t sum_of_squares = 0;
-};
-
 struct ClassData {
   std::uint32_t id = 0;
   // Number of training documents of this run's lists, descendants included.
@@ -79,7 +72,7 @@ struct ClassData {
   WeightType weight_sum = 0.0;
   ClassProfile profile;
   // Lives only between the gathering of statistics and term selection.
-  boost::unordered_flat_map<std::uint32_t, TermStats> term_stats;
+  TermStatsTable term_stats;
   // Null for the top class.
   ClassData *father = nullptr;
   // In order of entry.
@@ -126,6 +119,8 @@ class ClassTable {
   void update_profiles();
   // One class's share of that: counts, and statistics of its documents.
   void collect_statistics(ClassData &data);
+  // Moves the statistics of the active terms into the class profiles, and
+  // removes all other terms that were counted in this run.
   void remove_inactive_terms(const TermSet &active);
 
   // There is a top class and it has training documents.

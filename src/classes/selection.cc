@@ -6,21 +6,18 @@
 #include "params/params.h"
 #include "run/log.h"
 #include "store/database.h"
-#include "vocabulary/termtab.h"
 
 namespace vek {
 namespace {
 
-// tf >= (s * T) / N.
-bool term_passes_termfreq(std::uint32_t term, const ClassData &data) {
-  return double(data.profile.tf(term)) >=
-         params.selectivity() * double(data.nr_terms) / double(data.nr_docs);
+// Term frequencies and document frequencies, those of earlier runs included.
+double term_frequency(std::uint32_t term, const TermStats &stats,
+                      const ClassData &data) {
+  return double(data.profile.tf(term) + stats.tf);
 }
-
-// df >= s * N.
-bool term_passes_docfreq(std::uint32_t term, const ClassData &data) {
-  return double(data.profile.df(term)) >=
-         params.selectivity() * double(data.nr_docs);
+double document_frequency(std::uint32_t term, const TermStats &stats,
+                          const ClassData &data) {
+  return double(data.profile.df(term) + stats.df);
 }
 
 bool term_passes(std::uint32_t term, const TermStats &stats,
@@ -31,15 +28,25 @@ bool term_passes(std::uint32_t term, const TermStats &stats,
     case TermSelection::uncertainty:
       return term_passes_uncertainty(stats, data.nr_docs);
     case TermSelection::termfreq:
-      return term_passes_termfreq(term, data);
+      return term_passes_termfreq(term, stats, data);
     case TermSelection::docfreq:
-      return term_passes_docfreq(term, data);
+      return term_passes_docfreq(term, stats, data);
     case TermSelection::tfidf:
-      return term_passes_tfidf(term, data);
+      return term_passes_tfidf(term, stats, data);
     case TermSelection::infogain:
-      return term_passes_infogain(term, data, vocabulary_size);
+      return term_passes_infogain(term, stats, data, vocabulary_size);
   }
   return true;
+}
+
+// The number of terms that the class has, earlier runs and this one together.
+std::size_t count_terms(const ClassData &data) {
+  std::size_t nr_terms = data.profile.size();
+  for (const auto &[term, stats] : data.term_stats) {
+    if (data.profile.find(term) == nullptr)
+      ++nr_terms;
+  }
+  return nr_terms;
 }
 
 }  // namespace
@@ -48,21 +55,35 @@ bool term_passes_uncertainty(const TermStats &stats, std::uint32_t nr_docs) {
   const double n = nr_docs;
   const double mean = double(stats.sum) / n;
   const double variance = double(stats.sum_of_squares) / n - mean * mean;
-  // The root of a negative number compares false.
+  // The root of a negative number would compare false too, and set errno.
+  if (variance < 0.0)
+    return false;
   return mean > params.selectivity() * std::sqrt(variance) && stats.sum != 0;
 }
 
-bool term_passes_tfidf(std::uint32_t term, const ClassData &data) {
-  const ClassProfileEntry *entry_P = data.profile.find(term);
-  if (entry_P == nullptr)
-    return false;
-  return double(entry_P->tf) / double(entry_P->df) >=
+bool term_passes_termfreq(std::uint32_t term, const TermStats &stats,
+                          const ClassData &data) {
+  return term_frequency(term, stats, data) >=
+         params.selectivity() * double(data.nr_terms) / double(data.nr_docs);
+}
+
+bool term_passes_docfreq(std::uint32_t term, const TermStats &stats,
+                         const ClassData &data) {
+  return document_frequency(term, stats, data) >=
          params.selectivity() * double(data.nr_docs);
 }
 
-bool term_passes_infogain(std::uint32_t term, const ClassData &data,
-                          std::size_t vocabulary_size) {
-  const double share = double(data.profile.tf(term)) / double(data.nr_terms);
+bool term_passes_tfidf(std::uint32_t term, const TermStats &stats,
+                       const ClassData &data) {
+  return term_frequency(term, stats, data) /
+             document_frequency(term, stats, data) >=
+         params.selectivity() * double(data.nr_docs);
+}
+
+bool term_passes_infogain(std::uint32_t term, const TermStats &stats,
+                          const ClassData &data, std::size_t vocabulary_size) {
+  const double share =
+      term_frequency(term, stats, data) / double(data.nr_terms);
   return share * std::log(double(vocabulary_size) * share *
                           double(class_table.size())) >=
          params.selectivity();
@@ -83,7 +104,7 @@ void ClassTable::update_profiles() {
   for (std::uint32_t id = 0; id < size(); ++id) {
     collect_statistics(get_data(id));
     if (id == 0)
-      vocabulary_size = get_profile(0).size();
+      vocabulary_size = count_terms(get_data(0));
   }
   for (std::uint32_t id = 0; id < size(); ++id) {
     select_terms(get_data(id), vocabulary_size, active_terms);
@@ -97,12 +118,12 @@ void ClassTable::collect_statistics(ClassData &data) {
                                                   son_P->train_docs.size());
   }
   data.nr_docs = static_cast<std::uint32_t>(data.train_docs.size());
-  data.profile.prepare(term_table.size());
   for (const auto &[name, classes] : data.train_docs) {
     DocProfile profile;
     data_base.read_profile(name, profile);
     profile.update_statistics(data);
   }
+  data.term_stats.settle();
   logf_always(2, "Collected statistics for <%s>", get_name(data.id).c_str());
 }
 
@@ -110,10 +131,16 @@ void ClassTable::remove_inactive_terms(const TermSet &active) {
   for (std::uint32_t id = 0; id < size(); ++id) {
     ClassData &data = get_data(id);
     for (const auto &[term, stats] : data.term_stats) {
-      if (active.contains(term))
-        continue;
-      data.nr_terms -= data.profile.tf(term);
-      data.profile.erase(term);
+      if (active.contains(term)) {
+        ClassProfileEntry &entry = data.profile[term];
+        entry.tf += stats.tf;
+        entry.df += stats.df;
+        entry.promotions = 0;
+        entry.demotions = 0;
+      } else {
+        data.nr_terms -= data.profile.tf(term) + stats.tf;
+        data.profile.erase(term);
+      }
     }
     data.term_stats = {};
   }

@@ -30,12 +30,21 @@ void select_terms(ClassData &data, std::size_t vocabulary_size,
 // negative variance; the term then fails.
 bool term_passes_uncertainty(const TermStats &stats, std::uint32_t nr_docs);
 
+// tf >= (s * T) / N.
+bool term_passes_termfreq(std::uint32_t term, const TermStats &stats,
+                          const ClassData &data);
+
+// df >= s * N.
+bool term_passes_docfreq(std::uint32_t term, const TermStats &stats,
+                         const ClassData &data);
+
 // tf / df >= s * N.
-bool term_passes_tfidf(std::uint32_t term, const ClassData &data);
+bool term_passes_tfidf(std::uint32_t term, const TermStats &stats,
+                       const ClassData &data);
 
 // p * ln(V * p * C) >= s, where p = tf / T.
-bool term_passes_infogain(std::uint32_t term, const ClassData &data,
-                          std::size_t vocabulary_size);
+bool term_passes_infogain(std::uint32_t term, const TermStats &stats,
+                          const ClassData &data, std::size_t vocabulary_size);
 
 }  // namespace vek
 

@@ -37,10 +37,11 @@ std::uint32_t thousandths(std::uint32_t freq, std::uint32_t total) {
     return 0;
   const double exact =
       static_cast<double>(freq) / static_cast<double>(total) * 1000.0;
-  auto rounded = static_cast<std::uint32_t>(exact);
+  // A total that has wrapped makes shares beyond 32 bits; they wrap too.
+  auto rounded = static_cast<std::uint64_t>(exact);
   if (exact - static_cast<double>(rounded) > 0.5)
     ++rounded;
-  return rounded;
+  return static_cast<std::uint32_t>(rounded);
 }
 
 }  // namespace
@@ -126,13 +127,10 @@ WeightType DocProfile::normaliser() const {
 
 void DocProfile::update_statistics(ClassData &data) const {
   for (const DocProfileEntry &entry : entries_) {
-    ClassProfileEntry &class_entry = data.profile[entry.term];
-    class_entry.tf += entry.freq;
-    ++class_entry.df;
-    class_entry.promotions = 0;
-    class_entry.demotions = 0;
     const std::uint32_t share = thousandths(entry.freq, total_);
     TermStats &stats = data.term_stats[entry.term];
+    stats.tf += entry.freq;
+    ++stats.df;
     stats.sum += share;
     stats.sum_of_squares += share * share;
   }

@@ -53,7 +53,8 @@ class DocProfile {
   // term of a class without documents.
   void weigh(std::uint32_t class_id);
 
-  // Adds this training document to the statistics of a class.
+  // Adds this training document to the statistics of a class. They reach the
+  // class's profile when terms have been selected.
   void update_statistics(ClassData &data) const;
 
   // Drops all terms outside the set; an empty set drops none.

@@ -1,0 +1,213 @@
+#include "classes/selection.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "intake/docprof.h"
+#include "params/params.h"
+#include "store/database.h"
+#include "support/messages.h"
+#include "vocabulary/atomtab.h"
+#include "vocabulary/termtab.h"
+
+namespace vek {
+namespace {
+
+constexpr std::uint32_t term = 70;
+
+// A class with one term: N, T, the term's tf and df, S1 and S2; and V, with
+// three classes in the table.
+struct Facts {
+  std::uint32_t nr_docs = 1, nr_terms = 1, tf = 1, df = 1;
+  TermStats stats;
+  std::size_t vocabulary_size = 1;
+};
+
+bool passes(TermSelection selection, double selectivity, const Facts &facts) {
+  params.set_term_selection(selection);
+  params.set_selectivity(selectivity);
+  while (class_table.size() < 3) {
+    class_table.enter(std::to_string(class_table.size()), 0);
+  }
+  ClassData data;
+  data.nr_docs = facts.nr_docs;
+  data.nr_terms = facts.nr_terms;
+  data.profile[term] = {facts.tf, facts.df, 0.0, 0.0, 0.0, 0, 0};
+  data.term_stats[term] = facts.stats;
+  TermSet active;
+  active.insert(3);
+  select_terms(data, facts.vocabulary_size, active);
+  EXPECT_TRUE(active.contains(3));
+  return active.contains(term);
+}
+
+TEST(Selection, WithoutACriterionOrABoundTakesEveryTerm) {
+  for (const auto selection : {TermSelection::none, TermSelection::uncertainty,
+                               TermSelection::termfreq, TermSelection::docfreq,
+                               TermSelection::tfidf, TermSelection::infogain}) {
+    EXPECT_TRUE(passes(selection, 0.0, {1000, 1000, 0, 1, {0, 0}, 1}));
+    EXPECT_EQ(passes(selection, 1e9, {1000, 1000, 1, 1, {0, 0}, 1}),
+              selection == TermSelection::none);
+  }
+}
+
+TEST(Selection, ComparesWithTheBoundOfItsCriterion) {
+  const auto uncertainty = TermSelection::uncertainty;
+  const auto termfreq = TermSelection::termfreq;
+  const auto docfreq = TermSelection::docfreq;
+  const auto tfidf = TermSelection::tfidf;
+  const auto infogain = TermSelection::infogain;
+  const double half_ln_6 = 0.8958797346140275;
+  struct Case {
+    TermSelection selection;
+    double selectivity;
+    Facts facts;
+    bool expected;
+  };
+  const std::vector<Case> cases = {
+      // 10 and 30: mean 20, standard deviation 10. The bound itself fails.
+      {uncertainty, 2.0, {2, 1, 1, 1, {40, 1000}, 1}, false},
+      {uncertainty, 1.99, {2, 1, 1, 1, {40, 1000}, 1}, true},
+      // The same in every document: no deviation.
+      {uncertainty, 1e9, {3, 1, 1, 1, {30, 300}, 1}, true},
+      {uncertainty, 1e9, {3, 1, 1, 1, {0, 0}, 1}, false},
+      // From here on the bound itself passes.
+      {termfreq, 0.5, {5, 20, 2, 9, {}, 1}, true},
+      {termfreq, 0.5, {5, 20, 1, 9, {}, 1}, false},
+      // s * T first: exactly 1, and a little over 3. T / N first: over 1,
+      // and 3.
+      {termfreq, 0.17, {17, 100, 1, 9, {}, 1}, true},
+      {termfreq, 0.14, {7, 150, 3, 9, {}, 1}, false},
+      {docfreq, 0.25, {100, 1, 99, 25, {}, 1}, true},
+      {docfreq, 0.25, {100, 1, 99, 24, {}, 1}, false},
+      {docfreq, 1.0, {4294967295, 1, 1, 4294967295, {}, 1}, true},
+      {tfidf, 0.5, {4, 1, 6, 3, {}, 1}, true},
+      {tfidf, 0.5, {4, 1, 5, 3, {}, 1}, false},
+      {tfidf, 0.5, {5, 1, 6, 3, {}, 1}, false},
+      // V * p * C is 6, 1 and 12 / 11.
+      {infogain, half_ln_6, {1, 10, 5, 1, {}, 4}, true},
+      {infogain, std::nextafter(half_ln_6, 1.0), {1, 10, 5, 1, {}, 4}, false},
+      {infogain, 1e-300, {1, 12, 1, 1, {}, 4}, false},
+      {infogain, 1e-300, {1, 11, 1, 1, {}, 4}, true},
+  };
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    const Case &one = cases[i];
+    EXPECT_EQ(passes(one.selection, one.selectivity, one.facts), one.expected)
+        << "case " << i;
+  }
+}
+
+TEST(Selection, MultipliesInTheOrderOfTheFormula) {
+  for (const char *name : {"0", "1", "2", "3", "4"})
+    class_table.enter(name, 0);
+  // V * p, then C: 0.4 * ln(3 * 0.4 * 5). Any other order is a bit smaller.
+  EXPECT_TRUE(
+      passes(TermSelection::infogain, 0.7167037876912221, {1, 5, 2, 1, {}, 3}));
+}
+
+// As sums that wrapped or were rounded can say.
+TEST(Selection, FailsWithoutErrnoForANegativeVariance) {
+  errno = 0;
+  EXPECT_FALSE(
+      passes(TermSelection::uncertainty, 1e-300, {2, 1, 1, 1, {40, 799}, 1}));
+  EXPECT_EQ(errno, 0);
+}
+
+// Three documents over five terms:
+//   a: d1 = 0 0 1, d2 = 0 2 2 2 3 3 3 3;  b: d3 = 2 2 2 2 2
+class Collection : public testing::Test {
+ protected:
+  Collection() {
+    data_base.open("data");
+    for (std::uint32_t head = 0; head < 5; ++head) {
+      term_table.enter(atom_table.enter(std::to_string(head)), EmptyAtom);
+    }
+    // Nothing is left to be saved when the directory is gone.
+    atom_table.write();
+    term_table.write();
+    data_base.vocabulary_written();
+    for (const char *name : {"news", "a", "b", "empty"}) {
+      class_table.enter(name, 0);
+    }
+    add(1, "d1", {{0, 2}, {1, 1}});
+    add(1, "d2", {{0, 1}, {2, 3}, {3, 4}});
+    add(2, "d3", {{2, 5}});
+    class_table.gather_documents();
+  }
+
+  static void add(std::uint32_t class_id, const char *name,
+                  const std::vector<std::pair<int, int>> &terms) {
+    DocProfile profile;
+    for (const auto &[id, freq] : terms) {
+      profile.add_term(static_cast<std::uint32_t>(id),
+                       static_cast<std::uint32_t>(freq));
+    }
+    data_base.put(name, profile);
+    class_table.add_train_document(class_id, name);
+  }
+
+  // The class's counts, and its terms with tf and df.
+  static std::string dump(std::uint32_t id) {
+    const ClassData &data = class_table.get_data(id);
+    EXPECT_TRUE(data.term_stats.empty());
+    std::string text = std::to_string(data.nr_docs) + " " +
+                       std::to_string(data.nr_others) + " " +
+                       std::to_string(data.nr_terms) + ":";
+    for (const auto &[slot_term, entry] : data.profile) {
+      text += " " + std::to_string(slot_term) + "=" + std::to_string(entry.tf) +
+              "/" + std::to_string(entry.df);
+    }
+    return text;
+  }
+
+ private:
+  TemporaryDirectory directory_;
+};
+
+TEST_F(Collection, KeepsInEveryClassWhatPassesInOne) {
+  params.set_term_selection(TermSelection::docfreq);
+  params.set_selectivity(0.75);
+  set_verbosity(2);
+  EXPECT_EQ(screen([] { class_table.update_profiles(); }),
+            "Collected statistics for <news>\n"
+            "Collected statistics for <a>\n"
+            "Collected statistics for <b>\n"
+            "Collected statistics for <empty>\n");
+  // Term 0 passes in a with both documents, term 2 in b alone.
+  EXPECT_EQ(dump(0), "3 0 11: 0=3/2 2=8/2");
+  EXPECT_EQ(dump(1), "2 1 6: 0=3/2 2=3/1");
+  EXPECT_EQ(dump(2), "1 2 5: 2=5/1");
+  EXPECT_EQ(dump(3), "0 3 0:");
+  EXPECT_EQ(active_terms.size(), 2U);
+  EXPECT_EQ(data_base.get("d2")->total(), 4U);
+  EXPECT_EQ(data_base.get("d1")->size(), 1U);
+}
+
+// V is 4: with the one term of class b in its place, or before the statistics
+// are complete, term 3 would fail in a too.
+TEST_F(Collection, JudgesByTheVocabularyOfTheTopClass) {
+  params.set_term_selection(TermSelection::infogain);
+  params.set_selectivity(0.6);  // term 3 in a: 4/11 * ln(4 * 4/11 * 4) = 0.64
+  class_table.update_profiles();
+  EXPECT_EQ(dump(0), "3 0 12: 2=8/2 3=4/1");
+  EXPECT_EQ(dump(1), "2 1 7: 2=3/1 3=4/1");
+}
+
+TEST_F(Collection, AddsToTheStatisticsOfEarlierRuns) {
+  params.set_selectivity(0.0);
+  ClassData &data = class_table.get_data(1);
+  data.nr_docs = 9;
+  data.nr_terms = 100;
+  data.profile[0] = {50, 5, 0.0, 0.0, 0.0, 6, 7};
+  class_table.update_profiles();
+  EXPECT_EQ(dump(1), "2 1 111: 0=53/7 1=1/1 2=3/1 3=4/1");
+  EXPECT_EQ(data.profile.find(0)->promotions, 0);
+  EXPECT_EQ(data.profile.find(0)->demotions, 0);
+}
+
+}  // namespace
+}  // namespace vek
