@@ -21,10 +21,13 @@ void AnalysisWriter::start() {
 }
 
 void AnalysisWriter::word(std::string_view raw, Gap gap) {
-  if (gap != Gap::adjacent) before_ = Before::nothing;
-  if (gap == Gap::sentence) is_new_sentence_ = true;
+  if (gap != Gap::adjacent)
+    before_ = Before::nothing;
+  if (gap == Gap::sentence)
+    is_new_sentence_ = true;
   const Word word = lexicon_.look_up(raw);
-  if (word.elided != 0) function_word(word.elided);
+  if (word.elided != 0)
+    function_word(word.elided);
   switch (word.kind) {
     case WordKind::content:
       content_word(word);
@@ -33,7 +36,8 @@ void AnalysisWriter::word(std::string_view raw, Gap gap) {
       function_word(word.function);
       break;
     case WordKind::number_class:
-      if (terms_ != Terms::pairs) write_word(number_token);
+      if (terms_ != Terms::pairs)
+        write_word(number_token);
       before_ = Before::nothing;
       break;
     case WordKind::dropped:
@@ -43,8 +47,10 @@ void AnalysisWriter::word(std::string_view raw, Gap gap) {
 }
 
 void AnalysisWriter::content_word(const Word &word) {
-  if (terms_ != Terms::pairs) write_word(word.stem);
-  if (terms_ == Terms::words) return;
+  if (terms_ != Terms::pairs)
+    write_word(word.stem);
+  if (terms_ == Terms::words)
+    return;
   pair_with(word);
   kept_.set(word);
   before_ = Before::content_word;
@@ -62,7 +68,8 @@ void AnalysisWriter::pair_with(const Word &word) {
       }
       break;
     case Before::genitive_article:
-      if (word.has_capital) write_pair(kept_.stem(), word.stem);
+      if (word.has_capital)
+        write_pair(kept_.stem(), word.stem);
       break;
     case Before::of:
     case Before::of_article:
@@ -79,7 +86,8 @@ AnalysisWriter::Before AnalysisWriter::behind_function_word(
     FunctionFlags flags) const {
   switch (before_) {
     case Before::content_word:
-      if ((flags & is_of) != 0) return Before::of;
+      if ((flags & is_of) != 0)
+        return Before::of;
       if ((flags & is_genitive_article) != 0 && kept_.has_capital()) {
         return Before::genitive_article;
       }
@@ -92,7 +100,8 @@ AnalysisWriter::Before AnalysisWriter::behind_function_word(
 }
 
 void AnalysisWriter::write_separator() {
-  if (!is_empty_) output_.put(is_new_sentence_ ? '\n' : ' ');
+  if (!is_empty_)
+    output_.put(is_new_sentence_ ? '\n' : ' ');
   is_empty_ = false;
   is_new_sentence_ = false;
 }
@@ -113,7 +122,8 @@ void AnalysisWriter::write_pair(std::string_view head,
 }
 
 void AnalysisWriter::finish() {
-  if (!is_empty_) output_.put('\n');
+  if (!is_empty_)
+    output_.put('\n');
 }
 
 }  // namespace vek::analysis

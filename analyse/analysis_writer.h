@@ -47,7 +47,7 @@ class AnalysisWriter : public WordSink {
     bool has_capital() const { return has_capital_; }
 
    private:
-    std::array<char, longest_word> text_;
+    std::array<char, longest_word> text_{};
     std::size_t size_ = 0;
     bool has_capital_ = false;
   };

@@ -12,10 +12,14 @@ constexpr std::int32_t replacement = 0xFFFD;
 
 constexpr std::array<CharKind, 256> make_ascii_kinds() {
   std::array<CharKind, 256> kinds{};
-  for (std::size_t c = 'a'; c <= 'z'; ++c) kinds[c] = CharKind::letter;
-  for (std::size_t c = 'A'; c <= 'Z'; ++c) kinds[c] = CharKind::letter;
-  for (std::size_t c = '0'; c <= '9'; ++c) kinds[c] = CharKind::digit;
-  for (std::size_t c = 0x80; c <= 0xFF; ++c) kinds[c] = CharKind::high_byte;
+  for (std::size_t c = 'a'; c <= 'z'; ++c)
+    kinds[c] = CharKind::letter;
+  for (std::size_t c = 'A'; c <= 'Z'; ++c)
+    kinds[c] = CharKind::letter;
+  for (std::size_t c = '0'; c <= '9'; ++c)
+    kinds[c] = CharKind::digit;
+  for (std::size_t c = 0x80; c <= 0xFF; ++c)
+    kinds[c] = CharKind::high_byte;
   kinds[' '] = kinds['\t'] = kinds['\r'] = kinds['\v'] = CharKind::blank;
   kinds['\n'] = CharKind::line_end;
   kinds['\f'] = CharKind::paragraph_end;
@@ -91,7 +95,8 @@ CharKind category_kind(std::int32_t character) {
 }
 
 CharKind find_kind(std::int32_t character) {
-  if (character < 0) return CharKind::other;
+  if (character < 0)
+    return CharKind::other;
   if (character < 0x80) {
     return ascii_kinds[static_cast<std::size_t>(character)];
   }
@@ -102,7 +107,7 @@ CharKind find_kind(std::int32_t character) {
 // The characters of one and two bytes, which hold all of the Latin, Greek,
 // Cyrillic, Hebrew and Arabic that is in daily use.
 std::array<CharKind, 0x800> make_low_kinds() {
-  std::array<CharKind, 0x800> kinds;
+  std::array<CharKind, 0x800> kinds{};
   for (std::size_t c = 0; c < kinds.size(); ++c) {
     kinds[c] = find_kind(static_cast<std::int32_t>(c));
   }
@@ -119,10 +124,14 @@ bool is_continuation(std::string_view text, std::size_t i) {
 
 // How many bytes a character takes that begins with `byte`; 0 if none does.
 std::size_t announced_size(unsigned char byte) {
-  if (byte < 0x80) return 1;
-  if (byte < 0xC2) return 0;
-  if (byte < 0xE0) return 2;
-  if (byte < 0xF0) return 3;
+  if (byte < 0x80)
+    return 1;
+  if (byte < 0xC2)
+    return 0;
+  if (byte < 0xE0)
+    return 2;
+  if (byte < 0xF0)
+    return 3;
   return byte < 0xF5 ? 4 : 0;
 }
 
@@ -146,19 +155,24 @@ bool second_byte_fits(unsigned char first, unsigned char second) {
 // Bytes of the valid character at the begin of `text`. 0 if there is none.
 std::size_t valid_size(std::string_view text) {
   const std::size_t size = announced_size(byte_at(text, 0));
-  if (size <= 1) return size;
-  if (size > text.size()) return 0;
+  if (size <= 1)
+    return size;
+  if (size > text.size())
+    return 0;
   for (std::size_t i = 1; i < size; ++i) {
-    if (!is_continuation(text, i)) return 0;
+    if (!is_continuation(text, i))
+      return 0;
   }
   return second_byte_fits(byte_at(text, 0), byte_at(text, 1)) ? size : 0;
 }
 
 // `text` is shorter than the character that it begins.
 bool is_cut_character(std::string_view text) {
-  if (announced_size(byte_at(text, 0)) <= text.size()) return false;
+  if (announced_size(byte_at(text, 0)) <= text.size())
+    return false;
   for (std::size_t i = 1; i < text.size(); ++i) {
-    if (!is_continuation(text, i)) return false;
+    if (!is_continuation(text, i))
+      return false;
   }
   return text.size() < 2 ||
          second_byte_fits(byte_at(text, 0), byte_at(text, 1));
@@ -169,23 +183,26 @@ std::size_t skip_ascii(std::string_view text, std::size_t i) {
   std::uint64_t block;
   while (i + sizeof block <= text.size()) {
     std::memcpy(&block, text.data() + i, sizeof block);
-    if ((block & 0x8080808080808080U) != 0) break;
+    if ((block & 0x8080808080808080U) != 0)
+      break;
     i += sizeof block;
   }
-  while (i < text.size() && byte_at(text, i) < 0x80) ++i;
+  while (i < text.size() && byte_at(text, i) < 0x80)
+    ++i;
   return i;
 }
 
 // What Windows-1252 has at 0x80 to 0x9F; the rest is as in Unicode.
 constexpr std::array<std::int32_t, 32> windows_1252_middle = {
-    0x20AC,      replacement, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020,
-    0x2021,      0x02C6,      0x2030, 0x0160, 0x2039, 0x0152, replacement,
-    0x017D,      replacement, replacement, 0x2018, 0x2019, 0x201C, 0x201D,
-    0x2022,      0x2013,      0x2014, 0x02DC, 0x2122, 0x0161, 0x203A,
-    0x0153,      replacement, 0x017E, 0x0178};
+    0x20AC, replacement, 0x201A,      0x0192, 0x201E, 0x2026, 0x2020,
+    0x2021, 0x02C6,      0x2030,      0x0160, 0x2039, 0x0152, replacement,
+    0x017D, replacement, replacement, 0x2018, 0x2019, 0x201C, 0x201D,
+    0x2022, 0x2013,      0x2014,      0x02DC, 0x2122, 0x0161, 0x203A,
+    0x0153, replacement, 0x017E,      0x0178};
 
 std::int32_t windows_1252_character(unsigned char byte) {
-  if (byte < 0x80 || byte >= 0xA0) return byte;
+  if (byte < 0x80 || byte >= 0xA0)
+    return byte;
   return windows_1252_middle[byte - 0x80U];
 }
 
@@ -219,25 +236,26 @@ Character first_character(std::string_view text) {
 }
 
 void append_utf8(std::string &text, std::int32_t character) {
-  if (!utf8proc_codepoint_valid(character)) return;
-  std::array<utf8proc_uint8_t, 4> bytes;
-  const utf8proc_ssize_t size =
-      utf8proc_encode_char(character, bytes.data());
+  if (!utf8proc_codepoint_valid(character))
+    return;
+  std::array<utf8proc_uint8_t, 4> bytes{};
+  const utf8proc_ssize_t size = utf8proc_encode_char(character, bytes.data());
   for (utf8proc_ssize_t i = 0; i < size; ++i) {
     text += static_cast<char>(bytes[static_cast<std::size_t>(i)]);
   }
 }
 
 std::string_view cut_at_character(std::string_view text, std::size_t limit) {
-  if (text.size() <= limit) return text;
-  while (limit > 0 && is_continuation(text, limit)) --limit;
+  if (text.size() <= limit)
+    return text;
+  while (limit > 0 && is_continuation(text, limit))
+    --limit;
   return text.substr(0, limit);
 }
 
 // Takes from `piece` what the kept bytes lack and returns how many that were.
 std::size_t Utf8Check::complete_kept_character(std::string_view piece) {
-  const std::size_t size =
-      announced_size(static_cast<unsigned char>(kept_[0]));
+  const std::size_t size = announced_size(static_cast<unsigned char>(kept_[0]));
   const std::size_t taken = std::min(size - nr_kept_, piece.size());
   std::copy_n(piece.data(), taken, kept_.data() + nr_kept_);
   nr_kept_ += taken;
@@ -252,15 +270,18 @@ std::size_t Utf8Check::complete_kept_character(std::string_view piece) {
 
 void Utf8Check::add(std::string_view piece) {
   std::size_t i = 0;
-  if (nr_kept_ > 0 && good_) i = complete_kept_character(piece);
+  if (nr_kept_ > 0 && good_)
+    i = complete_kept_character(piece);
   while (good_) {
     i = skip_ascii(piece, i);
-    if (i >= piece.size()) return;
+    if (i >= piece.size())
+      return;
     const std::string_view rest = piece.substr(i);
     const std::size_t size = valid_size(rest);
     if (size == 0) {
       good_ = is_cut_character(rest);
-      if (good_) nr_kept_ = rest.copy(kept_.data(), kept_.size());
+      if (good_)
+        nr_kept_ = rest.copy(kept_.data(), kept_.size());
       return;
     }
     i += size;

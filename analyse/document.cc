@@ -18,18 +18,22 @@ constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
 }  // namespace
 
 FileSource::~FileSource() {
-  if (descriptor_ >= 0) close(descriptor_);
+  if (descriptor_ >= 0)
+    close(descriptor_);
 }
 
 std::string FileSource::open(const std::string &path) {
-  if (path.find('\0') != path.npos) return "no file has a NUL in its name";
+  if (path.find('\0') != path.npos)
+    return "no file has a NUL in its name";
   // Not waiting, because a named pipe without a writer would let us wait here.
-  descriptor_ = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
-  struct stat status;
+  descriptor_ =
+      ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+  struct stat status = {};
   if (descriptor_ < 0 || fstat(descriptor_, &status) != 0) {
     return std::strerror(errno);
   }
-  if (!S_ISREG(status.st_mode)) return "not a regular file";
+  if (!S_ISREG(status.st_mode))
+    return "not a regular file";
   // The files that the kernel makes up, as in /proc, claim to have no bytes.
   has_size_ = status.st_size > 0;
   size_ = static_cast<std::uint64_t>(status.st_size);
@@ -44,10 +48,10 @@ std::ptrdiff_t FileSource::read(std::uint64_t offset, char *to,
   }
   std::size_t nr_read = 0;
   while (nr_read < size) {
-    const ssize_t count =
-        pread(descriptor_, to + nr_read, size - nr_read,
-              static_cast<off_t>(offset + nr_read));
-    if (count == 0) break;
+    const ssize_t count = pread(descriptor_, to + nr_read, size - nr_read,
+                                static_cast<off_t>(offset + nr_read));
+    if (count == 0)
+      break;
     if (count > 0) {
       nr_read += static_cast<std::size_t>(count);
     } else if (errno != EINTR) {
@@ -70,7 +74,8 @@ bool DocumentReader::read(ByteSource &source, Tokeniser &tokeniser) {
 
 bool DocumentReader::load(ByteSource &source, std::uint64_t offset) {
   const std::ptrdiff_t size = source.read(offset, buffer_.get(), buffer_size_);
-  if (size < 0) return false;
+  if (size < 0)
+    return false;
   offset_ = offset;
   piece_ = {buffer_.get(), static_cast<std::size_t>(size)};
   is_last_ = piece_.size() < buffer_size_;
@@ -86,7 +91,8 @@ bool DocumentReader::find_encoding(ByteSource &source) {
   Utf8Check check;
   check.add(piece_);
   while (!is_last_ && check.good_so_far()) {
-    if (!load_next(source)) return false;
+    if (!load_next(source))
+      return false;
     check.add(piece_);
   }
   encoding_ = check.good() ? Encoding::utf8 : Encoding::windows_1252;
@@ -97,21 +103,23 @@ bool DocumentReader::feed_all(ByteSource &source, Tokeniser &tokeniser) {
   while (true) {
     decode_piece();
     text_.erase(0, tokeniser.feed(text_, is_last_));
-    if (is_last_) return true;
-    if (!load_next(source)) return false;
+    if (is_last_)
+      return true;
+    if (!load_next(source))
+      return false;
   }
 }
 
 void DocumentReader::decode_piece() {
-  if (encoding_ == Encoding::windows_1252) {
-    append_windows_1252(text_, piece_);
-    return;
+  std::string_view bytes = piece_;
+  if (offset_ == 0 && bytes.starts_with(byte_order_mark)) {
+    bytes.remove_prefix(byte_order_mark.size());
   }
-  if (offset_ == 0 && piece_.starts_with(byte_order_mark)) {
-    piece_.remove_prefix(byte_order_mark.size());
-    offset_ += byte_order_mark.size();
+  if (encoding_ == Encoding::utf8) {
+    text_ += bytes;
+  } else {
+    append_windows_1252(text_, bytes);
   }
-  text_ += piece_;
 }
 
 }  // namespace vek::analysis

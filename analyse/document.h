@@ -55,10 +55,10 @@ class DocumentReader {
 
   explicit DocumentReader(std::size_t buffer_size = usual_buffer);
 
-  // Feeds the whole document to `tokeniser`. It is read as UTF-8, without the
-  // byte order mark that it may begin with, if all of it is valid UTF-8, and
-  // else as Windows-1252. The one that is larger than the buffer is therefore
-  // read twice. False if the source fails; the words up to there were fed.
+  // Feeds the whole document to `tokeniser`, without the byte order mark that
+  // it may begin with. It is read as UTF-8 if all of it is valid UTF-8, and
+  // else as Windows-1252. One that is larger than the buffer is therefore read
+  // twice. False if the source fails; the words up to there were fed.
   bool read(ByteSource &source, Tokeniser &tokeniser);
 
  private:

@@ -94,12 +94,13 @@ const std::array languages = {
     Language{.name = "yiddish", .codes = "yi yid"},
 };
 
-const Language no_language = {.name = "", .codes = ""};
+const Language no_language = {};
 
 bool holds_word(std::string_view list, std::string_view word) {
   while (!list.empty()) {
     const std::string_view first = list.substr(0, list.find(' '));
-    if (first == word) return true;
+    if (first == word)
+      return true;
     list.remove_prefix(std::min(list.size(), first.size() + 1));
   }
   return false;
@@ -108,7 +109,8 @@ bool holds_word(std::string_view list, std::string_view word) {
 }  // namespace
 
 const Language *find_language(std::string_view name) {
-  if (name == "none") return &no_language;
+  if (name == "none")
+    return &no_language;
   for (const Language &language : languages) {
     if (name == language.name || holds_word(language.codes, name)) {
       return &language;

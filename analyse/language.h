@@ -31,9 +31,9 @@ struct FunctionWords {
 
 struct Language {
   // The name of the stemming algorithm; empty for no stemming.
-  const char *name;
+  const char *name = "";
   // ISO 639 codes, with a blank between them.
-  const char *codes;
+  const char *codes = "";
   FunctionWords words = {};
   HeadSide head_side = HeadSide::right;
   // Endings that are cut off, each with its apostrophe, as in "nation's".

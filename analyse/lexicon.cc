@@ -28,21 +28,30 @@ std::string without_comments(std::string_view text) {
   std::string rest;
   bool in_comment = false;
   for (const char c : text) {
-    if (c == '#') in_comment = true;
-    if (c == '\n') in_comment = false;
-    if (!in_comment) rest += c;
+    if (c == '#')
+      in_comment = true;
+    if (c == '\n')
+      in_comment = false;
+    if (!in_comment)
+      rest += c;
   }
   return rest;
 }
 
 }  // namespace
 
-Lexicon::Lexicon(const Language &language, Numbers numbers)
+Lexicon::Lexicon(const Language &language, Numbers numbers,
+                 std::size_t nr_cache_slots)
     : language_(language),
       numbers_(numbers),
-      stemmer_P_(*language.name == '\0' ? nullptr
-                                        : sb_stemmer_new(language.name, "UTF_8"),
-                 sb_stemmer_delete) {
+      stemmer_P_(*language.name == '\0'
+                     ? nullptr
+                     : sb_stemmer_new(language.name, "UTF_8"),
+                 sb_stemmer_delete),
+      cache_(nr_cache_slots) {
+  std::string_view endings = language.endings;
+  while (!endings.empty())
+    endings_.emplace_back(next_word(endings));
   const FunctionWords &words = language.words;
   add_words(words.others, is_function);
   add_words(words.articles, is_function | is_article);
@@ -60,7 +69,8 @@ void Lexicon::add_words(std::string_view list, FunctionFlags flags) {
   for (std::string_view word = next_word(list); !word.empty();
        word = next_word(list)) {
     const std::string text = normalise_word(word, casing_of(language_));
-    function_words_[text] = static_cast<FunctionFlags>(function_words_[text] | flags);
+    function_words_[text] =
+        static_cast<FunctionFlags>(function_words_[text] | flags);
   }
 }
 
@@ -76,14 +86,16 @@ FunctionFlags Lexicon::function_flags(std::string_view text) const {
 Word Lexicon::look_up(std::string_view raw) {
   raw = cut_at_character(raw, longest_raw_word);
   Word word;
-  if (cache_.find(raw, word)) return word;
+  if (cache_.find(raw, word))
+    return word;
   word = classify(raw);
   cache_.insert(raw, word);
   return word;
 }
 
 Word Lexicon::classify(std::string_view raw) {
-  if (kind_of(first_character(raw).value) == CharKind::digit) return number(raw);
+  if (kind_of(first_character(raw).value) == CharKind::digit)
+    return number(raw);
   const std::string normal = normalise_word(raw, casing_of(language_));
   std::string_view text = normal;
   Word word;
@@ -95,7 +107,8 @@ Word Lexicon::classify(std::string_view raw) {
     word.function = function_flags(text);
   }
   word.kind = word.function != 0 ? WordKind::function : WordKind::content;
-  if (word.kind == WordKind::content) word.stem = stem(text);
+  if (word.kind == WordKind::content)
+    word.stem = stem(text);
   return word;
 }
 
@@ -126,9 +139,11 @@ FunctionFlags Lexicon::cut_elision(std::string_view &text) const {
   FunctionFlags flags = 0;
   while (function_flags(text) == 0) {
     const std::size_t end = text.find('\'');
-    if (end == std::string_view::npos || end + 1 == text.size()) break;
+    if (end == std::string_view::npos || end + 1 == text.size())
+      break;
     const FunctionFlags elided = function_flags(text.substr(0, end + 1));
-    if (elided == 0) break;
+    if (elided == 0)
+      break;
     flags = elided;
     text.remove_prefix(end + 1);
   }
@@ -138,14 +153,13 @@ FunctionFlags Lexicon::cut_elision(std::string_view &text) const {
 void Lexicon::cut_endings(std::string_view &text) const {
   const char mark = language_.ending_mark;
   const std::size_t end = mark == '\0' ? text.npos : text.find(mark);
-  if (end != text.npos && end > 0) text = text.substr(0, end);
+  if (end != text.npos && end > 0)
+    text = text.substr(0, end);
   cut_listed_ending(text);
 }
 
 void Lexicon::cut_listed_ending(std::string_view &text) const {
-  std::string_view endings = language_.endings;
-  for (std::string_view ending = next_word(endings); !ending.empty();
-       ending = next_word(endings)) {
+  for (const std::string &ending : endings_) {
     if (text.size() > ending.size() && text.ends_with(ending)) {
       text.remove_suffix(ending.size());
       return;
@@ -156,13 +170,14 @@ void Lexicon::cut_listed_ending(std::string_view &text) const {
 // An abbreviation like u.s is left as it is: its letters are not a word's.
 std::string_view Lexicon::stem(std::string_view text) {
   stem_ = cut_at_character(text, longest_word);
-  if (stemmer_P_ == nullptr || text.find('.') != text.npos) return stem_;
-  const sb_symbol *result_P =
-      sb_stemmer_stem(stemmer_P_.get(),
-                      reinterpret_cast<const sb_symbol *>(stem_.data()),
-                      static_cast<int>(stem_.size()));
+  if (stemmer_P_ == nullptr || text.find('.') != text.npos)
+    return stem_;
+  const sb_symbol *result_P = sb_stemmer_stem(
+      stemmer_P_.get(), reinterpret_cast<const sb_symbol *>(stem_.data()),
+      static_cast<int>(stem_.size()));
   const int size = sb_stemmer_length(stemmer_P_.get());
-  if (result_P == nullptr || size <= 0) return stem_;
+  if (result_P == nullptr || size <= 0)
+    return stem_;
   stem_.assign(reinterpret_cast<const char *>(result_P),
                static_cast<std::size_t>(size));
   return cut_at_character(stem_, longest_word);

@@ -46,7 +46,8 @@ std::string without_variants(std::string_view raw) {
   while (!raw.empty()) {
     const Character character = first_character(raw);
     raw.remove_prefix(character.size);
-    if (kind_of(character.value) == CharKind::invisible) continue;
+    if (kind_of(character.value) == CharKind::invisible)
+      continue;
     append_utf8(text, is_apostrophe(character.value) ? '\'' : character.value);
   }
   return text;
@@ -58,13 +59,16 @@ Characters composed(std::string_view text, Workspace &space) {
       reinterpret_cast<const utf8proc_uint8_t *>(text.data()),
       static_cast<utf8proc_ssize_t>(text.size()), space.data(),
       static_cast<utf8proc_ssize_t>(space.size()), nfc);
-  if (size < 0 || size > static_cast<utf8proc_ssize_t>(space.size())) return {};
+  if (size < 0 || size > static_cast<utf8proc_ssize_t>(space.size()))
+    return {};
   size = utf8proc_normalize_utf32(space.data(), size, nfc);
-  return Characters(space).first(static_cast<std::size_t>(std::max<utf8proc_ssize_t>(size, 0)));
+  return Characters(space).first(
+      static_cast<std::size_t>(std::max<utf8proc_ssize_t>(size, 0)));
 }
 
 utf8proc_int32_t small_letter(utf8proc_int32_t character, Casing casing) {
-  if (casing == Casing::dotless_i && character == 'I') return 0x0131;
+  if (casing == Casing::dotless_i && character == 'I')
+    return 0x0131;
   return utf8proc_tolower(character);
 }
 
@@ -81,7 +85,8 @@ std::string composed_text(std::string_view text, Casing casing,
 
 std::string normalise_word(std::string_view raw, Casing casing) {
   raw = cut_at_character(raw, longest_raw_word);
-  if (is_ascii(raw) && casing == Casing::usual) return small_ascii_letters(raw);
+  if (is_ascii(raw) && casing == Casing::usual)
+    return small_ascii_letters(raw);
   Workspace space;
   // Twice, because a small letter may compose with a mark where its capital
   // did not.
@@ -90,7 +95,8 @@ std::string normalise_word(std::string_view raw, Casing casing) {
 }
 
 bool has_capital(std::string_view raw) {
-  if (raw.empty()) return false;
+  if (raw.empty())
+    return false;
   const std::int32_t first = first_character(raw).value;
   return utf8proc_tolower(first) != first;
 }

@@ -27,7 +27,8 @@ template <typename Value, std::size_t nr_choices>
 bool choose(const std::array<Choice<Value>, nr_choices> &choices,
             std::string_view name, Value &value) {
   for (const Choice<Value> &choice : choices) {
-    if (choice.name != name) continue;
+    if (choice.name != name)
+      continue;
     value = choice.value;
     return true;
   }
@@ -40,15 +41,19 @@ std::string quoted(std::string_view text) {
 
 std::string set_language(std::string_view name, Options &options) {
   options.language_P = find_language(name);
-  if (options.language_P != nullptr) return {};
+  if (options.language_P != nullptr)
+    return {};
   return "unknown language " + quoted(name) + "; there are:\n" +
          list_of_languages();
 }
 
 std::string set_terms(std::string_view name, Options &options) {
   static constexpr std::array<Choice<Terms>, 3> choices = {
-      {{"words", Terms::words}, {"pairs", Terms::pairs}, {"both", Terms::both}}};
-  if (choose(choices, name, options.terms)) return {};
+      {{"words", Terms::words},
+       {"pairs", Terms::pairs},
+       {"both", Terms::both}}};
+  if (choose(choices, name, options.terms))
+    return {};
   return "unknown terms " + quoted(name) + "; words, pairs or both";
 }
 
@@ -57,7 +62,8 @@ std::string set_numbers(std::string_view name, Options &options) {
       {{"drop", Numbers::drop},
        {"class", Numbers::as_class},
        {"keep", Numbers::keep}}};
-  if (choose(choices, name, options.numbers)) return {};
+  if (choose(choices, name, options.numbers))
+    return {};
   return "unknown treatment of numbers " + quoted(name) +
          "; drop, class or keep";
 }
@@ -116,17 +122,20 @@ struct Written {
 
 Written split_option(std::string_view text) {
   if (!text.starts_with("--")) {
-    return {text.substr(0, 2), text.substr(std::min<std::size_t>(2, text.size())),
+    return {text.substr(0, 2),
+            text.substr(std::min<std::size_t>(2, text.size())),
             text.size() > 2};
   }
   const std::size_t end = text.find('=');
-  if (end == text.npos) return {text, {}, false};
+  if (end == text.npos)
+    return {text, {}, false};
   return {text.substr(0, end), text.substr(end + 1), true};
 }
 
 const Option *find_option(std::string_view name) {
   for (const Option &option : all_options) {
-    if (option.name == name) return &option;
+    if (option.name == name)
+      return &option;
   }
   return nullptr;
 }
@@ -137,7 +146,8 @@ std::string read_options(std::span<char *const> arguments, Options &options) {
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     Written written = split_option(arguments[i]);
     const Option *option_P = find_option(written.name);
-    if (option_P == nullptr) return "unknown option " + quoted(arguments[i]);
+    if (option_P == nullptr)
+      return "unknown option " + quoted(arguments[i]);
     const bool takes_argument = !option_P->argument.empty();
     if (!takes_argument && written.has_argument) {
       return quoted(option_P->name) + " takes no argument";
@@ -149,7 +159,8 @@ std::string read_options(std::span<char *const> arguments, Options &options) {
       written.argument = arguments[i];
     }
     std::string problem = option_P->effect(written.argument, options);
-    if (!problem.empty()) return problem;
+    if (!problem.empty())
+      return problem;
   }
   if (!options.from_directory.empty() && options.to_directory.empty()) {
     return "'--from' goes with '--to' only";
@@ -163,8 +174,8 @@ std::string usage() {
       "Reads paths of text files, one a line, and answers each with the\n"
       "analysis of its text and the byte 0x01.\n";
   for (const Option &option : all_options) {
-    std::string line = "  " + std::string(option.name) + ' ' +
-                       std::string(option.argument);
+    std::string line =
+        "  " + std::string(option.name) + ' ' + std::string(option.argument);
     line.resize(16, ' ');
     text += line + std::string(option.help) + '\n';
   }

@@ -18,7 +18,7 @@ void wait_until_writable(int descriptor) {
 
 Output::Output() : buffer_(new char[capacity]) {}
 
-void Output::put(std::string_view text) {
+void Output::put_in_parts(std::string_view text) {
   while (text.size() > capacity - nr_bytes_) {
     const std::size_t taken =
         text.copy(buffer_.get() + nr_bytes_, capacity - nr_bytes_);
@@ -30,7 +30,8 @@ void Output::put(std::string_view text) {
 }
 
 void Output::flush() {
-  if (good_ && nr_bytes_ > 0) good_ = write({buffer_.get(), nr_bytes_});
+  if (good_ && nr_bytes_ > 0)
+    good_ = write({buffer_.get(), nr_bytes_});
   nr_bytes_ = 0;
 }
 

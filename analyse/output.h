@@ -18,10 +18,16 @@ class Output {
   Output &operator=(const Output &) = delete;
 
   void put(char c) {
-    if (nr_bytes_ == capacity) flush();
+    if (nr_bytes_ == capacity)
+      flush();
     buffer_[nr_bytes_++] = c;
   }
-  void put(std::string_view text);
+  void put(std::string_view text) {
+    if (text.size() > capacity - nr_bytes_)
+      return put_in_parts(text);
+    text.copy(buffer_.get() + nr_bytes_, text.size());
+    nr_bytes_ += text.size();
+  }
 
   // Passes on what is in the buffer, in one piece.
   void flush();
@@ -39,6 +45,8 @@ class Output {
  private:
   // As much as a pipe takes at once.
   static constexpr std::size_t capacity = 64 * 1024;
+
+  void put_in_parts(std::string_view text);
 
   std::unique_ptr<char[]> buffer_;
   std::size_t nr_bytes_ = 0;

@@ -17,9 +17,11 @@ Progress::Progress(bool is_wanted, bool is_terminal)
     : is_wanted_(is_wanted), is_terminal_(is_terminal) {}
 
 void Progress::count(bool was_skipped) {
-  if (!is_wanted_) return;
+  if (!is_wanted_)
+    return;
   ++nr_documents_;
-  if (was_skipped) ++nr_skipped_;
+  if (was_skipped)
+    ++nr_skipped_;
   const Clock::time_point now = Clock::now();
   if (now - last_shown_ < (is_terminal_ ? terminal_interval : log_interval)) {
     return;
@@ -29,9 +31,11 @@ void Progress::count(bool was_skipped) {
 }
 
 void Progress::finish() {
-  if (!is_wanted_) return;
+  if (!is_wanted_)
+    return;
   show(Clock::now());
-  if (is_terminal_) std::fputc('\n', stderr);
+  if (is_terminal_)
+    std::fputc('\n', stderr);
 }
 
 void Progress::show(Clock::time_point now) const {

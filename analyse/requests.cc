@@ -22,7 +22,8 @@ bool RequestReader::next(std::string &path) {
   bool has_begun = false;
   while (begin_ < end_ || fill()) {
     has_begun = true;
-    if (take_line(path)) return true;
+    if (take_line(path))
+      return true;
   }
   return has_begun && errno == 0;
 }

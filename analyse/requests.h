@@ -27,7 +27,7 @@ class RequestReader {
   bool take_line(std::string &path);
 
   int descriptor_;
-  std::array<char, 16 * 1024> buffer_;
+  std::array<char, 16 * 1024> buffer_{};
   std::size_t begin_ = 0;
   std::size_t end_ = 0;
 };

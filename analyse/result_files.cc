@@ -18,7 +18,8 @@ constexpr std::string_view suffix = ".txt";
 std::string_view without_dot(std::string_view path) {
   while (path.starts_with("./")) {
     path.remove_prefix(2);
-    while (path.starts_with('/')) path.remove_prefix(1);
+    while (path.starts_with('/'))
+      path.remove_prefix(1);
   }
   return path == "." ? std::string_view() : path;
 }
@@ -32,8 +33,10 @@ std::string_view last_component(std::string_view path) {
 bool has_parent_component(std::string_view path) {
   while (true) {
     const std::size_t slash = path.find('/');
-    if (path.substr(0, slash) == "..") return true;
-    if (slash == path.npos) return false;
+    if (path.substr(0, slash) == "..")
+      return true;
+    if (slash == path.npos)
+      return false;
     path.remove_prefix(slash + 1);
   }
 }
@@ -44,7 +47,8 @@ bool make_directories(const std::string &file) {
   for (std::size_t slash = file.find('/', 1); slash != file.npos;
        slash = file.find('/', slash + 1)) {
     const std::string directory = file.substr(0, slash);
-    if (mkdir(directory.c_str(), 0777) != 0 && errno != EEXIST) return false;
+    if (mkdir(directory.c_str(), 0777) != 0 && errno != EEXIST)
+      return false;
   }
   return true;
 }
@@ -55,22 +59,29 @@ ResultNames::ResultNames(std::string_view to) : to_(to) {}
 
 ResultNames::ResultNames(std::string_view to, std::string_view from)
     : to_(to), from_(without_dot(from)), has_from_(true) {
-  while (from_.ends_with('/')) from_.pop_back();
-  if (from.starts_with('/') && from_.empty()) from_ = "/";
+  while (from_.ends_with('/'))
+    from_.pop_back();
+  if (from.starts_with('/') && from_.empty())
+    from_ = "/";
 }
 
 std::string ResultNames::find(std::string_view path, std::string &file) const {
   std::string_view name = last_component(path);
   if (has_from_) {
     std::string problem = name_behind_from(path, name);
-    if (!problem.empty()) return problem;
+    if (!problem.empty())
+      return problem;
   }
-  if (name.empty() || name.ends_with('/')) return "names no file";
-  if (name.find('\0') != name.npos) return "no file has a NUL in its name";
-  if (has_parent_component(name)) return "leads out of the directory";
+  if (name.empty() || name.ends_with('/'))
+    return "names no file";
+  if (name.find('\0') != name.npos)
+    return "no file has a NUL in its name";
+  if (has_parent_component(name))
+    return "leads out of the directory";
   file = to_ + '/';
   file += name;
-  if (name.size() <= suffix.size() || !name.ends_with(suffix)) file += suffix;
+  if (name.size() <= suffix.size() || !name.ends_with(suffix))
+    file += suffix;
   return {};
 }
 
@@ -78,28 +89,34 @@ std::string ResultNames::name_behind_from(std::string_view path,
                                           std::string_view &name) const {
   name = without_dot(path);
   const bool is_inside =
-      from_.empty() ? !name.starts_with('/')
-                    : name.starts_with(from_) &&
-                          (from_ == "/" || name.substr(from_.size()).starts_with('/'));
-  if (!is_inside) return "not in the directory of '--from'";
+      from_.empty()
+          ? !name.starts_with('/')
+          : name.starts_with(from_) &&
+                (from_ == "/" || name.substr(from_.size()).starts_with('/'));
+  if (!is_inside)
+    return "not in the directory of '--from'";
   name.remove_prefix(from_.size());
-  while (name.starts_with('/')) name.remove_prefix(1);
+  while (name.starts_with('/'))
+    name.remove_prefix(1);
   return {};
 }
 
 bool is_result(const std::string &file) {
-  struct stat status;
+  struct stat status = {};
   return stat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 ResultFile::~ResultFile() {
-  if (descriptor_ >= 0) close(descriptor_);
-  if (!temporary_.empty()) unlink(temporary_.c_str());
+  if (descriptor_ >= 0)
+    close(descriptor_);
+  if (!temporary_.empty())
+    unlink(temporary_.c_str());
 }
 
 bool ResultFile::open(const std::string &file) {
   file_ = file;
-  if (open_temporary()) return true;
+  if (open_temporary())
+    return true;
   return errno == ENOENT && make_directories(file) && open_temporary();
 }
 
@@ -111,10 +128,12 @@ bool ResultFile::open_temporary() {
                             std::to_string(getpid()) + '-';
   for (unsigned i = 0; descriptor_ < 0; ++i) {
     std::string name = begin + std::to_string(i);
-    descriptor_ = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
-                         0666);
-    if (descriptor_ >= 0) temporary_ = std::move(name);
-    if (descriptor_ < 0 && errno != EEXIST) return false;
+    descriptor_ =
+        ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (descriptor_ >= 0)
+      temporary_ = std::move(name);
+    if (descriptor_ < 0 && errno != EEXIST)
+      return false;
   }
   return true;
 }

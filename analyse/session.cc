@@ -24,7 +24,8 @@ constexpr char end_of_answer = '\x01';
 // `path` in quotes, without the signs that could upset a terminal.
 std::string shown(std::string path) {
   for (char &c : path) {
-    if (static_cast<unsigned char>(c) < ' ' || c == '\x7F') c = '?';
+    if (static_cast<unsigned char>(c) < ' ' || c == '\x7F')
+      c = '?';
   }
   return "'" + path + "'";
 }
@@ -100,7 +101,8 @@ class Session {
   // it could not be written.
   bool answer(const std::string &path) {
     const bool is_done = analysis_.analyse(path);
-    if (!is_done) output_.drop();
+    if (!is_done)
+      output_.drop();
     output_.put(end_of_answer);
     output_.flush();
     note(is_done ? Outcome::done : Outcome::failed);
@@ -122,12 +124,15 @@ class Session {
 
   bool make_result(const std::string &path, const std::string &file) {
     ResultFile result;
-    if (!result.open(file)) return cannot_write(file, errno);
+    if (!result.open(file))
+      return cannot_write(file, errno);
     output_.drop();
     output_.set_descriptor(result.descriptor());
-    if (!analysis_.analyse(path)) return false;
+    if (!analysis_.analyse(path))
+      return false;
     output_.flush();
-    if (!output_.good()) return cannot_write(file, output_.error_number());
+    if (!output_.good())
+      return cannot_write(file, output_.error_number());
     return result.commit() || cannot_write(file, errno);
   }
 
@@ -138,14 +143,16 @@ class Session {
   }
 
   void note(Outcome outcome) {
-    if (outcome == Outcome::failed) has_failures_ = true;
+    if (outcome == Outcome::failed)
+      has_failures_ = true;
     progress_.count(outcome == Outcome::skipped);
   }
 
   // Whoever asked has gone, which is his right, or the disk is full.
   ExitStatus broken_output() const {
     const int error_number = output_.error_number();
-    if (error_number == EPIPE) return exit_good;
+    if (error_number == EPIPE)
+      return exit_good;
     report(std::string("cannot write the answer: ") +
            std::strerror(error_number));
     return exit_failure;
@@ -163,11 +170,14 @@ class Session {
 std::string add_stop_file(const std::string &name, Lexicon &lexicon) {
   FileSource source;
   std::string problem = source.open(name);
-  if (!problem.empty()) return problem;
+  if (!problem.empty())
+    return problem;
   std::string text(1 << 20, '\0');
   const std::ptrdiff_t size = source.read(0, text.data(), text.size());
-  if (size < 0) return std::strerror(errno);
-  if (static_cast<std::size_t>(size) == text.size()) return "too long";
+  if (size < 0)
+    return std::strerror(errno);
+  if (static_cast<std::size_t>(size) == text.size())
+    return "too long";
   text.resize(static_cast<std::size_t>(size));
   lexicon.add_stop_words(text);
   return {};

@@ -22,9 +22,11 @@ struct Seen {
 
 // The first character of `text`. Nothing is of kind other, and 0 bytes long.
 Seen look(std::string_view text) {
-  if (text.empty()) return {CharKind::other, 0};
+  if (text.empty())
+    return {CharKind::other, 0};
   const CharKind kind = byte_kind(text[0]);
-  if (kind != CharKind::high_byte) return {kind, 1};
+  if (kind != CharKind::high_byte)
+    return {kind, 1};
   const Character character = first_character(text);
   return {kind_of(character.value), character.size};
 }
@@ -76,12 +78,15 @@ std::size_t Tokeniser::feed(std::string_view text, bool is_last) {
 
 // Reads one word, or one character between words. Returns its bytes.
 std::size_t Tokeniser::step(std::string_view rest) {
-  if (in_long_run_) return continue_run(rest);
+  if (in_long_run_)
+    return continue_run(rest);
   const Seen seen = look(rest);
   switch (seen.kind) {
     case CharKind::letter: {
-      if (const std::size_t size = fast_word(rest); size > 0) return size;
-      if (const std::size_t size = abbreviation(rest); size > 0) return size;
+      if (const std::size_t size = fast_word(rest); size > 0)
+        return size;
+      if (const std::size_t size = abbreviation(rest); size > 0)
+        return size;
       return run(rest, RunKind::word);
     }
     case CharKind::digit:
@@ -97,8 +102,10 @@ std::size_t Tokeniser::step(std::string_view rest) {
 std::size_t Tokeniser::fast_word(std::string_view rest) {
   const std::size_t limit = std::min(rest.size(), longest_run);
   std::size_t size = 0;
-  while (size < limit && byte_kind(rest[size]) == CharKind::letter) ++size;
-  if (size == 0 || size == limit) return 0;
+  while (size < limit && byte_kind(rest[size]) == CharKind::letter)
+    ++size;
+  if (size == 0 || size == limit)
+    return 0;
   const CharKind next = byte_kind(rest[size]);
   if (!ends_plain_word(next) && (next != CharKind::full_stop || size == 1)) {
     return 0;
@@ -115,15 +122,19 @@ std::size_t Tokeniser::abbreviation(std::string_view rest) {
   for (std::size_t nr_letters = 0; nr_letters < longest_abbreviation;
        ++nr_letters) {
     const Seen letter = look(rest, position);
-    if (letter.kind != CharKind::letter) break;
+    if (letter.kind != CharKind::letter)
+      break;
     const Seen next = look(rest, position + letter.size);
-    if (goes_on_in_word(next.kind)) break;
+    if (goes_on_in_word(next.kind))
+      break;
     end = position + letter.size;
     position = end + 1;
-    if (next.kind != CharKind::full_stop) break;
+    if (next.kind != CharKind::full_stop)
+      break;
   }
   const std::string_view raw = rest.substr(0, end);
-  if (raw.find('.') == raw.npos) return 0;
+  if (raw.find('.') == raw.npos)
+    return 0;
   deliver(raw);
   return look(rest, end).kind == CharKind::full_stop ? end + 1 : end;
 }
@@ -133,7 +144,8 @@ std::size_t Tokeniser::run(std::string_view rest, RunKind kind) {
   std::size_t size = look(rest).size;
   while (size < longest_run) {
     const std::size_t more = extension(rest.substr(size));
-    if (more == 0) break;
+    if (more == 0)
+      break;
     size += more;
   }
   in_long_run_ = size >= longest_run;
@@ -151,7 +163,8 @@ std::size_t Tokeniser::continue_run(std::string_view rest) {
 // else 0.
 std::size_t Tokeniser::extension(std::string_view rest) const {
   const Seen seen = look(rest);
-  if (goes_on_in_word(seen.kind)) return seen.size;
+  if (goes_on_in_word(seen.kind))
+    return seen.size;
   const CharKind next = look(rest, seen.size).kind;
   switch (seen.kind) {
     case CharKind::colon:
@@ -160,9 +173,8 @@ std::size_t Tokeniser::extension(std::string_view rest) const {
       return next == CharKind::letter ? seen.size : 0;
     case CharKind::full_stop:
     case CharKind::comma:
-      return run_kind_ == RunKind::number && next == CharKind::digit
-                 ? seen.size
-                 : 0;
+      return run_kind_ == RunKind::number && next == CharKind::digit ? seen.size
+                                                                     : 0;
     default:
       return 0;
   }
@@ -170,8 +182,10 @@ std::size_t Tokeniser::extension(std::string_view rest) const {
 
 void Tokeniser::deliver(std::string_view raw) {
   Gap gap = Gap::adjacent;
-  if (between_ == Between::broken) gap = Gap::broken;
-  if (between_ == Between::sentence) gap = Gap::sentence;
+  if (between_ == Between::broken)
+    gap = Gap::broken;
+  if (between_ == Between::sentence)
+    gap = Gap::sentence;
   between_ = Between::nothing;
   nr_line_ends_ = 0;
   behind_s_ = raw.back() == 's' || raw.back() == 'S';
@@ -183,8 +197,10 @@ void Tokeniser::separator(CharKind kind) {
     case CharKind::invisible:
       return;
     case CharKind::blank:
-      if (between_ == Between::nothing) between_ = Between::blank;
-      if (between_ == Between::hyphen) between_ = Between::broken;
+      if (between_ == Between::nothing)
+        between_ = Between::blank;
+      if (between_ == Between::hyphen)
+        between_ = Between::broken;
       return;
     case CharKind::line_end:
       line_end();
@@ -209,13 +225,17 @@ void Tokeniser::separator(CharKind kind) {
     default:
       break;
   }
-  if (between_ != Between::sentence) between_ = Between::broken;
+  if (between_ != Between::sentence)
+    between_ = Between::broken;
 }
 
 void Tokeniser::line_end() {
-  if (++nr_line_ends_ == 2) between_ = Between::sentence;
-  if (between_ == Between::nothing) between_ = Between::blank;
-  if (between_ == Between::hyphen) between_ = Between::hyphen_line;
+  if (++nr_line_ends_ == 2)
+    between_ = Between::sentence;
+  if (between_ == Between::nothing)
+    between_ = Between::blank;
+  if (between_ == Between::hyphen)
+    between_ = Between::hyphen_line;
 }
 
 }  // namespace vek::analysis

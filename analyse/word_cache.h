@@ -16,7 +16,8 @@ namespace vek::analysis {
 
 class WordCache {
  public:
-  WordCache();
+  // For fewer words than `nr_slots`, a power of two, at least 32.
+  explicit WordCache(std::size_t nr_slots);
 
   // Sets `word` to what is known of the word that is written `raw`. False if
   // nothing is. The stem stays valid until the next call of insert().
@@ -44,10 +45,12 @@ class WordCache {
   Slot &slot_for(std::uint32_t hash);
   void clear();
 
+  const std::size_t most_words_;
+  const std::size_t most_text_bytes_;
   std::vector<Slot> slots_;
   std::unique_ptr<char[]> texts_;
   std::uint32_t nr_text_bytes_ = 0;
-  std::uint32_t nr_words_ = 0;
+  std::size_t nr_words_ = 0;
 };
 
 }  // namespace vek::analysis

@@ -36,13 +36,15 @@ constexpr std::size_t large_size = 100 * 1000 * 1000;  // bytes
 class TextMaker {
  public:
   TextMaker() {
-    for (std::size_t i = 0; i < nr_words; ++i) words_.push_back(make_word());
+    for (std::size_t i = 0; i < nr_words; ++i)
+      words_.push_back(make_word());
   }
 
   // At least `size` bytes, in lines and sentences.
   std::string text(std::size_t size) {
     std::string text;
-    while (text.size() < size) add_sentence(text);
+    while (text.size() < size)
+      add_sentence(text);
     return text;
   }
 
@@ -53,10 +55,10 @@ class TextMaker {
 
   std::string make_word() {
     static constexpr const char *syllables[] = {
-        "ba", "con", "de", "ex", "fi", "gra", "ho", "in", "ju", "ka",
-        "lo", "men", "no", "or", "pre", "qui", "re", "sta", "tri", "un",
-        "ver", "wa", "ty", "za", "port", "duct", "mar", "ket", "gov", "ern"};
-    static constexpr const char *endings[] = {"",   "",    "",     "s",  "ed",
+        "ba",  "con", "de", "ex", "fi",   "gra",  "ho",  "in",  "ju",  "ka",
+        "lo",  "men", "no", "or", "pre",  "qui",  "re",  "sta", "tri", "un",
+        "ver", "wa",  "ty", "za", "port", "duct", "mar", "ket", "gov", "ern"};
+    static constexpr const char *endings[] = {"",    "",   "",     "s",  "ed",
                                               "ing", "er", "tion", "al", "ly"};
     std::string word;
     for (std::size_t i = 1 + below(3); i-- > 0;) {
@@ -75,8 +77,9 @@ class TextMaker {
 
   std::string_view function_word() {
     static constexpr std::string_view function_words[] = {
-        "the", "of", "and", "to", "in", "a", "for", "that", "on", "is", "was",
-        "by", "with", "at", "from", "it", "its", "as", "will", "would"};
+        "the",  "of", "and", "to",  "in",   "a",    "for",
+        "that", "on", "is",  "was", "by",   "with", "at",
+        "from", "it", "its", "as",  "will", "would"};
     return function_words[below(std::size(function_words))];
   }
 
@@ -84,7 +87,8 @@ class TextMaker {
     const std::size_t begin = text.size();
     for (std::size_t i = 8 + below(20); i-- > 0;) {
       text += below(5) < 2 ? function_word() : frequent_word();
-      if (below(20) == 0) text += " 1,9" + std::to_string(below(1000));
+      if (below(20) == 0)
+        text += " 1,9" + std::to_string(below(1000));
       text += below(12) == 0 ? "\n" : below(15) == 0 ? ", " : " ";
     }
     text.back() = '.';
@@ -145,9 +149,11 @@ class Child {
     std::size_t size = 0;
     while (true) {
       const ssize_t count = read(from_, buffer_.data(), buffer_.size());
-      if (count <= 0) give_up("read");
+      if (count <= 0)
+        give_up("read");
       size += static_cast<std::size_t>(count);
-      if (buffer_[static_cast<std::size_t>(count) - 1] == '\x01') return size;
+      if (buffer_[static_cast<std::size_t>(count) - 1] == '\x01')
+        return size;
     }
   }
 
@@ -157,7 +163,8 @@ class Child {
     close(from_);
     rusage usage = {};
     int status = 0;
-    if (wait4(id_, &status, 0, &usage) != id_ || status != 0) give_up("child");
+    if (wait4(id_, &status, 0, &usage) != id_ || status != 0)
+      give_up("child");
     return usage.ru_maxrss;
   }
 
@@ -173,17 +180,19 @@ void measure_turns(const std::string &program, const std::string &directory,
   std::vector<std::string> paths;
   for (std::size_t i = 0; i < nr_documents; ++i) {
     paths.push_back(directory + '/' + std::to_string(i) + ".txt");
-    std::ofstream(paths.back()) << maker.text(document_size).substr(
-        0, document_size);
+    std::ofstream(paths.back())
+        << maker.text(document_size).substr(0, document_size);
   }
   Child child(program, "both");
   child.ask(paths[0]);
   const Stopwatch watch;
-  for (std::size_t i = 0; i < nr_requests; ++i) child.ask(paths[i % nr_documents]);
+  for (std::size_t i = 0; i < nr_requests; ++i)
+    child.ask(paths[i % nr_documents]);
   const double seconds = watch.seconds();
-  std::printf("%zu documents of %zu bytes in strict turn: %.0f a second, %ld kB\n",
-              nr_requests, document_size,
-              static_cast<double>(nr_requests) / seconds, child.end());
+  std::printf(
+      "%zu documents of %zu bytes in strict turn: %.0f a second, %ld kB\n",
+      nr_requests, document_size, static_cast<double>(nr_requests) / seconds,
+      child.end());
 }
 
 void measure_large_file(const std::string &program, const std::string &path,
@@ -207,7 +216,8 @@ int main(int nr_arguments, char **arguments) {
   }
   std::string directory =
       std::filesystem::temp_directory_path() / "analyse-bench-XXXXXX";
-  if (mkdtemp(directory.data()) == nullptr) give_up("mkdtemp");
+  if (mkdtemp(directory.data()) == nullptr)
+    give_up("mkdtemp");
   TextMaker maker;
   measure_turns(arguments[1], directory, maker);
   const std::string path = directory + "/large.txt";

@@ -117,12 +117,22 @@ ClassProfile &ClassTable::get_profile(std::uint32_t id) {
   return get_data(id).profile;
 }
 
-std::string ClassTable::full_name(std::uint32_t id) const {
+const std::string &ClassTable::full_name(std::uint32_t id) const {
   assert(unsigned(id) < size());
-  std::string text = get_name(id);
-  for (std::uint32_t father = class_vec_[id]->first.father_id; father != 0;
-       father = class_vec_[father]->first.father_id) {
-    text.insert(0, 1, '/').insert(0, get_name(father));
+  // Rank files ask for the same names for each document.
+  std::string &text = class_vec_[id]->second.full_name;
+  if (!text.empty())
+    return text;
+  std::vector<const std::string *> names;
+  std::uint32_t next = id;
+  do {
+    names.push_back(&get_name(next));
+    next = class_vec_[next]->first.father_id;
+  } while (next != 0);
+  for (std::size_t i = names.size(); i-- > 0;) {
+    text += *names[i];
+    if (i > 0)
+      text += '/';
   }
   return text;
 }

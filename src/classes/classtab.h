@@ -75,6 +75,8 @@ struct ClassData {
   TermStatsTable term_stats;
   // Null for the top class.
   ClassData *father = nullptr;
+  // Made when it is asked for first, by ClassTable::full_name().
+  std::string full_name;
   // In order of entry.
   std::vector<ClassData *> sons;
   DocumentMap train_docs;
@@ -104,7 +106,7 @@ class ClassTable {
   ClassProfile &get_profile(std::uint32_t id);
   // The path without the top class; the top class's is its own name.
   void print_full_name(std::ostream &os, std::uint32_t id) const;
-  std::string full_name(std::uint32_t id) const;
+  const std::string &full_name(std::uint32_t id) const;
 
   void add_train_document(std::uint32_t id, const std::string &name);
   void add_test_document(std::uint32_t id, const std::string &name);

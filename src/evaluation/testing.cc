@@ -41,40 +41,33 @@ WeightType decision_threshold(const ClassData &data) {
   return params.scaling() ? 1.0 : data.profile.threshold();
 }
 
-// Thresholds by class id; 0.0 for a class that was not entered.
-class ThresholdTable {
- public:
-  void enter(std::uint32_t id, WeightType threshold) { table_[id] = threshold; }
-  WeightType get(std::uint32_t id) const {
-    const auto place = table_.find(id);
-    return place == table_.end() ? 0.0 : place->second;
-  }
-
- private:
-  boost::unordered_flat_map<std::uint32_t, WeightType> table_;
-};
+// What a ranking must reach to stay, where the sons of a class are judged:
+// their thresholds, and 0.0 for what comes from further down.
+WeightType staying_threshold(const ClassData *father_P, const ClassData &data) {
+  return data.father == father_P ? decision_threshold(data) : 0.0;
+}
 
 // Cuts a sorted list: by the thresholds down to MinRanks, then by length.
-void cut_ranks(Ranks &ranks, const ThresholdTable &thresholds) {
+void cut_ranks(Ranks &ranks, const ClassData *father_P) {
   while (ranks.size() > params.min_ranks() &&
-         ranks.back().score < thresholds.get(ranks.back().class_data_P->id)) {
+         ranks.back().score <
+             staying_threshold(father_P, *ranks.back().class_data_P)) {
     ranks.pop_back();
   }
   while (ranks.size() > params.max_ranks())
     ranks.pop_back();
 }
 
-// A class on the way down: the scores of its sons, how many of them are done,
-// and the thresholds of these. The levels lie on a stack of their own, because
-// a stored table can be a hundred thousand levels deep.
+// One step of the way down the hierarchy: the scores of a class's sons, and
+// which of them comes next.
 struct Level {
+  const ClassData *class_data_P;
   Ranks scores;
-  std::size_t next = 0;
-  ThresholdTable thresholds;
+  std::size_t next;
 };
 
 Level level_below(ClassData *class_data_P, DocProfile &doc) {
-  Level level;
+  Level level{class_data_P, {}, 0};
   score_sons(class_data_P, doc, level.scores);
   level.scores.sort();
   return level;
@@ -152,21 +145,19 @@ bool classify_document(ClassData *class_data_P, DocProfile &doc,
   assert(class_data_P != 0);
   assert(class_data_P->sons.size() > 0);
   bool significant = false;
-  std::vector<Level> levels(1);
-  levels.back().scores = scores;
+  // Not by recursion: a stored hierarchy can be deeper than the stack.
+  std::vector<Level> levels{{class_data_P, scores, 0}};
   while (!levels.empty()) {
     Level &level = levels.back();
     if (level.next == level.scores.size()) {
       ranks.sort();
-      cut_ranks(ranks, level.thresholds);
+      cut_ranks(ranks, level.class_data_P);
       levels.pop_back();
       continue;
     }
     const Ranking &ranking = level.scores[level.next++];
     ClassData *son_P = ranking.class_data_P;
-    const WeightType threshold = decision_threshold(*son_P);
-    level.thresholds.enter(son_P->id, threshold);
-    if (ranking.score > threshold)
+    if (ranking.score > decision_threshold(*son_P))
       significant = true;
     if (son_P->sons.empty()) {
       ranks.push_back(ranking);

@@ -3,6 +3,36 @@
 #include "vocabulary/atomtab.h"
 
 namespace vek {
+namespace {
+
+// Some times the number of searches that wait for memory together, and still
+// within the processor's first cache.
+constexpr std::size_t long_queue = 512;
+
+}  // namespace
+
+std::uint32_t TextQueue::add(std::string_view text) {
+  texts_.push_back(text);
+  return static_cast<std::uint32_t>(texts_.size() - 1);
+}
+
+std::uint32_t TextQueue::add_copy(std::string_view text) {
+  return add(copies_.emplace_back(text));
+}
+
+void TextQueue::flush(TermBag &bag) {
+  atom_table.enter_all(texts_, atom_ids_);
+  for (const auto &[head, mod] : pairs_) {
+    bag.add({atom_ids_[head], mod == EmptyAtom ? mod : atom_ids_[mod]});
+  }
+  texts_.clear();
+  copies_.clear();
+  pairs_.clear();
+}
+
+bool TextQueue::is_long() const {
+  return texts_.size() >= long_queue;
+}
 
 DocParser::DocParser(TermBag *bag, std::string_view input, const char *name)
     : Scanner(Mode::document, input, name),
@@ -21,12 +51,15 @@ void DocParser::parse() {
     } else {
       advance();
     }
+    if (queue_.is_long())
+      queue_.flush(*bag_P_);
   }
+  queue_.flush(*bag_P_);
 }
 
 void DocParser::count_word() {
   if (!text().empty())
-    bag_P_->add({atom_table.enter(text()), EmptyAtom});
+    queue_.count({queue_.add(text()), EmptyAtom});
   advance();
 }
 
@@ -118,14 +151,14 @@ void DocParser::count_product(Ids heads, Ids modifiers) {
   nr_pairs_ += heads.size() * modifiers.size();
   for (const std::uint32_t head : heads) {
     for (const std::uint32_t mod : modifiers) {
-      bag_P_->add({head, mod});
+      queue_.count({head, mod});
     }
   }
 }
 
 // A compound starts as one candidate with an empty text.
 DocParser::Compound DocParser::new_compound() const {
-  return {texts_.size(), choices_.size(), 0, 1, false};
+  return {{}, texts_.size(), choices_.size(), 0, 1, false};
 }
 
 // The candidates have no text yet.
@@ -146,18 +179,23 @@ std::size_t DocParser::cost(const Compound &compound) const {
 }
 
 // compound: word
+// The limit is checked behind the word, as it is behind a group, so that the
+// message names what follows.
 void DocParser::add_word() {
   Compound &compound = phrases_.back().compound;
   compound.found = true;
   if (compound.nr_candidates > 0) {
     const std::size_t size = texts_.size();
-    if (!is_blank(compound))
+    if (is_blank(compound)) {
+      compound.word = text();
+    } else {
       texts_ += ' ';
+    }
     texts_ += text();
     compound.nr_bytes += compound.nr_candidates * (texts_.size() - size);
-    check_cost(compound);
   }
   advance();
+  check_cost(compound);
 }
 
 // compound: group
@@ -179,7 +217,7 @@ void DocParser::add_group(Ids ids) {
 void DocParser::add_choice(Compound &compound, Ids ids) {
   std::size_t nr_bytes = 0;
   for (const std::uint32_t id : ids)
-    nr_bytes += atom_table.text(id).size();
+    nr_bytes += queue_.text(id).size();
   if (!is_blank(compound)) {
     texts_ += ' ';
     nr_bytes += ids.size();
@@ -192,7 +230,7 @@ void DocParser::add_choice(Compound &compound, Ids ids) {
 }
 
 void DocParser::check_cost(Compound &compound) {
-  if (cost(compound) > bytes_limit_ - nr_bytes_) {
+  if (compound.nr_candidates > 0 && cost(compound) > bytes_limit_ - nr_bytes_) {
     refuse(compound, "too much text in compounds");
   }
 }
@@ -202,12 +240,12 @@ void DocParser::refuse(Compound &compound, const char *message) {
   compound.nr_candidates = 0;
 }
 
-// Ends the compound: its atoms go behind `ids_`, and what it held is gone.
+// Ends the compound: its texts go behind `ids_`, and what it held is gone.
 void DocParser::enter_candidates(const Compound &compound) {
   if (compound.found && compound.nr_candidates > 0) {
     nr_bytes_ += cost(compound);
     if (choices_.size() == compound.choices_begin) {
-      enter_text(std::string_view(texts_).substr(compound.text_begin));
+      enter_words(compound);
     } else if (hands_on(compound)) {
       const Ids ids = Ids(choice_ids_).subspan(choices_.back().ids_begin);
       ids_.insert(ids_.end(), ids.begin(), ids.end());
@@ -222,9 +260,14 @@ void DocParser::enter_candidates(const Compound &compound) {
   }
 }
 
-void DocParser::enter_text(std::string_view text) {
-  if (!text.empty())
-    ids_.push_back(atom_table.enter(text));
+// A single word needs no copy, because it is in the input.
+void DocParser::enter_words(const Compound &compound) {
+  const std::string_view words =
+      std::string_view(texts_).substr(compound.text_begin);
+  if (words.empty())
+    return;
+  const bool single = words.size() == compound.word.size();
+  ids_.push_back(single ? queue_.add(compound.word) : queue_.add_copy(words));
 }
 
 // In the order of a nest of loops, the first choice outermost.
@@ -232,7 +275,7 @@ void DocParser::enter_combinations(const Compound &compound) {
   combination_.assign(choices_.size() - compound.choices_begin, 0);
   for (std::size_t i = 0; i < compound.nr_candidates; ++i) {
     spell(compound);
-    enter_text(candidate_);
+    ids_.push_back(queue_.add_copy(candidate_));
     step_combination(compound);
   }
 }
@@ -244,8 +287,7 @@ void DocParser::spell(const Compound &compound) {
   for (std::size_t i = 0; i < combination_.size(); ++i) {
     const Choice &choice = choices_[compound.choices_begin + i];
     candidate_ += words.substr(done, choice.place - done);
-    candidate_ +=
-        atom_table.text(choice_ids_[choice.ids_begin + combination_[i]]);
+    candidate_ += queue_.text(choice_ids_[choice.ids_begin + combination_[i]]);
     done = choice.place;
   }
   candidate_ += words.substr(done);

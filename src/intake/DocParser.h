@@ -34,6 +34,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <span>
 #include <string>
 #include <string_view>
@@ -44,6 +45,33 @@
 
 namespace vek {
 
+// The texts that a parse has come to, numbered from 0 in their order, and what
+// was counted of them. They become atoms many at once, since that takes much
+// less time than one by one when the atom table is large.
+class TextQueue {
+ public:
+  // The number of the text. It must outlive the next flush().
+  std::uint32_t add(std::string_view text);
+  // The same for a copy of the text.
+  std::uint32_t add_copy(std::string_view text);
+  std::string_view text(std::uint32_t number) const { return texts_[number]; }
+
+  // Counts a pair of such numbers once; `mod` may be EmptyAtom.
+  void count(const AtomPair &pair) { pairs_.push_back(pair); }
+
+  // Enters the texts in the atom table and adds the pairs to the bag. Numbers
+  // start anew.
+  void flush(TermBag &bag);
+  // There is so much that a flush() is worth its while.
+  bool is_long() const;
+
+ private:
+  std::vector<std::string_view> texts_;
+  std::deque<std::string> copies_;
+  std::vector<AtomPair> pairs_;
+  std::vector<std::uint32_t> atom_ids_;
+};
+
 class DocParser : public Scanner {
  public:
   // The combinations of one compound. Ten words with three readings each are
@@ -52,15 +80,15 @@ class DocParser : public Scanner {
 
   // The pairs counted by the phrases of one document, and the bytes of all the
   // compounds made in it: a number that even the smallest document may use, and
-  // one more for each byte of its text. A phrase of a thousand heads and a
-  // thousand modifiers is within the first, ten compounds of max_alternatives
-  // within the second; the others let no real text come near, however long it
-  // is, as it has less than one pair for a byte, and words inside of as many
-  // compounds as there are brackets around them.
+  // some more for each byte of its text. A phrase of a thousand heads and a
+  // thousand modifiers is within the first, three compounds of max_alternatives
+  // are within the second. The other two no real text comes near, however long
+  // it is: it has less than one pair for a byte, and a word is in as many
+  // compounds as there are brackets around it.
   static constexpr std::size_t max_pairs = std::size_t{1} << 20;
   static constexpr std::size_t max_pairs_per_byte = 8;
-  static constexpr std::size_t max_compound_bytes = std::size_t{1} << 24;
-  static constexpr std::size_t max_compound_bytes_per_byte = 16;
+  static constexpr std::size_t max_compound_bytes = std::size_t{1} << 23;
+  static constexpr std::size_t max_compound_bytes_per_byte = 8;
 
   // The bag is filled by parse() and stays the caller's. `input` and `name`,
   // which stands for the file in messages, must outlive the parser.
@@ -81,6 +109,7 @@ class DocParser : public Scanner {
   // A compound in the making. Its candidates are the combinations of its
   // choices, with its words between them; they are spelled out only at its end.
   struct Compound {
+    std::string_view word;      // what the text starts with, if that is a word
     std::size_t text_begin;     // in `texts_`
     std::size_t choices_begin;  // in `choices_`
     std::size_t nr_bytes;       // of all candidates together
@@ -102,7 +131,6 @@ class DocParser : public Scanner {
 
   bool is_word() const { return is(Token::word) || is(Token::string); }
   void count_word();
-
   bool open_group();
   void parse_group();
   void end_compound();
@@ -122,7 +150,7 @@ class DocParser : public Scanner {
   void check_cost(Compound &compound);
   void refuse(Compound &compound, const char *message);
   void enter_candidates(const Compound &compound);
-  void enter_text(std::string_view text);
+  void enter_words(const Compound &compound);
   void enter_combinations(const Compound &compound);
   void spell(const Compound &compound);
   void step_combination(const Compound &compound);
@@ -133,7 +161,10 @@ class DocParser : public Scanner {
   std::size_t nr_pairs_ = 0;  // counted by phrases
   std::size_t nr_bytes_ = 0;  // of finished compounds
 
+  TextQueue queue_;
+
   // What the open groups hold, each behind that of the group around it.
+  // Ids are numbers of `queue_`.
   std::vector<Phrase> phrases_;
   std::vector<std::uint32_t> ids_;  // heads, and modifiers at the end
   std::string texts_;               // words of compounds

@@ -81,6 +81,11 @@ ssize_t read_some(int fd, char *buffer_P, std::size_t size) {
   return count;
 }
 
+[[noreturn]] void fail_to_open(const std::string &name) {
+  error("%s: %s", name.c_str(), std::strerror(errno));
+  abort_run();
+}
+
 bool is_blank(char character) {
   return std::strchr(" \t\n\v\f\r", character) != nullptr;
 }
@@ -149,7 +154,8 @@ void Analyser::give_up(const std::string &name, const char *reason) {
 
 std::string Analyser::process(const std::string &name) {
   const Path path(file_directory_, name, document_suffix);
-  if (!file_exists(path)) {
+  // A line end in the path would make two requests of it.
+  if (!file_exists(path) || name.find('\n') != std::string::npos) {
     error("Cannot open file \"%s\" for analysing stage", path.c_str());
     abort_run();
   }
@@ -230,9 +236,11 @@ std::string Analyser::read_analysis(const std::string &name,
   const std::int64_t size = file_size(path);
   // A pipe without a writer would block the open.
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (fd < 0) {
-    error("%s: %s", name.c_str(), std::strerror(errno));
-    abort_run();
+  if (fd < 0)
+    fail_to_open(name);
+  if (size > static_cast<std::int64_t>(largest_answer)) {
+    errno = EFBIG;
+    fail_to_open(name);
   }
   std::string text(static_cast<std::size_t>(std::max<std::int64_t>(size, 0)),
                    '\0');

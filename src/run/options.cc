@@ -73,11 +73,9 @@ class Arguments {
 
 }  // namespace
 
-// The usage text is three lines, followed by a line end.
 void Options::parse_options(int argument_count, char **argument_vector) {
   if (argument_count <= 1) {
     show(usage_text);
-    show("\n");
     std::exit(0);
   }
   Arguments arguments(argument_count, argument_vector);
@@ -97,7 +95,6 @@ void Options::parse_options(int argument_count, char **argument_vector) {
       std::exit(0);
     } else if (argument == "-h" || argument == "--help") {
       show(usage_text);
-      show("\n");
       show(help_text);
       std::exit(0);
     } else if (argument == "-xl" || argument == "--xlearning") {

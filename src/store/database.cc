@@ -95,16 +95,24 @@ void DataBase::read(bool with_classes) {
   if (has_data_) {
     log_always(1, "reading profiles...");
     atom_table.read();
-    term_table.read();
+    // The very first writing of the tables may have been stopped between the
+    // two.
+    if (!has_journal || has_terms_file())
+      term_table.read();
   }
   if (has_journal)
     journal_.enter_pending();
-  has_vocabulary_ = true;
+  has_vocabulary_ = !has_orphaned_terms_;
   if (!has_data_)
     return;
   logf_always(2, "read %u terms", term_table.size());
   if (with_classes)
     read_classes();
+}
+
+bool DataBase::has_terms_file() const {
+  const KeepErrno keep;
+  return file_exists(Path(data_dir_, "terms", table_suffix));
 }
 
 bool DataBase::has_classes() const {
@@ -205,7 +213,6 @@ void DataBase::write_file(const std::string &path, Writer writer) {
     return;
   report_file_error(path, FileError::write);
   logf_if_verbose(0, "deleting file `%s'", path.c_str());
-  const KeepErrno keep;
   if (unlink(path.c_str()) != 0)
     report_file_error(path, FileError::remove);
   abort_run();

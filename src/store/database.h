@@ -79,6 +79,7 @@ class DataBase {
   bool save_journal();
 
   void refuse_orphaned_terms() const;
+  bool has_terms_file() const;
   void read_classes();
   void read_class_profile(std::uint32_t class_id, const std::string &path);
   void write_class_profile(std::uint32_t class_id);

@@ -1,39 +1,90 @@
 #include "vocabulary/atomtab.h"
 
+#include <algorithm>
+#include <array>
 #include <cassert>
+#include <cstddef>
+#include <cstring>
+#include <functional>
 
 #include "run/log.h"
 
 namespace vek {
+namespace {
+
+// The bytes of a text that a slot holds; its last byte is the length.
+constexpr std::size_t longest_in_slot = 15;
+
+// Searches that wait for memory together. More than the processor can have
+// under way at once is of no use.
+constexpr std::size_t batch_size = 16;
+
+}  // namespace
+
+// The slot lacks the id.
+AtomTable::Slot::Slot(std::string_view text)
+    : text_hash(
+          static_cast<std::uint32_t>(std::hash<std::string_view>()(text))) {
+  std::array<char, longest_in_slot + 1> bytes{};
+  std::memcpy(bytes.data(), text.data(),
+              std::min(text.size(), longest_in_slot));
+  bytes.back() = static_cast<char>(std::min(text.size(), bytes.size()));
+  std::memcpy(&start, bytes.data(), sizeof start);
+  std::memcpy(&rest, bytes.data() + sizeof start, sizeof rest);
+}
+
+// Fibonacci hashing: brings 32 well mixed bits to the upper end of 64.
+std::uint64_t AtomTable::Slot::hash() const {
+  return text_hash * std::uint64_t{0x9E3779B97F4A7C15};
+}
 
 void AtomTable::set_file(const std::string &path) {
   file_.set_name(path);
 }
 
 std::uint32_t AtomTable::enter(std::string_view text) {
+  return enter(text, Slot(text));
+}
+
+void AtomTable::enter_all(std::span<const std::string_view> texts,
+                          std::vector<std::uint32_t> &ids) {
+  ids.clear();
+  std::array<Slot, batch_size> slots;
+  while (!texts.empty()) {
+    const auto batch = texts.first(std::min(batch_size, texts.size()));
+    for (std::size_t i = 0; i < batch.size(); ++i) {
+      slots[i] = Slot(batch[i]);
+      index_.prefetch(slots[i].hash());
+    }
+    for (std::size_t i = 0; i < batch.size(); ++i) {
+      ids.push_back(enter(batch[i], slots[i]));
+    }
+    texts = texts.subspan(batch.size());
+  }
+}
+
+// `slot` is that of `text`.
+std::uint32_t AtomTable::enter(std::string_view text, Slot slot) {
   assert(!text.empty());
-  const auto place = ids_.find(text);
-  if (place != ids_.end())
-    return place->second;
+  const Slot *const found_P = index_.find(slot.hash(), [&](const Slot &other) {
+    return slot.start == other.start && slot.rest == other.rest &&
+           (text.size() <= longest_in_slot || texts_[other.id] == text);
+  });
+  if (found_P != nullptr)
+    return found_P->id;
   if (size() == EmptyAtom) {
     error("no more atoms can be numbered");
     abort_run();
   }
-  const std::uint32_t id = size();
-  add(text);
-  return id;
+  slot.id = size();
+  texts_.emplace_back(text);
+  index_.insert(slot);
+  return slot.id;
 }
 
 const std::string &AtomTable::text(std::uint32_t atom_id) const {
   assert(atom_id < size());
   return texts_[atom_id];
-}
-
-// Returns whether `text` is new. If it is not, the table is of no use any more.
-bool AtomTable::add(std::string_view text) {
-  const std::uint32_t id = size();
-  const std::string &stored = texts_.emplace_back(text);
-  return ids_.emplace(stored, id).second;
 }
 
 void AtomTable::read() {
@@ -45,11 +96,15 @@ void AtomTable::read() {
   const std::size_t nr_lines = count_lines(content);
   if (nr_lines >= EmptyAtom)
     file_.reject();
-  ids_.reserve(nr_lines);
+  index_.reserve(nr_lines);
   std::string_view rest = content;
   std::string_view line;
   while (take_line(rest, line)) {
-    if (line.empty() || !add(line))
+    if (line.empty())
+      file_.reject();
+    const std::uint32_t nr_atoms = size();
+    enter(line);
+    if (size() == nr_atoms)
       file_.reject();
   }
   file_.accept(size());

@@ -54,12 +54,27 @@ void TermTable::set_file(const std::string &path) {
   file_.set_name(path);
 }
 
+// The last step of MurmurHash3: every bit of the pair reaches the upper ones.
+std::uint64_t TermTable::Slot::hash() const {
+  std::uint64_t bits = key;
+  bits = (bits ^ bits >> 33) * 0xFF51AFD7ED558CCD;
+  return (bits ^ bits >> 33) * 0xC4CEB9FE1A85EC53;
+}
+
 std::uint32_t TermTable::enter(std::uint32_t head, std::uint32_t mod) {
   assert(head != EmptyAtom);
-  const auto [place, is_new] = ids_.try_emplace(pair_key(head, mod), size());
-  if (is_new)
-    create_term(head, mod);
-  return place->second;
+  Slot slot = {pair_key(head, mod), size()};
+  const Slot *const found_P = index_.find(
+      slot.hash(), [&](const Slot &other) { return slot.key == other.key; });
+  if (found_P != nullptr)
+    return found_P->id;
+  create_term(head, mod);
+  index_.insert(slot);
+  return slot.id;
+}
+
+void TermTable::expect(std::uint32_t head, std::uint32_t mod) const {
+  index_.prefetch(Slot{pair_key(head, mod), EmptyAtom}.hash());
 }
 
 void TermTable::create_term(std::uint32_t head, std::uint32_t mod) {
@@ -89,8 +104,10 @@ std::uint32_t TermTable::mod(std::uint32_t term_id) const {
 
 std::uint32_t TermTable::first_of_head(std::uint32_t head) const {
   link();
-  const auto place = first_.find(head);
-  return place == first_.end() ? EmptyAtom : place->second;
+  const auto place = std::ranges::lower_bound(
+      chains_, head, {}, [this](std::uint32_t id) { return terms_[id].head; });
+  const bool found = place != chains_.end() && terms_[*place].head == head;
+  return found ? *place : EmptyAtom;
 }
 
 // Makes all chains anew: in the order of the pairs they stand one behind the
@@ -108,7 +125,7 @@ void TermTable::link() const {
     places.push_back({pair_key(term.head, term.mod), term.id});
   }
   std::ranges::sort(places, {}, &Place::key);
-  first_.clear();
+  chains_.clear();
   Term *previous_P = nullptr;
   for (const Place &place : places) {
     Term &term = terms_[place.id];
@@ -116,7 +133,7 @@ void TermTable::link() const {
     if (previous_P != nullptr && previous_P->head == term.head) {
       previous_P->next = term.id;
     } else {
-      first_[term.head] = term.id;
+      chains_.push_back(term.id);
     }
     previous_P = &term;
   }
@@ -130,7 +147,7 @@ void TermTable::read() {
   if (nr_lines >= EmptyAtom)
     file_.reject();
   terms_.reserve(nr_lines);
-  ids_.reserve(nr_lines);
+  index_.reserve(nr_lines);
   std::string_view rest = content;
   std::string_view line;
   while (take_line(rest, line)) {

@@ -13,13 +13,13 @@
 #ifndef VEK_VOCABULARY_TERMTAB_H_
 #define VEK_VOCABULARY_TERMTAB_H_
 
-#include <boost/unordered/unordered_flat_map.hpp>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "vocabulary/atomtab.h"
+#include "vocabulary/idindex.h"
 #include "vocabulary/tablefile.h"
 
 namespace vek {
@@ -44,6 +44,10 @@ class TermTable {
   // `head` must not be EmptyAtom; `mod` may be. Ends the run when all ids are
   // used up.
   std::uint32_t enter(std::uint32_t head, std::uint32_t mod);
+
+  // Says that enter() of the pair will come soon. A few pairs told some steps
+  // ahead are found in much less time in a large table.
+  void expect(std::uint32_t head, std::uint32_t mod) const;
 
   // The term, with `next` as it is now. The reference is good until the next
   // enter(). After new pairs were entered, the first call sorts the whole
@@ -82,15 +86,23 @@ class TermTable {
   void write();
 
  private:
+  struct Slot {
+    bool is_free() const { return id == EmptyAtom; }
+    std::uint64_t hash() const;
+
+    std::uint64_t key = 0;  // the pair
+    std::uint32_t id = EmptyAtom;
+  };
+
   void create_term(std::uint32_t head, std::uint32_t mod);
   bool add_line(std::string_view line);
   void link() const;
 
   // The chains are made on demand, in const functions too.
   mutable std::vector<Term> terms_;
-  mutable boost::unordered_flat_map<std::uint32_t, std::uint32_t> first_;
+  mutable std::vector<std::uint32_t> chains_;  // first terms, by their head
   mutable bool linked_ = true;
-  boost::unordered_flat_map<std::uint64_t, std::uint32_t> ids_;
+  IdIndex<Slot> index_;
   TableFile file_;
 };
 

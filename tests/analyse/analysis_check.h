@@ -36,24 +36,31 @@ class MemorySource : public ByteSource {
 // All that stands between a text and its analysis, but for files.
 class TextAnalyser {
  public:
-  explicit TextAnalyser(
-      std::string_view language, Terms terms = Terms::both,
-      Numbers numbers = Numbers::drop,
-      std::size_t buffer_size = DocumentReader::usual_buffer)
+  // Small, because tests make many analysers.
+  struct Sizes {
+    std::size_t buffer = DocumentReader::usual_buffer;
+    std::size_t cache = 1024;
+  };
+
+  explicit TextAnalyser(std::string_view language, Terms terms = Terms::both,
+                        Numbers numbers = Numbers::drop)
+      : TextAnalyser(language, terms, numbers, Sizes{}) {}
+
+  TextAnalyser(std::string_view language, Terms terms, Numbers numbers,
+               Sizes sizes)
       : language_(*find_language(language)),
-        lexicon_(language_, numbers),
+        lexicon_(language_, numbers, sizes.cache),
         writer_(language_, terms, lexicon_, output_),
         tokeniser_({.colon_in_words = language_.ending_mark == ':',
                     .has_final_apostrophe = language_.has_final_apostrophe},
                    writer_),
-        reader_(buffer_size) {}
-
-  Lexicon &lexicon() { return lexicon_; }
+        reader_(sizes.buffer) {}
 
   std::string analyse(std::string_view text) {
     MemorySource source(text);
     writer_.start();
-    if (!reader_.read(source, tokeniser_)) return "not read";
+    if (!reader_.read(source, tokeniser_))
+      return "not read";
     writer_.finish();
     return output_.take();
   }
@@ -79,23 +86,28 @@ class AnalysisCheck {
   explicit AnalysisCheck(std::string_view text) : rest_(text) {}
 
   bool is_valid() {
-    if (rest_.empty()) return true;
+    if (rest_.empty())
+      return true;
     while (item()) {
-      if (rest_ == "\n") return true;
-      if (!accept(" ") && !accept("\n")) return false;
+      if (rest_ == "\n")
+        return true;
+      if (!accept(" ") && !accept("\n"))
+        return false;
     }
     return false;
   }
 
  private:
   bool accept(std::string_view text) {
-    if (!rest_.starts_with(text)) return false;
+    if (!rest_.starts_with(text))
+      return false;
     rest_.remove_prefix(text.size());
     return true;
   }
 
   bool item() {
-    if (!accept("[ ")) return word();
+    if (!accept("[ "))
+      return word();
     return word() && accept(" , ") && word() && accept(" ]");
   }
 
@@ -107,7 +119,8 @@ class AnalysisCheck {
 
   bool word() {
     std::size_t size = 0;
-    while (size < rest_.size() && is_word_byte(rest_[size])) ++size;
+    while (size < rest_.size() && is_word_byte(rest_[size]))
+      ++size;
     Utf8Check check;
     check.add(rest_.substr(0, size));
     rest_.remove_prefix(size);

@@ -29,7 +29,8 @@ std::vector<Sentence> read_gold() {
   std::ifstream file(GOLD_FILE);
   std::vector<Sentence> sentences;
   for (std::string line; std::getline(file, line);) {
-    if (line.empty() || line[0] == '#') continue;
+    if (line.empty() || line[0] == '#')
+      continue;
     if (line.starts_with("    ")) {
       sentences.back().pairs = line.substr(4);
     } else {
@@ -79,7 +80,8 @@ struct Score {
     Pairs rest = expected;
     for (const std::string &pair : found) {
       const auto match = rest.find(pair);
-      if (match == rest.end()) continue;
+      if (match == rest.end())
+        continue;
       rest.erase(match);
       ++nr_right;
     }
@@ -105,10 +107,10 @@ TEST(Gold, PrecisionAndRecallStayWhereTheyAre) {
     const char *language;
     std::size_t nr_sentences, precision, recall;
   };
-  const Floor floors[] = {{"en", 20, 0, 0},
-                          {"de", 18, 0, 0},
-                          {"nl", 18, 0, 0},
-                          {"fr", 18, 0, 0}};
+  const Floor floors[] = {{"en", 20, 573, 870},
+                          {"de", 18, 607, 944},
+                          {"nl", 18, 589, 970},
+                          {"fr", 18, 500, 800}};
   std::map<std::string, Score> scores = score_by_language();
   for (const Floor &floor : floors) {
     const Score &score = scores[floor.language];

@@ -36,8 +36,11 @@ bool passes(TermSelection selection, double selectivity, const Facts &facts) {
   ClassData data;
   data.nr_docs = facts.nr_docs;
   data.nr_terms = facts.nr_terms;
-  data.profile[term] = {facts.tf, facts.df, 0.0, 0.0, 0.0, 0, 0};
-  data.term_stats[term] = facts.stats;
+  // One half comes from earlier runs, the rest from this one.
+  data.profile[term] = {facts.tf / 2, facts.df / 2, 0.0, 0.0, 0.0, 0, 0};
+  TermStats &stats = data.term_stats[term] = facts.stats;
+  stats.tf = facts.tf - facts.tf / 2;
+  stats.df = facts.df - facts.df / 2;
   TermSet active;
   active.insert(3);
   select_terms(data, facts.vocabulary_size, active);
@@ -187,13 +190,18 @@ TEST_F(Collection, KeepsInEveryClassWhatPassesInOne) {
   EXPECT_EQ(data_base.get("d1")->size(), 1U);
 }
 
-// V is 4: with the one term of class b in its place, or before the statistics
-// are complete, term 3 would fail in a too.
-TEST_F(Collection, JudgesByTheVocabularyOfTheTopClass) {
+// V is 5: with 4, term 3 would fail in a, where it has 4/11 * ln(V * 16/11);
+// with 6, term 0 would pass in the top class, where it has 8/23 * ln(V *
+// 32/23).
+TEST_F(Collection, JudgesByAllTermsThatTheTopClassEverHad) {
   params.set_term_selection(TermSelection::infogain);
-  params.set_selectivity(0.6);  // term 3 in a: 4/11 * ln(4 * 4/11 * 4) = 0.64
+  params.set_selectivity(0.7);
+  ClassData &top = class_table.get_data(0);
+  top.nr_terms = 7;
+  top.profile[0].tf = 5;
+  top.profile[7].tf = 2;
   class_table.update_profiles();
-  EXPECT_EQ(dump(0), "3 0 12: 2=8/2 3=4/1");
+  EXPECT_EQ(dump(0), "3 0 14: 2=8/2 3=4/1 7=2/0");
   EXPECT_EQ(dump(1), "2 1 7: 2=3/1 3=4/1");
 }
 

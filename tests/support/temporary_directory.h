@@ -15,7 +15,8 @@ class TemporaryDirectory {
  public:
   TemporaryDirectory() : before_(std::filesystem::current_path()) {
     std::string path = std::filesystem::temp_directory_path() / "vek-XXXXXX";
-    if (mkdtemp(path.data()) == nullptr) throw std::runtime_error(path);
+    if (mkdtemp(path.data()) == nullptr)
+      throw std::runtime_error(path);
     path_ = path;
     std::filesystem::current_path(path_);
   }
@@ -55,7 +56,8 @@ inline std::string hexadecimal(const std::string &bytes) {
   std::string out;
   for (const char character : bytes) {
     const auto byte = static_cast<unsigned char>(character);
-    if (!out.empty()) out += ' ';
+    if (!out.empty())
+      out += ' ';
     out += digits[byte / 16];
     out += digits[byte % 16];
   }

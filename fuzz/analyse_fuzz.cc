@@ -1,0 +1,69 @@
+// Any bytes as a document: what comes out is valid analysis text, and the same
+// whatever the sizes of buffer and cache and whatever was analysed before.
+//
+// The first two bytes choose the language and the options, the rest is the
+// document.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "../tests/analyse/analysis_check.h"
+
+namespace {
+
+using namespace vek::analysis;
+
+constexpr const char *languages[] = {
+    "none",    "arabic",     "armenian",   "basque",    "catalan",
+    "danish",  "dutch",      "english",    "finnish",   "french",
+    "german",  "greek",      "hindi",      "hungarian", "indonesian",
+    "irish",   "italian",    "lithuanian", "nepali",    "norwegian",
+    "porter",  "portuguese", "romanian",   "russian",   "serbian",
+    "spanish", "swedish",    "tamil",      "turkish",   "yiddish"};
+constexpr Terms all_terms[] = {Terms::words, Terms::pairs, Terms::both};
+constexpr Numbers all_numbers[] = {Numbers::drop, Numbers::as_class,
+                                   Numbers::keep};
+
+struct Setting {
+  std::size_t language, terms, numbers;
+  auto operator<=>(const Setting &) const = default;
+
+  std::unique_ptr<TextAnalyser> analyser(TextAnalyser::Sizes sizes) const {
+    return std::make_unique<TextAnalyser>(languages[language], all_terms[terms],
+                                          all_numbers[numbers], sizes);
+  }
+};
+
+// One that has seen the documents before, with a cache that is soon full.
+TextAnalyser &old_analyser(const Setting &setting) {
+  static std::map<Setting, std::unique_ptr<TextAnalyser>> analysers;
+  std::unique_ptr<TextAnalyser> &analyser = analysers[setting];
+  if (!analyser)
+    analyser = setting.analyser({.cache = 64});
+  return *analyser;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
+                                      std::size_t size) {
+  if (size < 2)
+    return 0;
+  const Setting setting = {data[0] % std::size(languages),
+                           data[1] % std::size(all_terms),
+                           data[1] / 3 % std::size(all_numbers)};
+  const std::string_view text(reinterpret_cast<const char *>(data) + 2,
+                              size - 2);
+  const std::string analysis = old_analyser(setting).analyse(text);
+  if (!is_valid_analysis(analysis))
+    std::abort();
+  const auto new_analyser =
+      setting.analyser({.buffer = DocumentReader::least_buffer});
+  if (new_analyser->analyse(text) != analysis)
+    std::abort();
+  return 0;
+}

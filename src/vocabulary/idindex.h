@@ -1,0 +1,100 @@
+// The way from a key to its id, for tables that only grow: open addressing with
+// linear probing, in one array of slots.
+//
+// A table of millions does not fit into the processor's caches, and a search
+// that has to wait for memory takes longer than all else that is done for a
+// word. So a slot holds as much of the key as it can, which makes one place in
+// memory of most searches, and prefetch() lets several of them wait together.
+#ifndef VEK_VOCABULARY_IDINDEX_H_
+#define VEK_VOCABULARY_IDINDEX_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace vek {
+
+// A Slot is a small struct whose default value means a free slot, for which its
+// is_free() is true, and whose hash() spreads over the upper bits of 64.
+template <typename Slot>
+class IdIndex {
+ public:
+  // The slot with that hash for which `matches(slot)` is true, null if there is
+  // none. Good until the next insert().
+  template <typename Matches>
+  const Slot *find(std::uint64_t hash, Matches matches) const {
+    for (std::size_t i = home(hash); !slots_[i].is_free(); i = behind(i)) {
+      if (matches(slots_[i]))
+        return &slots_[i];
+    }
+    return nullptr;
+  }
+
+  // Puts in a slot whose key is not there yet.
+  void insert(const Slot &slot) {
+    if (nr_used_ >= most_used(slots_.size()))
+      resize(2 * slots_.size());
+    place(slot);
+    ++nr_used_;
+  }
+
+  // Makes room for `nr_keys` keys in all.
+  void reserve(std::size_t nr_keys) {
+    std::size_t size = slots_.size();
+    while (most_used(size) < nr_keys) {
+      size *= 2;
+    }
+    if (size > slots_.size())
+      resize(size);
+  }
+
+  // Starts to fetch what find() with that hash will look at first.
+  void prefetch(std::uint64_t hash) const {
+    __builtin_prefetch(&slots_[home(hash)]);
+  }
+
+ private:
+  static constexpr unsigned first_size_bits = 10;
+
+  // Beyond two thirds the runs of used slots get long.
+  static constexpr std::size_t most_used(std::size_t size) {
+    return size / 3 * 2;
+  }
+
+  // The upper bits, so that a walk over the old slots fills the new ones from
+  // front to back when the index grows.
+  std::size_t home(std::uint64_t hash) const { return hash >> shift_; }
+  std::size_t behind(std::size_t i) const {
+    return (i + 1) & (slots_.size() - 1);
+  }
+
+  void place(const Slot &slot) {
+    std::size_t i = home(slot.hash());
+    while (!slots_[i].is_free()) {
+      i = behind(i);
+    }
+    slots_[i] = slot;
+  }
+
+  void resize(std::size_t size) {
+    const std::vector<Slot> old =
+        std::exchange(slots_, std::vector<Slot>(size));
+    while (std::size_t{1} << (64 - shift_) < size) {
+      --shift_;
+    }
+    for (const Slot &slot : old) {
+      if (!slot.is_free())
+        place(slot);
+    }
+  }
+
+  std::vector<Slot> slots_ =
+      std::vector<Slot>(std::size_t{1} << first_size_bits);
+  unsigned shift_ = 64 - first_size_bits;
+  std::size_t nr_used_ = 0;
+};
+
+}  // namespace vek
+
+#endif  // VEK_VOCABULARY_IDINDEX_H_

@@ -1,0 +1,154 @@
+#include "analyse/analysis_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+#include "analysis_check.h"
+
+namespace vek::analysis {
+namespace {
+
+using namespace std::string_view_literals;
+
+struct Case {
+  std::string_view language, text, analysis;
+};
+
+TEST(AnalysisWriter, WritesEachWordAndThenItsPairs) {
+  const Case cases[] = {
+      {"en", "", ""},
+      {"en", "The of and 1987.", ""},
+      {"en", "Crude oil prices rose.",
+       "crude oil [ oil , crude ] price [ price , oil ] rose [ rose , price ]"
+       "\n"},
+      {"en", "House. Dog, cat\n\nmouse", "hous\ndog cat\nmous\n"},
+      {"en", "oil oil", "oil oil [ oil , oil ]\n"}};
+  for (const Case &c : cases) {
+    EXPECT_EQ(TextAnalyser(c.language).analyse(c.text), c.analysis) << c.text;
+  }
+}
+
+TEST(AnalysisWriter, PutsTheHeadWhereTheLanguageHasIt) {
+  const Case cases[] = {{"en", "steel works", "[ work , steel ]\n"},
+                        {"de", "schnelle autos", "[ autos , schnell ]\n"},
+                        {"fr", "politique monétaire", "[ polit , monétair ]\n"},
+                        {"es", "política monetaria", "[ polit , monetari ]\n"},
+                        {"it", "politica monetaria", "[ polit , monetar ]\n"},
+                        {"pt", "política monetária", "[ polít , monetár ]\n"},
+                        {"ro", "politica monetară", "[ polit , monet ]\n"},
+                        {"none", "Steel works", "[ works , steel ]\n"}};
+  for (const Case &c : cases) {
+    EXPECT_EQ(TextAnalyser(c.language, Terms::pairs).analyse(c.text),
+              c.analysis);
+  }
+}
+
+TEST(AnalysisWriter, PairsNounsAroundOf) {
+  const Case cases[] = {
+      {"en", "price of oil", "[ price , oil ]\n"},
+      {"en", "price of the oil", "[ price , oil ]\n"},
+      {"en", "price\nof-oil", "[ price , oil ]\n"},
+      {"en", "price of the an oil", ""},
+      {"en", "price of of oil", ""},
+      {"en", "price the oil", ""},
+      {"en", "price of, oil", ""},
+      {"en", "price. Of oil", ""},
+      {"en", "price of 5 oil", ""},
+      {"nl", "prijs van de olie", "[ prijs , olie ]\n"},
+      {"de", "Preis von Öl", "[ preis , ol ]\n"},
+      {"de", "Preis des Öls", "[ preis , ols ]\n"},
+      {"de", "preis des Öls", ""},
+      {"de", "Preis des teuren", ""},
+      {"de", "Preis des der Öls", ""},
+      {"fr", "prix du pétrole", "[ prix , pétrol ]\n"},
+      {"fr", "prix de la vie", "[ prix , vi ]\n"},
+      {"fr", "prix de l'eau", "[ prix , eau ]\n"},
+      {"fr", "prix d’eau", "[ prix , eau ]\n"},
+      {"it", "prezzo dell'acqua", "[ prezz , acqua ]\n"},
+      {"es", "precio del agua", "[ preci , agu ]\n"},
+      {"pt", "preço da água", "[ prec , águ ]\n"},
+      {"sv", "priset av olja", "[ priset , olj ]\n"},
+      {"none", "price of oil", "[ of , price ] [ oil , of ]\n"}};
+  for (const Case &c : cases) {
+    EXPECT_EQ(TextAnalyser(c.language, Terms::pairs).analyse(c.text),
+              c.analysis)
+        << c.text;
+  }
+}
+
+TEST(AnalysisWriter, WritesTheTermsAskedFor) {
+  const std::string_view text = "Steel works. Big dog";
+  EXPECT_EQ(TextAnalyser("en", Terms::words).analyse(text),
+            "steel work\nbig dog\n");
+  EXPECT_EQ(TextAnalyser("en", Terms::pairs).analyse(text),
+            "[ work , steel ]\n[ dog , big ]\n");
+}
+
+TEST(AnalysisWriter, WritesNumbersAsTold) {
+  const std::string_view text = "sold 1,500 bags of 60 kilos";
+  EXPECT_EQ(TextAnalyser("en", Terms::both, Numbers::drop).analyse(text),
+            "sold bag kilo\n");
+  EXPECT_EQ(TextAnalyser("en", Terms::both, Numbers::as_class).analyse(text),
+            "sold # bag # kilo\n");
+  EXPECT_EQ(TextAnalyser("en", Terms::pairs, Numbers::as_class).analyse(text),
+            "");
+  EXPECT_EQ(TextAnalyser("en", Terms::pairs, Numbers::keep).analyse(text),
+            "[ 1.500 , sold ] [ bag , 1.500 ] [ bag , 60 ] [ kilo , 60 ]\n");
+}
+
+TEST(AnalysisWriter, LetsNothingOfTheTextThrough) {
+  const std::string_view texts[] = {
+      "a [b] {c} |d| \"e\" f,g \\h \\",
+      "nul\0byte one\x01 two\x1B[0m del\x7F"sv,
+      "line\u2028para\u2029nel\u0085zero\u200Bbom\uFEFFend",
+      "\"unterminated\nstring [ open { | ,",
+      "\xFF\xFE"
+      "broken \xC3( text \x80",
+      "1,000a 1,, ,1 a,b a\\,b #c #",
+      "' ' '' 's n't d' l' .s U.S. .. x.y.z.",
+      "\u00B7a\u00B7 a\u00B7b \u05F4a a\u05F4b",
+      "\u0301\u0301a\u0301\u0301 \u0345",
+      "\u3164\u115F \u1160 \uFFF0 \U000E0041 \U000F0000 \U0010FFFF"};
+  for (const char *language : {"en", "fr", "tr", "ar", "none"}) {
+    for (const Numbers numbers :
+         {Numbers::drop, Numbers::as_class, Numbers::keep}) {
+      TextAnalyser analyser(language, Terms::both, numbers);
+      for (const std::string_view text : texts) {
+        const std::string analysis = analyser.analyse(text);
+        EXPECT_TRUE(is_valid_analysis(analysis)) << text << '\n' << analysis;
+        EXPECT_FALSE(analysis.empty()) << text;
+      }
+    }
+  }
+}
+
+TEST(AnalysisWriter, MastersLongWordsAndLines) {
+  TextAnalyser analyser("en");
+  const std::string word(1 << 20, 'q');
+  EXPECT_EQ(analyser.analyse("big " + word + " dog"),
+            "big " + word.substr(0, 64) + " [ " + word.substr(0, 64) +
+                " , big ] dog [ dog , " + word.substr(0, 64) + " ]\n");
+  std::string line;
+  for (int i = 0; i < 20000; ++i)
+    line += "oil ";
+  const std::string analysis = analyser.analyse(line);
+  EXPECT_TRUE(is_valid_analysis(analysis));
+  EXPECT_EQ(std::count(analysis.begin(), analysis.end(), '['), 19999);
+}
+
+TEST(AnalysisCheck, RefusesWhatAParserWouldMisread) {
+  for (const char *text :
+       {"a", " a\n", "a\n\n", "a  b\n", "[ a ]\n", "[ a , ]\n", "[a , b ]\n",
+        "[ a , b\n", "[ a , b c ]\n", "] \n", "a,b\n", "a\"\n", "a\\\n", "\n",
+        "a\x01\n", "a\x7F\n", "\xC3\n"}) {
+    EXPECT_FALSE(is_valid_analysis(text)) << text;
+  }
+  EXPECT_TRUE(is_valid_analysis("a [ b , c ]\n[ d , e ] f\n"));
+  EXPECT_FALSE(is_valid_analysis(std::string(65, 'a') + "\n"));
+}
+
+}  // namespace
+}  // namespace vek::analysis

@@ -1,0 +1,155 @@
+#include "analyse/document.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <string_view>
+
+#include "analysis_check.h"
+
+namespace vek::analysis {
+namespace {
+
+using namespace std::string_view_literals;
+
+std::string analyse(std::string_view bytes,
+                    std::size_t buffer_size = DocumentReader::usual_buffer) {
+  TextAnalyser analyser("none", Terms::both, Numbers::keep,
+                        {.buffer = buffer_size});
+  return analyser.analyse(bytes);
+}
+
+TEST(DocumentReader, ReadsUtf8WithAndWithoutAMark) {
+  EXPECT_EQ(analyse("Käse"), "käse\n");
+  EXPECT_EQ(analyse("\xEF\xBB\xBFKäse"), "käse\n");
+  EXPECT_EQ(analyse("\xEF\xBB\xBF"), "");
+  EXPECT_EQ(analyse("Cafe\u0301"), analyse("Café"));
+}
+
+TEST(DocumentReader, ReadsAllAsWindows1252IfAByteIsNotUtf8) {
+  EXPECT_EQ(analyse("K\xE4se"), "käse\n");
+  EXPECT_EQ(analyse("K\xE4se, \xC3\xA4"), "käse ã\n");
+  EXPECT_EQ(analyse("it\x92s 5\x80"), "it's 5 [ 5 , it's ]\n");
+  EXPECT_EQ(analyse("\xEF\xBB\xBFK\xE4se"), "käse\n");
+}
+
+// The wrong byte stands far behind the first piece, and the begin has to be
+// read as Windows-1252 all the same.
+TEST(DocumentReader, LooksAtTheWholeDocumentBeforeItDecodes) {
+  std::string text = "\xC3\xA4.";
+  for (int i = 0; i < 100000; ++i)
+    text += " .";
+  EXPECT_EQ(analyse(text, DocumentReader::least_buffer), "ä\n");
+  EXPECT_EQ(analyse(text + "\xE4", DocumentReader::least_buffer), "ã\nä\n");
+  EXPECT_EQ(analyse(text + "\xC3", DocumentReader::least_buffer), "ã\nã\n");
+}
+
+// A long text in which every place is delicate, behind a growing begin, so that
+// the pieces end everywhere in it.
+TEST(DocumentReader, GivesTheSameWhateverTheSizeOfItsBuffer) {
+  std::string tail;
+  for (int i = 0; i < 60; ++i) {
+    tail +=
+        "U.S. état O'Neill 1,000.5 \r\n\r\nlong-\nterm é.ü… 中国 x\u0301y "
+        "a\u2029b";
+    tail += std::string(static_cast<std::size_t>(11 * i), 'w') + "'s ";
+  }
+  for (std::size_t i = 0; i < 120; ++i) {
+    for (const char *end : {"", "\xE9"}) {
+      const std::string text = std::string(i, '.') + tail + end;
+      ASSERT_EQ(analyse(text, DocumentReader::least_buffer), analyse(text))
+          << i;
+    }
+  }
+}
+
+TEST(DocumentReader, TellsWhenTheSourceFails) {
+  class Broken : public ByteSource {
+   public:
+    explicit Broken(std::uint64_t limit) : limit_(limit) {}
+    std::ptrdiff_t read(std::uint64_t offset, char *to,
+                        std::size_t size) override {
+      if (offset >= limit_)
+        return -1;
+      std::fill_n(to, size, 'a');
+      return static_cast<std::ptrdiff_t>(size);
+    }
+
+   private:
+    std::uint64_t limit_;
+  };
+  class NoWords : public WordSink {
+    void word(std::string_view, Gap) override {}
+  };
+  NoWords sink;
+  Tokeniser tokeniser({}, sink);
+  for (const std::uint64_t limit : {0U, 1U, 100000U}) {
+    Broken source(limit);
+    EXPECT_FALSE(DocumentReader().read(source, tokeniser)) << limit;
+  }
+}
+
+class FileSourceTest : public testing::Test {
+ protected:
+  FileSourceTest() {
+    std::string name = testing::TempDir() + "/vek-analyse-XXXXXX";
+    directory_ = mkdtemp(name.data());
+  }
+  ~FileSourceTest() override {
+    const std::string command = "rm -rf '" + directory_ + "'";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+  }
+
+  std::string path(const std::string &name) const {
+    return directory_ + '/' + name;
+  }
+
+  std::string problem_of(const std::string &name) const {
+    return FileSource().open(path(name));
+  }
+
+  std::string directory_;
+};
+
+TEST_F(FileSourceTest, ReadsAFileFromAnyPlace) {
+  std::ofstream(path("a")) << "0123456789";
+  FileSource source;
+  ASSERT_EQ(source.open(path("a")), "");
+  char buffer[20];
+  EXPECT_EQ(source.read(0, buffer, 4), 4);
+  EXPECT_EQ(std::string_view(buffer, 4), "0123");
+  EXPECT_EQ(source.read(8, buffer, 20), 2);
+  EXPECT_EQ(std::string_view(buffer, 2), "89");
+  EXPECT_EQ(source.read(99, buffer, 20), 0);
+  std::ofstream(path("a"), std::ios::app) << "more";
+  EXPECT_EQ(source.read(8, buffer, 20), 2) << "grown meanwhile";
+}
+
+TEST_F(FileSourceTest, ReadsFilesThatTheKernelMakesUp) {
+  FileSource source;
+  ASSERT_EQ(source.open("/proc/self/status"), "");
+  char buffer[4];
+  EXPECT_EQ(source.read(0, buffer, 4), 4);
+  EXPECT_EQ(std::string_view(buffer, 4), "Name");
+}
+
+TEST_F(FileSourceTest, OpensNothingButFiles) {
+  ASSERT_EQ(mkfifo(path("fifo").c_str(), 0600), 0);
+  ASSERT_EQ(symlink("loop", path("loop").c_str()), 0);
+  EXPECT_EQ(problem_of("fifo"), "not a regular file");
+  EXPECT_EQ(problem_of(""), "not a regular file") << "directory";
+  EXPECT_EQ(FileSource().open("/dev/zero"), "not a regular file");
+  EXPECT_EQ(problem_of("gone"), "No such file or directory");
+  EXPECT_NE(problem_of("loop"), "");
+  EXPECT_NE(FileSource().open(""), "");
+  std::ofstream(path("a")) << "text";
+  EXPECT_NE(problem_of(std::string("a\0b"sv)), "") << "NUL in the name";
+}
+
+}  // namespace
+}  // namespace vek::analysis

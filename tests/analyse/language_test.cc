@@ -1,0 +1,133 @@
+#include "analyse/language.h"
+
+#include <gtest/gtest.h>
+#include <libstemmer.h>
+
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "analyse/lexicon.h"
+#include "analyse/normalise.h"
+#include "analysis_check.h"
+
+namespace vek::analysis {
+namespace {
+
+std::vector<std::string> words_of(const std::string &list) {
+  std::istringstream stream(list);
+  std::vector<std::string> words;
+  for (std::string word; stream >> word;)
+    words.push_back(word);
+  return words;
+}
+
+// The names of all languages, without "none".
+std::vector<std::string> names() {
+  std::istringstream lines(list_of_languages());
+  std::vector<std::string> names;
+  for (std::string line; std::getline(lines, line);) {
+    const std::string name = line.substr(0, line.find(' '));
+    if (name != "none")
+      names.push_back(name);
+  }
+  return names;
+}
+
+std::string all_function_words(const FunctionWords &words) {
+  return std::string(words.others) + ' ' + words.articles + ' ' + words.of +
+         ' ' + words.genitive_articles;
+}
+
+TEST(Language, HasEveryAlgorithmOfTheLibrary) {
+  std::set<std::string> algorithms;
+  for (const char **name = sb_stemmer_list(); *name != nullptr; ++name) {
+    algorithms.insert(*name);
+  }
+  const std::vector<std::string> listed = names();
+  EXPECT_EQ(std::set<std::string>(listed.begin(), listed.end()), algorithms);
+}
+
+TEST(Language, IsFoundByNameAndByItsOwnCodesOnly) {
+  std::set<std::string> codes;
+  for (const std::string &name : names()) {
+    const Language *language_P = find_language(name);
+    ASSERT_NE(language_P, nullptr) << name;
+    for (const std::string &code : words_of(language_P->codes)) {
+      EXPECT_EQ(find_language(code), language_P) << code;
+      EXPECT_TRUE(codes.insert(code).second) << code;
+      // The library has the same codes, and one that we know alone would be a
+      // slip; nb and others for one of the two Norwegians are ours.
+      sb_stemmer *stemmer_P = sb_stemmer_new(code.c_str(), "UTF_8");
+      EXPECT_TRUE(stemmer_P != nullptr || name == "norwegian") << code;
+      sb_stemmer_delete(stemmer_P);
+    }
+  }
+  for (const char *name : {"", " ", "klingon", "English", "e", "en eng"}) {
+    EXPECT_EQ(find_language(name), nullptr) << name;
+  }
+}
+
+TEST(Language, HasFunctionWordsWhereTheyArePromised) {
+  for (const char *code : {"da", "nl", "en", "fi", "fr", "de", "hu", "it", "no",
+                           "pt", "ro", "ru", "es", "sv"}) {
+    const FunctionWords &words = find_language(code)->words;
+    EXPECT_GT(words_of(all_function_words(words)).size(), 150U) << code;
+  }
+}
+
+// A word that is listed in another form than words come in would never match.
+TEST(Language, ListsItsFunctionWordsInTheirNormalForm) {
+  for (const std::string &name : names()) {
+    const Language &language = *find_language(name);
+    TextAnalyser analyser(name, Terms::words);
+    for (const std::string &word :
+         words_of(all_function_words(language.words))) {
+      EXPECT_EQ(normalise_word(word, Casing::usual), word) << name;
+      // An elision needs something behind it.
+      const std::string end = word.ends_with('\'') ? "xyz" : "";
+      const std::string rest = analyser.analyse(word + end);
+      EXPECT_EQ(rest.find(word), rest.npos) << name << ' ' << word;
+      EXPECT_EQ(rest.empty(), end.empty()) << name << ' ' << word;
+    }
+  }
+}
+
+TEST(Language, KeepsWordsThatNameATopic) {
+  struct Case {
+    const char *language;
+    const char *words;
+  };
+  const Case cases[] = {
+      {"en",
+       "computer world research system state mine well new york second "
+       "back power bank network case part point number man time"},
+      {"de",
+       "computer welt forschung system staat zeit macht dank kraft laut "
+       "mann land jahr wesen meer"},
+      {"nl", "computer wereld onderzoek systeem staat net weer tijd man jaar"},
+      {"fr",
+       "ordinateur monde recherche système état point or fait homme "
+       "temps fin nord"},
+      {"it", "stato stati ricerca mondo sistema tempo fine parte"},
+      {"es", "estado estados mundo sistema tiempo parte punto"},
+      {"pt", "estado mundo sistema tempo parte hoje"},
+      {"ro", "stat lume sistem timp fată"},
+      {"ru", "мир система время человек государство"},
+      {"sv", "värld system tid stat"},
+      {"da", "verden system tid stat"},
+      {"no", "verden system tid stat"},
+      {"fi", "maailma kone aika kuusi"},
+      {"hu", "világ rendszer idő ember"}};
+  for (const Case &c : cases) {
+    Lexicon lexicon(*find_language(c.language), Numbers::drop);
+    for (const std::string &word : words_of(c.words)) {
+      EXPECT_EQ(lexicon.look_up(word).kind, WordKind::content)
+          << c.language << ' ' << word;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace vek::analysis

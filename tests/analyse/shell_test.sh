@@ -1,0 +1,56 @@
+# What the scripts *_test.sh share; read by them with ".".
+#
+#   program   the vek-analyse under test, an absolute path: the first argument
+#   work      a directory of their own, which they start in
+#   fail      reports, and lets the script go on to its next check
+#   finish    ends the script with the status that fits
+# shellcheck shell=bash
+set -u
+program=$1
+nr_failures=0
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work" || exit 1
+
+fail() {
+  echo "failed: $*" >&2
+  nr_failures=$((nr_failures + 1))
+}
+
+finish() {
+  [ "$nr_failures" -eq 0 ]
+  exit
+}
+
+# expect STATUS WORDS...: runs the words with its standard output in `output`
+# and its messages in `messages`.
+expect() {
+  local expected=$1 status=0
+  shift
+  "$@" >output 2>messages || status=$?
+  [ "$status" -eq "$expected" ] || fail "$*: status $status, not $expected"
+}
+
+# messages_are TEXT: what the last command of `expect` wrote to standard error.
+messages_are() {
+  [ "$(cat messages)" = "$1" ] || fail "messages are: $(cat messages)"
+}
+
+# Writes the documents docs/000.txt and so on, the same ones in each test.
+make_documents() {
+  mkdir -p docs
+  awk -v nr="$1" 'BEGIN {
+    srand(7)
+    nr_words = split("oil steel price market big crude bank the of river" \
+                     " house. state growing, 1987 water long-term", words)
+    for (i = 0; i < nr; ++i) {
+      text = ""
+      for (j = 0; j < 60; ++j) {
+        text = text words[int(rand() * nr_words) + 1] " "
+        if (j % 20 == 19) text = text "w" int(rand() * 1000) "\n"
+      }
+      printf "%s", text > sprintf("docs/%03d.txt", i)
+      close(sprintf("docs/%03d.txt", i))
+    }
+  }'
+}

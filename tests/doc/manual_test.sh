@@ -1,0 +1,81 @@
+#!/bin/sh
+# What the programs say of their options, what the manual pages say, what the
+# completions offer and what the programs take are the same.
+#
+#   manual_test.sh DOC-DIRECTORY VEK VEK-ANALYSE VEK-CHECK
+set -eu
+doc=$(realpath "$1")
+vek=$(realpath "$2")
+analyse=$(realpath "$3")
+check=$(realpath "$4")
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+fail() {
+  echo "$*"
+  touch failed
+}
+
+# Each prints the options, one on a line.
+options_of_help() { # PROGRAM
+  "$1" -h 2>&1 |
+    sed -n 's/^ \{2,\}\(-[^ ]*\) *\(--[A-Za-z]*\)\{0,1\}.*/\1\n\2/p' |
+    sed '/^$/d'
+}
+options_of_page() { # PAGE
+  sed -n '/^# OPTIONS/,/^# [^O]/p' "$1" | grep '^\*-' |
+    grep -o '\*-[^*]*\*' | tr -d '*'
+}
+options_of_completion() { # FILE
+  case $1 in
+    *.bash) tr "\\\\'" '\n' <"$1" | sed -n 's/^n\{0,1\}\(--*[A-Za-z]*\)$/\1/p' ;;
+    *.fish)
+      grep '^complete ' "$1" | sed -n 's/.* -[so] \([A-Za-z]*\).*/-\1/p'
+      grep '^complete ' "$1" | sed -n 's/.* -l \([A-Za-z]*\).*/--\1/p' ;;
+    *.zsh) grep -o "[{,')]--*[A-Za-z][A-Za-z]*" "$1" | cut -c2- ;;
+  esac
+}
+compare() { # NAME OF WHAT
+  sort -u >found
+  [ -s found ] || fail "$1: no options found"
+  diff wanted found >difference || fail "$1: $(cat difference)"
+}
+
+for program in "$vek" "$analyse" "$check"; do
+  name=$(basename "$program")
+  options_of_help "$program" | sort -u >wanted
+  [ "$(wc -l <wanted)" -ge 6 ] || fail "$name -h: no options found"
+  options_of_page "$doc/man/$name.1.scd" | compare "$name.1"
+  for shell in bash fish zsh; do
+    options_of_completion "$doc/completions/$name.$shell" |
+      compare "completion of $name for $shell"
+  done
+  while read -r option; do
+    "$program" "$option" </dev/null >output 2>&1 || true
+    ! grep -q -i 'unknown option' output || fail "$name refuses $option"
+  done <wanted
+  "$program" -Q </dev/null >output 2>&1 && fail "$name takes -Q"
+  grep -q -i 'unknown option' output || fail "$name is silent on -Q"
+done
+
+# The exit statuses of the pages that the programs can be made to show.
+status_is() { # STATUS COMMAND...
+  wanted=$1
+  shift
+  status=0
+  "$@" </dev/null >/dev/null 2>&1 || status=$?
+  [ $status -eq "$wanted" ] || fail "status $status, not $wanted: $*"
+}
+status_is 0 "$vek"
+status_is 1 "$vek" --unknown
+status_is 2 "$vek" -r missing .
+echo '[general] save maybe' >wrong.rc
+status_is 1 "$vek" -r wrong .
+
+if command -v scdoc >/dev/null; then
+  for page in "$doc"/man/*.scd; do
+    scdoc <"$page" >formatted || fail "scdoc refuses $page"
+  done
+fi
+[ ! -e failed ]

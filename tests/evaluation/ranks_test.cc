@@ -1,0 +1,118 @@
+#include "evaluation/ranks.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <limits>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace vek {
+namespace {
+
+class RanksTest : public testing::Test {
+ protected:
+  RanksTest() {
+    class_table.enter("top", 0);
+    sport_P = &class_table.get_data(class_table.enter("sport", 0));
+    local_P = &class_table.get_data(class_table.enter_path("news/local", 0));
+  }
+  ClassData *sport_P;
+  ClassData *local_P;
+};
+
+std::string line_of(const Ranks &ranks, const std::string &name) {
+  std::ostringstream os;
+  ranks.print(name, os);
+  return os.str();
+}
+
+TEST_F(RanksTest, SortsHighestFirstAndWhatIsNoNumberLast) {
+  const double infinity = std::numeric_limits<double>::infinity();
+  Ranks ranks;
+  for (const double score :
+       {1.0, std::nan(""), 2.0, -infinity, infinity, std::nan(""), 2.5}) {
+    ranks.add(sport_P, score);
+  }
+  ranks.add(local_P, 1.0);
+  ranks.add(local_P, 2.0);
+  ranks.sort();
+  EXPECT_EQ(line_of(ranks, "d"),
+            "d.txt sport:inf sport:2.5 sport:2 news/local:2 sport:1 "
+            "news/local:1 sport:-inf sport:nan sport:nan\n");
+}
+
+TEST_F(RanksTest, KeepsTheOrderOfManyEqualScores) {
+  Ranks ranks;
+  for (int i = 0; i < 99; ++i)
+    ranks.add(i % 3 == 0 ? sport_P : local_P, i % 2);
+  Ranks expected;
+  for (const int score : {1, 0}) {
+    for (int i = score; i < 99; i += 2) {
+      expected.add(i % 3 == 0 ? sport_P : local_P, i % 2);
+    }
+  }
+  ranks.sort();
+  EXPECT_EQ(line_of(ranks, "d"), line_of(expected, "d"));
+}
+
+TEST_F(RanksTest, PrintsFiveSignificantDigits) {
+  struct Case {
+    double score;
+    std::string text;
+  };
+  const std::vector<Case> cases = {
+      {0.123456789, "0.12346"},
+      {1234567.0, "1.2346e+06"},
+      {2.0, "2"},
+      {-0.00001234, "-1.234e-05"},
+      {99999.5, "1e+05"},
+      {12345.0, "12345"},
+      {1e-300, "1e-300"},
+      {0.0, "0"},
+  };
+  for (const Case &one : cases) {
+    Ranks ranks;
+    ranks.add(sport_P, one.score);
+    EXPECT_EQ(line_of(ranks, "d12"), "d12.txt sport:" + one.text + "\n");
+  }
+}
+
+TEST_F(RanksTest, PrintsOneLine) {
+  Ranks ranks;
+  EXPECT_EQ(line_of(ranks, "d12"), "d12.txt \n");
+  ranks.add(sport_P, 1.42713);
+  ranks.add(local_P, 0.87);
+  EXPECT_EQ(line_of(ranks, "d12"), "d12.txt sport:1.4271 news/local:0.87\n");
+}
+
+TEST_F(RanksTest, EndsTheRunIfALineIsLost) {
+  std::ostringstream os;
+  os.setstate(std::ios::badbit);
+  Ranks ranks;
+  ranks.print("d", os);
+  ranks.add(sport_P, 1.0);
+  EXPECT_EXIT(
+      {
+        errno = ENOSPC;
+        ranks.print("d", os);
+      },
+      testing::ExitedWithCode(ENOSPC), "^aborting... \\(errno = 28\\)\n$");
+}
+
+TEST(RankFileName, CountsFromZero) {
+  std::array<char, 16> name;
+  for (const std::string expected : {"rank0", "rank1"}) {
+    next_rank_file_name(name.data(), name.size());
+    EXPECT_EQ(name.data(), expected);
+  }
+  std::array<char, 5> too_small;
+  next_rank_file_name(too_small.data(), too_small.size());
+  EXPECT_EQ(too_small.data(), std::string("rank"));
+}
+
+}  // namespace
+}  // namespace vek

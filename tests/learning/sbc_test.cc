@@ -1,0 +1,64 @@
+#include "learning/sbc.h"
+
+#include <cstdint>
+#include <vector>
+
+#include "support/collection_fixture.h"
+
+namespace vek {
+namespace {
+
+class Sbc : public CollectionTest {
+ protected:
+  Sbc() { params.set_algorithm(Algorithm::sbc); }
+};
+
+TEST_F(Sbc, WeighsByRelativeFrequencyWithOneAdded) {
+  struct Case {
+    std::uint32_t tf, nr_terms;
+    double weight;
+  };
+  const std::vector<Case> cases = {
+      {4, 500, 0.01},
+      {0, 3, 1.0 / 3.0},
+      {9, 3, 10.0 / 3.0},
+      {0xFFFFFFFE, 0xFFFFFFFF, 1.0},
+      // The sum is unsigned, and wraps.
+      {0xFFFFFFFF, 7, 0.0},
+      // Statistics that count nothing at all.
+      {4, 0, 0.0},
+  };
+  ClassData &son = at("a");
+  for (const bool laplace : {true, false}) {
+    params.sbc().set_laplace(laplace);
+    for (const Case &one : cases) {
+      son.profile[1].tf = one.tf;
+      son.nr_terms = one.nr_terms;
+      sbc_set_weights(top());
+      EXPECT_EQ(son.profile.find(1)->pos_weight, one.weight);
+    }
+  }
+}
+
+TEST_F(Sbc, TrainsFathersWithDocumentsAndNothingElse) {
+  store("d1", {{1, 1}, {2, 3}});
+  train("d1", at("a"));
+  at("b/x").nr_terms = 2;
+  gather();
+  at("b/x").profile[1].tf = 1;
+  train_sbc();
+  EXPECT_EQ(at("a").profile.find(2)->pos_weight, 1.0);
+  EXPECT_EQ(at("b/x").profile.find(1)->pos_weight, 0.0);
+  EXPECT_EQ(top().profile.find(1)->pos_weight, 0.0);
+  EXPECT_EQ(at("a").profile.threshold(), 1.0);
+  scores.close();
+  EXPECT_EQ(read_text("scores.dat"), "");
+  EXPECT_EQ(log_lines("training") + log_lines("Class"),
+            "training S.B.C. on `top' with 1 documents: 2 active terms.\n");
+  // From statistics alone, all classes have weights.
+  restore_sbc_weights();
+  EXPECT_EQ(at("b/x").profile.find(1)->pos_weight, 1.0);
+}
+
+}  // namespace
+}  // namespace vek

@@ -1,0 +1,67 @@
+#include "learning/weightfile.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace vek {
+namespace {
+
+ClassProfile make_profile() {
+  ClassProfile profile;
+  profile[70].pos_weight = 1.0 / 3.0;
+  profile[70].neg_weight = 5e-324;
+  profile[2].pos_weight = 0.2;
+  profile[2].neg_weight = 1e+100;
+  return profile;
+}
+
+const char *const weights_text =
+    "2\n"
+    "2\t0.2\t1e+100\n"
+    "70\t0.3333333333333333\t5e-324\n";
+
+TEST(WeightFile, HoldsWeightsInFullPrecisionByTerm) {
+  std::ostringstream os;
+  EXPECT_TRUE(write_winnow_weights(os, make_profile()));
+  EXPECT_EQ(os.str(), weights_text);
+  ClassProfile profile;
+  profile[2] = {};
+  profile[70] = {};
+  EXPECT_TRUE(parse_winnow_weights(os.str(), profile));
+  EXPECT_EQ(profile.find(70)->pos_weight, 1.0 / 3.0);
+  EXPECT_EQ(profile.find(70)->neg_weight, 5e-324);
+  EXPECT_EQ(profile.find(2)->neg_weight, 1e+100);
+  os.setstate(std::ios::badbit);
+  EXPECT_FALSE(write_winnow_weights(os, make_profile()));
+}
+
+TEST(WeightFile, RefusesOtherTextsAndLeavesWeightsOfZero) {
+  const std::vector<std::string> texts = {
+      "",
+      "x",
+      "1\n2\t0.2\t1\n",                  // too few entries
+      "3\n2\t1\t1\n70\t1\t1\n71\t1\t1",  // too many
+      "2\n2\t1\t1\n71\t1\t1\n",          // another term
+      "2\n70\t1\t1\n2\t1\t1\n",          // out of order
+      "2\n2\t1\t1\n70\t1\n",             // cut
+      "2\n2\t1\tinf\n70\t1\t1\n",
+      "2\n2\tnan\t1\n70\t1\t1\n",
+      "2\n2\t1\t1e999\n70\t1\t1\n",
+      "2\n2\t1\t1\n70\t1\t1\n3",  // more behind it
+      "4294967298\n2\t1\t1\n70\t1\t1\n",
+  };
+  for (const std::string &text : texts) {
+    ClassProfile profile = make_profile();
+    EXPECT_FALSE(parse_winnow_weights(text, profile)) << text;
+    for (const auto &[term, entry] : profile) {
+      EXPECT_EQ(entry.pos_weight, 0.0) << text;
+      EXPECT_EQ(entry.neg_weight, 0.0) << text;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace vek

@@ -1,0 +1,105 @@
+#include "run/output_file.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <string>
+
+#include "support/temporary_directory.h"
+
+namespace vek {
+namespace {
+
+using Mode = OutputFile::Mode;
+
+void write_in_pieces(OutputFile &file, const std::string &text,
+                     std::size_t piece) {
+  for (std::size_t at = 0; at < text.size(); at += piece) {
+    file << text.substr(at, piece);
+  }
+}
+
+TEST(OutputFile, IsCreatedForTheGroupToo) {
+  const TemporaryDirectory directory;
+  const mode_t before = umask(0);
+  for (const Mode mode : {Mode::truncate, Mode::append}) {
+    const std::string name = mode == Mode::append ? "appended" : "truncated";
+    OutputFile().open(name, mode);
+    struct stat status = {};
+    ASSERT_EQ(stat(name.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, mode_t{0664}) << name;
+  }
+  umask(before);
+}
+
+TEST(OutputFile, TruncatesOrAppends) {
+  const TemporaryDirectory directory;
+  write_text("file", "long text that goes away");
+  OutputFile file;
+  file.open("file", Mode::truncate);
+  file << "short " << 7 << ' ' << 0.1234567;
+  file.close();
+  EXPECT_FALSE(file.is_open());
+  file.open("file", Mode::append);
+  file << ", more";
+  EXPECT_TRUE(file.sync_to_disk());
+  EXPECT_EQ(read_text("file"), "short 7 0.123457, more");
+}
+
+// So that the buffer ends within pieces and between them.
+TEST(OutputFile, WritesTheSameBytesInPiecesOfEverySize) {
+  const TemporaryDirectory directory;
+  std::string text(200003, '\0');
+  for (std::size_t i = 0; i < text.size(); ++i)
+    text[i] = char(i * i % 251);
+  for (const std::size_t piece :
+       {1U, 7U, 1000U, 65535U, 65536U, 65537U, 200003U}) {
+    OutputFile file;
+    file.open("file", Mode::truncate);
+    write_in_pieces(file, text, piece);
+    file.put('\n');
+    file.close();
+    EXPECT_TRUE(file.good());
+    EXPECT_TRUE(read_text("file") == text + '\n') << piece;
+  }
+}
+
+TEST(OutputFile, LosesSilentlyWhatComesWhileItIsNotOpen) {
+  const TemporaryDirectory directory;
+  OutputFile file;
+  file << "before";
+  file.flush();
+  file << "still before";
+  file.close();
+  errno = 0;
+  file.open("missing/file", Mode::append);
+  EXPECT_EQ(errno, ENOENT);
+  EXPECT_TRUE(file.fail());
+  file.open("file", Mode::truncate);
+  EXPECT_TRUE(file.good());
+  file << "while";
+  file.close();
+  file << "behind";
+  file.close();
+  EXPECT_EQ(read_text("file"), "while");
+}
+
+TEST(OutputFile, FailsWithErrnoOnAFullDisk) {
+  for (const std::size_t size : {1U, 65536U, 200000U}) {
+    OutputFile closed;
+    OutputFile synced;
+    errno = 0;
+    for (OutputFile *file_P : {&closed, &synced}) {
+      file_P->open("/dev/full", Mode::truncate);
+      write_in_pieces(*file_P, std::string(size, 'x'), 60000);
+    }
+    EXPECT_FALSE(synced.sync_to_disk());
+    closed.close();
+    EXPECT_TRUE(closed.fail()) << size;
+    EXPECT_EQ(errno, ENOSPC) << size;
+  }
+}
+
+}  // namespace
+}  // namespace vek

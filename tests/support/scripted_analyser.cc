@@ -1,0 +1,148 @@
+// An analyser that answers by a script, well behaved or not. Its first argument
+// names the script; it answers a request with the text of the file, which the
+// test writes as analysis text.
+//
+// Where a test has to know how far the process has got, there is a FIFO
+// `signal` in the working directory, to which the process writes a byte; where
+// the process has to wait for the test, it reads the FIFO `go on` to its end.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <string>
+
+namespace {
+
+void write_bytes(const std::string &bytes) {
+  std::cout.write(bytes.data(), std::ssize(bytes));
+  std::cout.flush();
+}
+
+void signal_test() {
+  const int fd = open("signal", O_WRONLY);
+  if (fd < 0 || write(fd, "!", 1) != 1)
+    std::exit(1);
+  close(fd);
+}
+
+void wait_for_test() {
+  std::ifstream fifo("go on");
+  fifo.get();
+}
+
+std::string text_of(const std::string &path) {
+  std::ifstream stream(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+std::string one_by_one(const std::string &text) {
+  for (const char byte : text)
+    write_bytes(std::string(1, byte));
+  return "";
+}
+
+std::string arguments(int count, char **arguments_P) {
+  std::string text;
+  for (int i = 2; i < count; ++i)
+    text += '<' + std::string(arguments_P[i]) + '>';
+  return text;
+}
+
+// What the process was given beside its standard streams.
+std::string inheritance() {
+  std::string text;
+  for (int fd = 3; fd < 64; ++fd) {
+    if (fcntl(fd, F_GETFD) >= 0)
+      text += "descriptor " + std::to_string(fd) + ' ';
+  }
+  const bool standard = std::signal(SIGPIPE, SIG_DFL) == SIG_DFL;
+  return text + (standard ? "SIGPIPE kills" : "SIGPIPE is ignored");
+}
+
+// Answers one request. What a script does not know, it leaves to others.
+void answer(const std::string &script, const std::string &path) {
+  if (script == "die before")
+    std::exit(3);
+  std::string text = text_of(path);
+  if (script == "die within") {
+    write_bytes(text);
+    std::exit(3);
+  }
+  if (script == "close") {
+    close(STDOUT_FILENO);
+    return;
+  }
+  if (script == "bytes")
+    text = one_by_one(text);
+  if (script == "path")
+    text = path;
+  if (script == "nul")
+    text += std::string("\0 hidden", 8);
+  if (script == "huge")
+    text = std::string(std::stoul(text), 'x');
+  text += '\x01';
+  if (script == "behind")
+    text += " behind\n";
+  write_bytes(text);
+  if (script == "die after")
+    std::exit(3);
+  if (script.starts_with("late")) {
+    wait_for_test();
+    write_bytes(script == "late text" ? " late" : "\r\n");
+    signal_test();
+  }
+}
+
+void at_start(const std::string &script) {
+  if (script == "exit")
+    std::exit(3);
+  if (script == "deaf") {
+    close(STDIN_FILENO);
+    signal_test();
+    pause();
+  }
+  if (script == "unasked") {
+    write_bytes("word\x01");
+    signal_test();
+  }
+}
+
+// The end of the input is the end of the run.
+void at_end(const std::string &script) {
+  if (script == "ends")
+    signal_test();
+  if (script == "lingers") {
+    wait_for_test();
+    signal_test();
+  }
+}
+
+}  // namespace
+
+int main(int count, char **arguments_P) {
+  // Whatever a test does, nothing of it stays behind.
+  alarm(60);
+  std::string script = count > 1 ? arguments_P[1] : "echo";
+  for (char &character : script) {
+    if (character == '-')
+      character = ' ';
+  }
+  at_start(script);
+  std::string path;
+  while (std::getline(std::cin, path)) {
+    if (script == "arguments") {
+      write_bytes(arguments(count, arguments_P) + '\x01');
+    } else if (script == "inheritance") {
+      write_bytes(inheritance() + '\x01');
+    } else {
+      answer(script, path);
+    }
+  }
+  at_end(script);
+}
