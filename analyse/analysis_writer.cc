@@ -17,7 +17,6 @@ void AnalysisWriter::Kept::set(const Word &word) {
 void AnalysisWriter::start() {
   before_ = Before::nothing;
   is_empty_ = true;
-  is_new_sentence_ = false;
 }
 
 void AnalysisWriter::word(std::string_view raw, Gap gap) {

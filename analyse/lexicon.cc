@@ -167,7 +167,8 @@ void Lexicon::cut_listed_ending(std::string_view &text) const {
   }
 }
 
-// An abbreviation like u.s is left as it is: its letters are not a word's.
+// An abbreviation like u.s is left as it is: its letters are not a word's. No
+// stemmer is known to make a word longer, but nothing forbids it.
 std::string_view Lexicon::stem(std::string_view text) {
   stem_ = cut_at_character(text, longest_word);
   if (stemmer_P_ == nullptr || text.find('.') != text.npos)

@@ -67,6 +67,7 @@ TEST(AnalysisWriter, PairsNounsAroundOf) {
       {"fr", "prix de la vie", "[ prix , vi ]\n"},
       {"fr", "prix de l'eau", "[ prix , eau ]\n"},
       {"fr", "prix d’eau", "[ prix , eau ]\n"},
+      {"fr", "goûte l'eau", ""},
       {"it", "prezzo dell'acqua", "[ prezz , acqua ]\n"},
       {"es", "precio del agua", "[ preci , agu ]\n"},
       {"pt", "preço da água", "[ prec , águ ]\n"},
