@@ -165,8 +165,7 @@ bool ClassProfile::write(std::ostream &os, std::uint32_t nr_terms) const {
 }
 
 bool ClassProfile::read(std::istream &is, std::uint32_t &nr_terms) {
-  const std::string text{std::istreambuf_iterator<char>(is),
-                         std::istreambuf_iterator<char>()};
+  const std::string text = read_rest(is);
   FieldReader fields(text);
   std::uint32_t nr_entries = 0;
   if (is.bad() || !fields.read(nr_entries) || !fields.read(nr_terms) ||

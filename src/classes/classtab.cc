@@ -196,8 +196,7 @@ bool ClassTable::write(std::ostream &os) const {
 }
 
 bool ClassTable::read(std::istream &is) {
-  const std::string text{std::istreambuf_iterator<char>(is),
-                         std::istreambuf_iterator<char>()};
+  const std::string text = read_rest(is);
   FieldReader fields(text);
   std::uint32_t nr_classes = 0;
   if (is.bad() || !fields.read(nr_classes))

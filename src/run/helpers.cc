@@ -119,6 +119,19 @@ ReadResult read_file(const std::string &path, std::string &content) {
   return count < 0 ? ReadResult::read_error : ReadResult::ok;
 }
 
+// By read(), which keeps to itself what a file's buffer throws.
+std::string read_rest(std::istream &is) {
+  constexpr std::size_t piece_size = 65536;
+  std::string content;
+  do {
+    const std::size_t used = content.size();
+    content.resize(used + piece_size);
+    is.read(content.data() + used, piece_size);
+    content.resize(used + static_cast<std::size_t>(is.gcount()));
+  } while (is.good());
+  return content;
+}
+
 KeepErrno::KeepErrno() : value_(errno) {}
 
 KeepErrno::~KeepErrno() {

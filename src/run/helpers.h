@@ -5,6 +5,7 @@
 #include <dirent.h>
 
 #include <cstdint>
+#include <istream>
 #include <string>
 #include <string_view>
 
@@ -81,6 +82,10 @@ enum class ReadResult { ok, cannot_open, read_error };
 // Replaces `content` by all the bytes of the file `path`. Reports nothing: the
 // caller knows what the file is for.
 ReadResult read_file(const std::string &path, std::string &content);
+
+// All that is left in a stream. If the system fails to read, badbit is set and
+// what came before that is returned.
+std::string read_rest(std::istream &is);
 
 // Sets errno back to what it was at construction. For calls that are no
 // business of the run's exit status, which follows errno.

@@ -7,8 +7,6 @@ namespace vek {
 namespace {
 
 constexpr int largest_short_precision = 6;
-// %g writes smaller numbers with an exponent.
-constexpr int smallest_exponent = -4;
 constexpr std::array<double, 11> powers_of_ten = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5,
                                                   1e6, 1e7, 1e8, 1e9, 1e10};
 
@@ -64,6 +62,7 @@ void append_digits(std::string &out, std::uint32_t number, int precision,
 // that near to a half. False if the number needs the long way.
 bool append_short_real(std::string &out, double value, int precision) {
   const double limit = powers_of_ten[static_cast<std::size_t>(precision)];
+  // %g writes smaller and larger numbers with an exponent.
   if (!(value >= 1e-4 && value < limit))
     return false;
   int exponent = decimal_exponent(value);

@@ -67,7 +67,8 @@ void AtomTable::enter_all(std::span<const std::string_view> texts,
 std::uint32_t AtomTable::enter(std::string_view text, Slot slot) {
   assert(!text.empty());
   const Slot *const found_P = index_.find(slot.hash(), [&](const Slot &other) {
-    return slot.start == other.start && slot.rest == other.rest &&
+    return slot.text_hash == other.text_hash && slot.start == other.start &&
+           slot.rest == other.rest &&
            (text.size() <= longest_in_slot || texts_[other.id] == text);
   });
   if (found_P != nullptr)

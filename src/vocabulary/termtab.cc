@@ -73,10 +73,6 @@ std::uint32_t TermTable::enter(std::uint32_t head, std::uint32_t mod) {
   return slot.id;
 }
 
-void TermTable::expect(std::uint32_t head, std::uint32_t mod) const {
-  index_.prefetch(Slot{pair_key(head, mod), EmptyAtom}.hash());
-}
-
 void TermTable::create_term(std::uint32_t head, std::uint32_t mod) {
   if (size() == EmptyAtom) {
     error("no more terms can be numbered");

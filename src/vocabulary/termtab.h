@@ -45,10 +45,6 @@ class TermTable {
   // used up.
   std::uint32_t enter(std::uint32_t head, std::uint32_t mod);
 
-  // Says that enter() of the pair will come soon. A few pairs told some steps
-  // ahead are found in much less time in a large table.
-  void expect(std::uint32_t head, std::uint32_t mod) const;
-
   // The term, with `next` as it is now. The reference is good until the next
   // enter(). After new pairs were entered, the first call sorts the whole
   // table; head() and mod() never do. `term_id` must be below size().

@@ -1,7 +1,6 @@
 #include "evaluation/testing.h"
 
-#include <sys/stat.h>
-
+#include <cerrno>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>

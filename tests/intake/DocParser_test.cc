@@ -3,10 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <ostream>
 #include <random>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>

@@ -1,10 +1,7 @@
 #include "intake/docprof.h"
 
 #include <cmath>
-#include <cstddef>
 #include <cstdint>
-#include <limits>
-#include <memory>
 #include <string>
 #include <vector>
 

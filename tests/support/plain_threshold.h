@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
-#include <iterator>
 #include <map>
 #include <optional>
 #include <set>

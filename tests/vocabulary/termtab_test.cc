@@ -4,9 +4,9 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 #include <map>
 #include <random>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -81,7 +81,6 @@ TEST(TermTable, HoldsManyPairsInOrder) {
     const auto size = static_cast<std::uint32_t>(expected.size());
     const std::uint32_t id =
         expected.try_emplace({head, mod}, size).first->second;
-    table.expect(head, mod);
     ASSERT_EQ(table.enter(head, mod), id);
     if (i % 2000 != 0)
       continue;
