@@ -69,7 +69,7 @@ bool DocProfile::read(const void *contents, unsigned len) {
   assert(len >= sizeof(size_t));
   const auto *byte_P = static_cast<const unsigned char *>(contents);
   const std::uint32_t nr_entries = get_uint32(byte_P);
-  if (std::uint64_t{nr_entries} * entry_size + 4 > len)
+  if (std::uint64_t{nr_entries} * entry_size + 4 != len)
     return false;
   entries_.reserve(entries_.size() + nr_entries);
   for (std::uint32_t i = 0; i < nr_entries; ++i) {

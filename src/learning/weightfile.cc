@@ -9,10 +9,21 @@
 namespace vek {
 namespace {
 
+bool print_equal(WeightType a, WeightType b) {
+  std::string text_of_a;
+  std::string text_of_b;
+  append_real(text_of_a, a);
+  append_real(text_of_b, b);
+  return text_of_a == text_of_b;
+}
+
 bool read_weights(FieldReader &fields, ClassProfile &profile) {
   std::size_t nr_entries = 0;
-  if (!fields.read(nr_entries) || nr_entries != profile.size())
+  WeightType threshold = 0.0;
+  if (!fields.read(nr_entries) || nr_entries != profile.size() ||
+      !fields.read(threshold)) {
     return false;
+  }
   for (ClassProfile::Slot &slot : profile) {
     std::uint32_t term = 0;
     if (!fields.read(term) || term != slot.term ||
@@ -21,7 +32,12 @@ bool read_weights(FieldReader &fields, ClassProfile &profile) {
       return false;
     }
   }
-  return fields.at_end();
+  if (!fields.at_end())
+    return false;
+  if (print_equal(threshold, profile.threshold())) {
+    profile.set_threshold(threshold);
+  }
+  return true;
 }
 
 }  // namespace
@@ -29,6 +45,8 @@ bool read_weights(FieldReader &fields, ClassProfile &profile) {
 bool write_winnow_weights(std::ostream &os, const ClassProfile &profile) {
   std::string text;
   append_number(text, profile.size());
+  text += '\t';
+  append_exact_real(text, profile.threshold());
   text += '\n';
   for (const ClassProfile::Slot &slot : profile) {
     append_number(text, slot.term);

@@ -1,9 +1,11 @@
 // Winnow's weights as text, in full precision.
 //
 // A class profile's own file holds statistics and counts only, and from these
-// no weight can be had back. The weights stand in a file beside it: a line
-// with the number of entries, then for each, by ascending term id, the term,
-// the positive and the negative weight, separated by tabs.
+// no weight can be had back; its threshold has six digits, and a score that
+// lies on the threshold would change sides. Weights and threshold stand in a
+// file beside it: a line with the number of entries and the threshold, then for
+// each entry, by ascending term id, the term, the positive and the negative
+// weight, separated by tabs.
 #ifndef VEK_LEARNING_WEIGHTFILE_H_
 #define VEK_LEARNING_WEIGHTFILE_H_
 
@@ -17,8 +19,10 @@ namespace vek {
 // False if the stream fails.
 bool write_winnow_weights(std::ostream &os, const ClassProfile &profile);
 
-// Sets the weights of the profile's entries. False, and all weights are 0, if
-// the text is not of that form or is about other terms than the profile.
+// Sets the weights of the profile's entries, and its threshold, unless that of
+// the profile has been changed since, that is, differs in six digits. False,
+// and all weights are 0, if the text is not of that form or is about other
+// terms than the profile.
 bool parse_winnow_weights(const std::string &text, ClassProfile &profile);
 
 }  // namespace vek

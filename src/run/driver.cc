@@ -19,8 +19,6 @@
 #include "run/polling.h"
 #include "run/statistics.h"
 #include "store/database.h"
-#include "vocabulary/atomtab.h"
-#include "vocabulary/termtab.h"
 
 namespace vek {
 namespace {
@@ -51,12 +49,6 @@ void merge_classes() {
   log_always(1, "analyzing the documents...");
   class_table.gather_documents();
   report_statistics();
-}
-
-void write_vocabulary() {
-  atom_table.write();
-  term_table.write();
-  data_base.vocabulary_written();
 }
 
 void learn() {
@@ -102,7 +94,7 @@ int run(int argument_count, char **argument_vector) {
     collect_examples();
     merge_classes();
   }
-  write_vocabulary();
+  data_base.write_vocabulary();
   if (learns())
     learn();
   scores << "****TEST\n";

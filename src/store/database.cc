@@ -156,17 +156,26 @@ void DataBase::read_weights() {
   if (params.algorithm() != Algorithm::winnow)
     return;
   for (auto &[key, data] : class_table) {
-    const std::string path = class_path(data.id, weights_suffix);
-    const KeepErrno keep;
-    std::string text;
-    if (read_file(path, text) != ReadResult::ok) {
-      warning("cannot read classifier weights from file `%s', using 0",
-              path.c_str());
-    } else if (!parse_winnow_weights(text, data.profile)) {
-      warning("classifier weights in file `%s' do not fit the class, using 0",
-              path.c_str());
-    }
+    if (!read_class_weights(data))
+      classes_without_weights_.insert(data.id);
   }
+}
+
+bool DataBase::read_class_weights(ClassData &data) {
+  const std::string path = class_path(data.id, weights_suffix);
+  const KeepErrno keep;
+  std::string text;
+  if (read_file(path, text) != ReadResult::ok) {
+    warning("cannot read classifier weights from file `%s', using 0",
+            path.c_str());
+    return false;
+  }
+  if (!parse_winnow_weights(text, data.profile)) {
+    warning("classifier weights in file `%s' do not fit the class, using 0",
+            path.c_str());
+    return false;
+  }
+  return true;
 }
 
 void DataBase::write(bool save) {
@@ -190,8 +199,10 @@ void DataBase::write_class_profile(std::uint32_t class_id) {
   write_file(class_path(class_id, profile_suffix), [&](std::ostream &os) {
     return data.profile.write(os, data.nr_terms);
   });
-  if (params.algorithm() != Algorithm::winnow)
+  if (params.algorithm() != Algorithm::winnow ||
+      classes_without_weights_.contains(class_id)) {
     return;
+  }
   write_file(class_path(class_id, weights_suffix), [&](std::ostream &os) {
     return write_winnow_weights(os, data.profile);
   });
@@ -246,6 +257,14 @@ void DataBase::save_journal_at_exit() {
     return;
   }
   data_base.save_journal();
+}
+
+void DataBase::write_vocabulary() {
+  if (has_orphaned_terms_)
+    return;
+  atom_table.write();
+  term_table.write();
+  vocabulary_written();
 }
 
 void DataBase::vocabulary_written() {

@@ -11,6 +11,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "intake/docprof.h"
@@ -39,7 +40,8 @@ class DataBase {
 
   // Reads the classifier's weights that the class profiles' files leave out,
   // for a run that does not train. Where they are missing or do not fit, a
-  // warning names the file and the weights are 0.
+  // warning names the file and the weights are 0; write() leaves that file
+  // alone then.
   void read_weights();
 
   // There is a class table to be read.
@@ -52,7 +54,11 @@ class DataBase {
   // Has the store put on disk what it holds, the vocabulary first.
   void sync();
 
-  // To be called when atoms and terms have been written to their files.
+  // Writes atoms and terms to their files. Not over a terms.dat that no
+  // atoms.dat gives a meaning to: its damage would be hidden.
+  void write_vocabulary();
+  // To be called when they have been written: what was kept aside of them is
+  // no longer needed.
   void vocabulary_written();
 
   // The document is in the cache or in the store.
@@ -78,6 +84,7 @@ class DataBase {
   static void save_journal_at_exit();
   bool save_journal();
 
+  bool read_class_weights(ClassData &data);
   void refuse_orphaned_terms() const;
   bool has_terms_file() const;
   void read_classes();
@@ -96,6 +103,8 @@ class DataBase {
   // What the vocabulary's files lack could not be saved: the store's index
   // must not reach the disk.
   bool journal_failed_ = false;
+  // Classes whose weights were missing: zeros must not take their place.
+  std::set<std::uint32_t> classes_without_weights_;
   std::string data_dir_;
   Journal journal_;
   Cache cache_;
