@@ -217,7 +217,8 @@ class Collection {
     }
     top.nr_docs = nr_docs;
     TermSet all;
-    for (std::uint32_t term = 0; term < 10000; ++term) all.insert(term);
+    for (std::uint32_t term = 0; term < 10000; ++term)
+      all.insert(term);
     class_table.remove_inactive_terms(all);
     for (DocProfile &doc : docs_)
       doc.weigh(0);
