@@ -109,21 +109,21 @@ class DocParser : public Scanner {
   // A compound in the making. Its candidates are the combinations of its
   // choices, with its words between them; they are spelled out only at its end.
   struct Compound {
-    std::string_view word;      // what the text starts with, if that is a word
-    std::size_t text_begin;     // in `texts_`
-    std::size_t choices_begin;  // in `choices_`
-    std::size_t nr_bytes;       // of all candidates together
-    std::size_t nr_candidates;  // 0 once a part has handed on nothing
-    bool found;                 // there was a word, or a group gave something
+    std::string_view word;       // what the text starts with, if that is a word
+    std::size_t text_begin = 0;  // in `texts_`
+    std::size_t choices_begin = 0;  // in `choices_`
+    std::size_t nr_bytes = 0;       // of all candidates together
+    std::size_t nr_candidates = 0;  // 0 once a part has handed on nothing
+    bool found = false;  // there was a word, or a group gave something
   };
 
   // The phrase of an open group. Its heads are in `ids_` from `heads_begin`; up
   // to `heads_end`, once modifiers are read.
   struct Phrase {
-    std::size_t heads_begin;
-    std::size_t heads_end;
-    int closing;
-    bool in_modifiers;
+    std::size_t heads_begin = 0;
+    std::size_t heads_end = 0;
+    int closing = 0;
+    bool in_modifiers = false;
     Compound compound;
   };
 

@@ -157,7 +157,7 @@ TEST(ClassProfile, ReadsNoDamagedFile) {
       {sbc, " 1 \r\n 7 1e0 \v 5 6 7 \n\n", true},
       {sbc, "1\t0\t1\n5\t6\t7\t\n9\t1\t2\t\n"},
       {sbc, "1\t0\t1\n5\t6\t7\t\nx"},
-      {sbc, std::string("1\t0\t1\n5\t6\t7\t\n\0", 15)},
+      {sbc, std::string("1\t0\t1\n5\t6\t7\t\n\0", 14)},
       {sbc, "2\t0\t1\n5\t6\t7\t\n5\t6\t7\t\n"},
       {sbc, "4294967295\t0\t1\n5\t6\t7\t\n"},
       {sbc, "4294967296\t0\t1\n"},

@@ -56,7 +56,8 @@ class Report : public testing::Test {
     long total = 0;
     long resident = 0;
     EXPECT_TRUE(read_process_stat(getpid(), total, resident));
-    EXPECT_NEAR(std::stod(shown.substr(8)), double(total / 1024), 4.0);
+    const long megabytes = total / 1024;
+    EXPECT_NEAR(std::stod(shown.substr(8)), double(megabytes), 4.0);
     return std::regex_replace(shown, std::regex("[0-9]+MB"), "<n>MB");
   }
 
