@@ -6,6 +6,7 @@
 
 #include "params/rcparser.h"
 #include "run/helpers.h"
+#include "run/polling.h"
 
 namespace vek::checking {
 namespace {
@@ -119,10 +120,7 @@ void CollectionCheck::check_input_directory() {
   std::string entry;
   std::string name;
   while (entries.read(entry)) {
-    if (entry.starts_with('.') || !ends_with(entry, document_suffix))
-      continue;
-    strip_suffix(name, entry, document_suffix);
-    if (!has_text(name))
+    if (is_input_document(entry, name) && !has_text(name))
       missing.push_back(entry);
   }
   std::sort(missing.begin(), missing.end());

@@ -193,15 +193,6 @@ Token::Code identifier_code(std::string_view text) {
   return found ? place->code : Token::identifier;
 }
 
-// A file's buffer throws when the system fails to read; the output operator
-// keeps that to itself.
-std::string rest_of(std::istream &input) {
-  std::ostringstream content;
-  if (input.good())
-    content << input.rdbuf();
-  return std::move(content).str();
-}
-
 }  // namespace
 
 std::span<const Keyword> keywords() {
@@ -217,7 +208,7 @@ Scanner::Scanner(Mode mode, std::string_view input, const char *file_name)
 }
 
 Scanner::Scanner(Mode mode, std::istream &input, const char *file_name)
-    : owned_(rest_of(input)),
+    : owned_(read_rest(input)),
       next_P_(owned_.data()),
       end_P_(owned_.data() + owned_.size()),
       file_name_(file_name),

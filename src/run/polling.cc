@@ -27,6 +27,11 @@ void poll_directory(const char *input) {
     write_classifications(names);
 }
 
+bool is_input_document(const std::string &entry, std::string &name) {
+  strip_suffix(name, entry, document_suffix);
+  return !entry.starts_with('.') && ends_with(entry, document_suffix);
+}
+
 void collect_input_documents(const std::string &directory,
                              std::vector<std::string> &names) {
   Directory entries(directory);
@@ -37,9 +42,8 @@ void collect_input_documents(const std::string &directory,
   std::string entry;
   std::string name;
   while (entries.read(entry)) {
-    if (entry.starts_with('.') || !ends_with(entry, document_suffix))
+    if (!is_input_document(entry, name))
       continue;
-    strip_suffix(name, entry, document_suffix);
     profile_document(name);
     names.push_back(name);
     logf_if_verbose(3, "collected input document `%s'", name.c_str());

@@ -13,10 +13,14 @@ namespace vek {
 // missing or a document's file is not where documents lie.
 void poll_directory(const char *input);
 
+// Whether an entry of the input directory names a document: it ends in ".txt"
+// and does not begin with a full stop. Sets `name` to it without the ending.
+bool is_input_document(const std::string &entry, std::string &name);
+
 // Appends the documents of a directory, in the system's order: its entries
-// that end in ".txt" and do not begin with a full stop. Each has a stored
-// profile afterwards. Their texts come from where all documents lie; the
-// directory supplies the names only.
+// for which is_input_document() holds. Each has a stored profile afterwards.
+// Their texts come from where all documents lie; the directory supplies the
+// names only.
 void collect_input_documents(const std::string &directory,
                              std::vector<std::string> &names);
 
