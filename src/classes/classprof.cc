@@ -60,13 +60,13 @@ bool read_entry(FieldReader &fields, std::uint32_t &term,
 }  // namespace
 
 ClassProfileEntry *ClassProfile::find(std::uint32_t term) {
-  const auto place = places_.find(term);
-  return place == places_.end() ? nullptr : &slots_[place->second].entry;
+  const std::uint32_t place = places_.find(term);
+  return place == TermPlaces::nowhere ? nullptr : &slots_[place].entry;
 }
 
 const ClassProfileEntry *ClassProfile::find(std::uint32_t term) const {
-  const auto place = places_.find(term);
-  return place == places_.end() ? nullptr : &slots_[place->second].entry;
+  const std::uint32_t place = places_.find(term);
+  return place == TermPlaces::nowhere ? nullptr : &slots_[place].entry;
 }
 
 std::uint32_t ClassProfile::tf(std::uint32_t term) const {
@@ -80,25 +80,24 @@ std::uint32_t ClassProfile::df(std::uint32_t term) const {
 }
 
 ClassProfileEntry &ClassProfile::operator[](std::uint32_t term) {
-  const auto [place, is_new] =
-      places_.try_emplace(term, static_cast<std::uint32_t>(slots_.size()));
-  if (is_new) {
+  const std::uint32_t place =
+      places_.find_or_insert(term, static_cast<std::uint32_t>(slots_.size()));
+  if (place == slots_.size()) {
     if (!slots_.empty() && slots_.back().term > term)
       arranged_ = false;
     slots_.push_back({term, {}});
   }
-  return slots_[place->second].entry;
+  return slots_[place].entry;
 }
 
 void ClassProfile::erase(std::uint32_t term) {
-  const auto place = places_.find(term);
-  if (place == places_.end())
+  const std::uint32_t hole = places_.find(term);
+  if (hole == TermPlaces::nowhere)
     return;
-  const std::uint32_t hole = place->second;
-  places_.erase(place);
+  places_.erase(term);
   if (hole + 1 != slots_.size()) {
     slots_[hole] = slots_.back();
-    places_[slots_[hole].term] = hole;
+    places_.set(slots_[hole].term, hole);
     arranged_ = false;
   }
   slots_.pop_back();
@@ -118,7 +117,7 @@ void ClassProfile::arrange() const {
   std::sort(slots_.begin(), slots_.end(),
             [](const Slot &a, const Slot &b) { return a.term < b.term; });
   for (std::size_t place = 0; place < slots_.size(); ++place) {
-    places_[slots_[place].term] = static_cast<std::uint32_t>(place);
+    places_.set(slots_[place].term, static_cast<std::uint32_t>(place));
   }
   arranged_ = true;
 }

@@ -7,13 +7,13 @@
 #ifndef VEK_CLASSES_CLASSPROF_H_
 #define VEK_CLASSES_CLASSPROF_H_
 
-#include <boost/unordered/unordered_flat_map.hpp>
 #include <cstddef>
 #include <cstdint>
 #include <istream>
 #include <ostream>
 #include <vector>
 
+#include "classes/termplaces.h"
 #include "run/helpers.h"
 
 namespace vek {
@@ -95,7 +95,7 @@ class ClassProfile {
   // Slots in order of entry until a walk sorts them; `places_` leads to them.
   // Sorting changes no content, hence mutable.
   mutable std::vector<Slot> slots_;
-  mutable boost::unordered_flat_map<std::uint32_t, std::uint32_t> places_;
+  mutable TermPlaces places_;
   mutable bool arranged_ = true;
   WeightType threshold_ = 1.0;
   WeightType init_pos_weight_ = 0.0;

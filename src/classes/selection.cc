@@ -118,8 +118,9 @@ void ClassTable::collect_statistics(ClassData &data) {
                                                   son_P->train_docs.size());
   }
   data.nr_docs = static_cast<std::uint32_t>(data.train_docs.size());
+  DocProfile profile;
   for (const auto &[name, classes] : data.train_docs) {
-    DocProfile profile;
+    profile.clear();
     data_base.read_profile(name, profile);
     profile.update_statistics(data);
   }

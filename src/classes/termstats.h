@@ -7,7 +7,6 @@
 #ifndef VEK_CLASSES_TERMSTATS_H_
 #define VEK_CLASSES_TERMSTATS_H_
 
-#include <boost/unordered/unordered_flat_map.hpp>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -24,20 +23,31 @@ struct TermStats {
   std::uint32_t df = 0;
 };
 
+// While documents are counted, an array of slots that are found by a hash of
+// the term, with linear probing; once settled, the used slots alone.
 class TermStatsTable {
  public:
   struct Slot {
-    std::uint32_t term;
+    std::uint32_t term = no_term;
     TermStats stats;
   };
 
-  // The record of a term, all zero if it is new.
+  // The record of a term, all zero if it is new; good until the next call. A
+  // settled table is opened again. Not for the term 0xFFFFFFFF, which no table
+  // of terms gives out.
   TermStats &operator[](std::uint32_t term) {
-    const auto [place, is_new] =
-        places_.try_emplace(term, static_cast<std::uint32_t>(slots_.size()));
-    if (is_new)
-      slots_.push_back({term, {}});
-    return slots_[place->second].stats;
+    if (nr_used_ >= most_used_)
+      grow();
+    std::size_t i = home(term);
+    while (slots_[i].term != term) {
+      if (slots_[i].term == no_term) {
+        slots_[i].term = term;
+        ++nr_used_;
+        break;
+      }
+      i = (i + 1) & (slots_.size() - 1);
+    }
+    return slots_[i].stats;
   }
 
   // To be called when all documents have been counted: sorts the records by
@@ -47,12 +57,23 @@ class TermStatsTable {
   // By ascending term, once settled.
   std::vector<Slot>::const_iterator begin() const { return slots_.begin(); }
   std::vector<Slot>::const_iterator end() const { return slots_.end(); }
-  std::size_t size() const { return slots_.size(); }
-  bool empty() const { return slots_.empty(); }
+  std::size_t size() const { return nr_used_; }
+  bool empty() const { return nr_used_ == 0; }
 
  private:
-  std::vector<Slot> slots_;
-  boost::unordered_flat_map<std::uint32_t, std::uint32_t> places_;
+  static constexpr std::uint32_t no_term = 0xFFFFFFFF;
+
+  // The upper bits of a product, so that a walk over the old slots fills the
+  // new ones from front to back.
+  std::size_t home(std::uint32_t term) const {
+    return (term * std::uint32_t{0x9E3779B1}) >> shift_;
+  }
+  void grow();
+
+  std::vector<Slot> slots_;  // a power of two of them, until they are settled
+  std::size_t nr_used_ = 0;
+  std::size_t most_used_ = 0;  // more make the table grow; 0 when settled
+  unsigned shift_ = 32;
 };
 
 }  // namespace vek

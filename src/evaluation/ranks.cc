@@ -25,11 +25,17 @@ bool comes_before(const Ranking &a, const Ranking &b) {
 }  // namespace
 
 void Ranks::sort() {
+  // In a flat hierarchy the second sorting finds what the first has left.
+  if (std::is_sorted(begin(), end(), comes_before))
+    return;
   std::stable_sort(begin(), end(), comes_before);
 }
 
 void Ranks::print(const std::string &name, std::ostream &os) const {
-  std::string line = name + document_suffix;
+  // Kept from call to call, so that its memory serves the next document.
+  static std::string line;
+  line = name;
+  line += document_suffix;
   for (const Ranking &ranking : *this) {
     line += ' ';
     line += class_table.full_name(ranking.class_data_P->id);

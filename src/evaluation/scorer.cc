@@ -26,13 +26,17 @@ void ClassScorer::score(const DocProfile &doc,
 
 void ClassScorer::add_up(const DocProfile &doc,
                          std::vector<WeightType> &scores) const {
-  scores.assign(index_.nr_classes(), 0.0);
+  // Kept from call to call, so that scoring does not allocate.
+  static std::vector<RowWeight> terms;
+  terms.clear();
   for (const DocProfileEntry &entry : doc) {
     const std::uint32_t row = index_.row_of(entry.term);
-    if (row != TermIndex::no_row) {
-      index_.add_row(row, weights_, entry.weight, scores);
-    }
+    if (row != TermIndex::no_row)
+      terms.push_back({row, entry.weight});
   }
+  scores.assign(index_.nr_sums(), 0.0);
+  index_.add_rows(terms, weights_, scores);
+  scores.resize(index_.nr_classes());
 }
 
 void ClassScorer::multiply(const DocProfile &doc,

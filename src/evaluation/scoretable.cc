@@ -6,6 +6,7 @@
 #include <cmath>
 #include <iterator>
 
+#include "evaluation/realsort.h"
 #include "evaluation/scorer.h"
 #include "evaluation/testing.h"
 #include "run/log.h"
@@ -31,51 +32,87 @@ std::vector<ClassData *> all_leaves() {
   return leaves;
 }
 
-// Fills a table for each class, in one walk over the cached profiles. Both the
-// cache and a class's documents are in the order of names, so membership is
-// found by going along.
+// The places in `names`, which are ascending, of the class's training
+// documents.
+std::vector<std::size_t> member_places(
+    const ClassData &data, const std::vector<const std::string *> &names) {
+  std::vector<std::size_t> places;
+  auto from = names.begin();
+  for (const auto &[name, classes] : data.train_docs) {
+    from = std::lower_bound(
+        from, names.end(), name,
+        [](const std::string *a_P, const std::string &b) { return *a_P < b; });
+    if (from != names.end() && **from == name) {
+      places.push_back(std::size_t(from - names.begin()));
+    }
+  }
+  return places;
+}
+
+// Moves the scores at the places, which are ascending, from `neg` to `pos`.
+void take_members(const std::vector<std::size_t> &places, ScoreTable &table) {
+  auto next = places.begin();
+  std::size_t nr_left = 0;
+  for (std::size_t i = 0; i < table.neg.size(); ++i) {
+    if (next != places.end() && *next == i) {
+      table.pos.push_back(table.neg[i]);
+      ++next;
+    } else {
+      table.neg[nr_left++] = table.neg[i];
+    }
+  }
+  table.neg.resize(nr_left);
+}
+
+// Fills a table for each class, in one walk over the cached profiles.
 void collect_scores(const std::vector<ClassData *> &classes,
                     std::vector<ScoreTable> &tables) {
   const ClassScorer scorer(classes);
-  std::vector<DocumentMap::Map::const_iterator> next;
-  for (const ClassData *class_data_P : classes) {
-    next.push_back(class_data_P->train_docs.begin());
-  }
+  std::vector<const std::string *> names;
+  for (const auto &[name, profile] : data_base.cache())
+    names.push_back(&name);
+  for (ScoreTable &table : tables)
+    table.neg.resize(names.size());
   ScoreTable::Scores values;
+  std::size_t place = 0;
   for (const auto &[name, profile] : data_base.cache()) {
     scorer.score(*profile, values);
-    for (std::size_t i = 0; i < classes.size(); ++i) {
-      const auto end = classes[i]->train_docs.end();
-      while (next[i] != end && next[i]->first < name)
-        ++next[i];
-      const bool is_member = next[i] != end && next[i]->first == name;
-      (is_member ? tables[i].pos : tables[i].neg).push_back(values[i]);
-    }
+    for (std::size_t i = 0; i < classes.size(); ++i)
+      tables[i].neg[place] = values[i];
+    ++place;
   }
-  for (ScoreTable &table : tables)
-    table.complete();
+  for (std::size_t i = 0; i < classes.size(); ++i) {
+    take_members(member_places(*classes[i], names), tables[i]);
+    tables[i].complete();
+  }
 }
 
 // What is not a number has no place in an order: it goes last.
 void sort_scores(ScoreTable::Scores &values) {
   const auto end = std::partition(values.begin(), values.end(),
                                   [](WeightType x) { return !std::isnan(x); });
-  std::sort(values.begin(), end);
+  sort_reals({values.begin(), end});
 }
 
 // Equal scores are next to each other, and often many: all documents without
 // any term of the class score 0.
 void append_scores(std::string &line, const ScoreTable::Scores &values) {
-  std::string text;
+  const std::size_t before = line.size();
+  line.resize(before + values.size() * (longest_real + 1) + real_room);
+  char *out_P = line.data() + before;
+  const char *last_P = out_P;
   for (std::size_t i = 0; i < values.size(); ++i) {
-    if (i == 0 || values[i] != values[i - 1] || values[i] == 0.0) {
-      text.clear();
-      append_real(text, values[i]);
-      text += ' ';
+    char *const start_P = out_P;
+    if (i > 0 && values[i] == values[i - 1] && values[i] != 0.0) {
+      out_P = std::copy(last_P, static_cast<const char *>(start_P), start_P);
+    } else {
+      out_P = put_real(out_P, values[i]);
+      *out_P++ = ' ';
     }
-    line += text;
+    last_P = start_P;
   }
-  line += '\n';
+  *out_P++ = '\n';
+  line.resize(std::size_t(out_P - line.data()));
 }
 
 void set_threshold(ClassData &leaf, const ScoreTable &table) {

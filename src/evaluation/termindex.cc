@@ -1,49 +1,133 @@
 #include "evaluation/termindex.h"
 
+#include <array>
+#include <cstring>
+
 namespace vek {
 namespace {
 
 // A row is made full if at least one class in so many knows its term: adding
 // up a place of a full row costs a fraction of one that has to be led to its
 // class, and memory may grow by this factor at most.
-constexpr std::size_t fullness = 4;
+constexpr std::size_t fullness = 8;
 
-// Twice as many places at once on a processor that can, chosen when the program
-// starts. Each sum still gets the same product added to it, and both are
-// rounded: the result is the same.
-#if defined(__x86_64__) && defined(__OPTIMIZE__) && !defined(__clang__) && \
-    !defined(__SANITIZE_ADDRESS__)
-#define VEK_WIDE_CLONES [[gnu::target_clones("avx2", "default")]]
+// A full row, and what its values are multiplied with.
+struct FullRow {
+  const WeightType *value_P;
+  WeightType weight;
+};
+using FullRows = std::span<const FullRow>;
+
+// Full rows that follow each other in a document are added up together, at most
+// this many.
+constexpr std::size_t most_rows = 64;
+
+// Places of a full row, and sums, come in multiples of this: the widest pack.
+constexpr std::size_t least_places = 4;
+
+// So many packs of sums stay in registers while all rows are gone through.
+constexpr int block_size = 8;
+
+// Numbers that the processor takes at once.
+using Pack2 = WeightType [[gnu::vector_size(2 * sizeof(WeightType))]];
+using Pack4 = WeightType [[gnu::vector_size(4 * sizeof(WeightType))]];
+
+// Adds `nr_packs` packs of each row, `start` places from its first.
+template <class Pack, int nr_packs>
+[[gnu::always_inline]] inline void add_block(FullRows rows, std::size_t start,
+                                             WeightType *sum_P) {
+  constexpr int width = sizeof(Pack) / sizeof(WeightType);
+  Pack sums[nr_packs];
+#pragma GCC unroll 8
+  for (int i = 0; i < nr_packs; ++i)
+    std::memcpy(&sums[i], sum_P + start + i * width, sizeof(Pack));
+  for (const FullRow &row : rows) {
+    const WeightType *value_P = row.value_P + start;
+#pragma GCC unroll 8
+    for (int i = 0; i < nr_packs; ++i) {
+      Pack values;
+      std::memcpy(&values, value_P + i * width, sizeof values);
+      sums[i] += values * row.weight;
+    }
+  }
+#pragma GCC unroll 8
+  for (int i = 0; i < nr_packs; ++i)
+    std::memcpy(sum_P + start + i * width, &sums[i], sizeof(Pack));
+}
+
+// The same for a number of packs from 0 to `most_packs`.
+template <class Pack, int most_packs>
+[[gnu::always_inline]] inline void add_last_block(FullRows rows,
+                                                  std::size_t start,
+                                                  WeightType *sum_P,
+                                                  std::size_t nr_packs) {
+  if (nr_packs == most_packs) {
+    add_block<Pack, most_packs>(rows, start, sum_P);
+  } else if constexpr (most_packs > 1) {
+    add_last_block<Pack, most_packs - 1>(rows, start, sum_P, nr_packs);
+  }
+}
+
+template <class Pack>
+[[gnu::always_inline]] inline void add_in_packs(FullRows rows,
+                                                std::size_t nr_sums,
+                                                WeightType *sum_P) {
+  constexpr std::size_t width = sizeof(Pack) / sizeof(WeightType);
+  constexpr std::size_t step = width * block_size;
+  std::size_t start = 0;
+  for (; start + step <= nr_sums; start += step)
+    add_block<Pack, block_size>(rows, start, sum_P);
+  add_last_block<Pack, block_size - 1>(rows, start, sum_P,
+                                       (nr_sums - start) / width);
+}
+
+void add_by_two(FullRows rows, std::size_t nr_sums, WeightType *sum_P) {
+  add_in_packs<Pack2>(rows, nr_sums, sum_P);
+}
+
+// More places at once on a processor that can, chosen when the program starts.
+// Each sum still gets the same products added to it in the same order, and all
+// are rounded: the result is the same.
+#ifdef __x86_64__
+[[gnu::target("avx2")]] void add_by_four(FullRows rows, std::size_t nr_sums,
+                                         WeightType *sum_P) {
+  add_in_packs<Pack4>(rows, nr_sums, sum_P);
+}
+
+auto *choose_adder() {
+  __builtin_cpu_init();
+  return __builtin_cpu_supports("avx2") ? add_by_four : add_by_two;
+}
 #else
-#define VEK_WIDE_CLONES
+auto *choose_adder() {
+  return add_by_two;
+}
 #endif
 
-VEK_WIDE_CLONES
-void add_full_row(const WeightType *__restrict value_P, WeightType weight,
-                  std::size_t length, WeightType *__restrict sum_P) {
-  for (std::size_t i = 0; i < length; ++i)
-    sum_P[i] += value_P[i] * weight;
-}
+// Adds the rows to `nr_sums` sums.
+auto *const add_full_rows = choose_adder();
 
 }  // namespace
 
 TermIndex::TermIndex(const std::vector<ClassData *> &classes)
-    : nr_classes_(classes.size()) {
+    : nr_classes_(classes.size()),
+      nr_sums_((classes.size() + least_places - 1) / least_places *
+               least_places) {
   std::vector<std::uint32_t> lengths;
   for (ClassData *class_data_P : classes) {
     for (const ClassProfile::Slot &slot : class_data_P->profile) {
-      const auto [place, is_new] = rows_by_term_.try_emplace(
+      const std::uint32_t row = rows_by_term_.find_or_insert(
           slot.term, static_cast<std::uint32_t>(lengths.size()));
-      if (is_new)
+      if (row == lengths.size())
         lengths.push_back(0);
-      ++lengths[place->second];
+      ++lengths[row];
     }
   }
   lay_out(lengths);
   std::vector<std::uint32_t> nr_seen(rows_.size());
   for (std::size_t number = 0; number < classes.size(); ++number) {
     for (const ClassProfile::Slot &slot : classes[number]->profile) {
-      const std::uint32_t row = rows_by_term_.find(slot.term)->second;
+      const std::uint32_t row = rows_by_term_.find(slot.term);
       if (rows_[row].is_full)
         continue;
       class_numbers_[rows_[row].numbers + nr_seen[row]++] =
@@ -57,9 +141,10 @@ void TermIndex::lay_out(const std::vector<std::uint32_t> &lengths) {
   std::size_t nr_numbers = 0;
   for (const std::uint32_t length : lengths) {
     const bool is_full = length * fullness >= nr_classes_;
-    const std::size_t nr_places = is_full ? nr_classes_ : length;
+    const std::size_t nr_places = is_full ? nr_sums_ : length;
     rows_.push_back({nr_places_, nr_numbers,
-                     static_cast<std::uint32_t>(nr_places), is_full});
+                     is_full ? static_cast<std::uint32_t>(nr_classes_) : length,
+                     is_full});
     nr_places_ += nr_places;
     if (!is_full)
       nr_numbers += length;
@@ -67,19 +152,36 @@ void TermIndex::lay_out(const std::vector<std::uint32_t> &lengths) {
   class_numbers_.resize(nr_numbers);
 }
 
-void TermIndex::add_row(std::uint32_t row,
-                        const std::vector<WeightType> &values,
-                        WeightType weight,
-                        std::vector<WeightType> &sums) const {
-  const Row &r = rows_[row];
-  const WeightType *__restrict value_P = values.data() + r.place;
-  WeightType *__restrict sum_P = sums.data();
-  if (r.is_full) {
-    add_full_row(value_P, weight, r.length, sum_P);
-    return;
+void TermIndex::add_rows(std::span<const RowWeight> terms,
+                         const std::vector<WeightType> &values,
+                         std::vector<WeightType> &sums) const {
+  std::array<FullRow, most_rows> full_rows;
+  std::size_t nr_full = 0;
+  const auto add_full = [&] {
+    add_full_rows({full_rows.data(), nr_full}, nr_sums_, sums.data());
+    nr_full = 0;
+  };
+  for (const RowWeight &term : terms) {
+    const Row &row = rows_[term.row];
+    if (nr_full == most_rows || (!row.is_full && nr_full > 0))
+      add_full();
+    if (row.is_full) {
+      full_rows[nr_full++] = {values.data() + row.place, term.weight};
+    } else {
+      add_sparse_row(row, term.weight, values, sums);
+    }
   }
-  const std::uint32_t *__restrict number_P = class_numbers_.data() + r.numbers;
-  for (std::size_t i = 0; i < r.length; ++i) {
+  add_full();
+}
+
+void TermIndex::add_sparse_row(const Row &row, WeightType weight,
+                               const std::vector<WeightType> &values,
+                               std::vector<WeightType> &sums) const {
+  const WeightType *__restrict value_P = values.data() + row.place;
+  const std::uint32_t *__restrict number_P =
+      class_numbers_.data() + row.numbers;
+  WeightType *__restrict sum_P = sums.data();
+  for (std::size_t i = 0; i < row.length; ++i) {
     sum_P[number_P[i]] += value_P[i] * weight;
   }
 }

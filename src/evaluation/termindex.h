@@ -9,28 +9,37 @@
 #ifndef VEK_EVALUATION_TERMINDEX_H_
 #define VEK_EVALUATION_TERMINDEX_H_
 
-#include <boost/unordered/unordered_flat_map.hpp>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "classes/classtab.h"
+#include "classes/termplaces.h"
 #include "run/helpers.h"
 
 namespace vek {
 
+// A term of a document: its row, and what the row's values are multiplied with.
+struct RowWeight {
+  std::uint32_t row;
+  WeightType weight;
+};
+
 class TermIndex {
  public:
-  static constexpr std::uint32_t no_row = 0xFFFFFFFF;
+  static constexpr std::uint32_t no_row = TermPlaces::nowhere;
 
   explicit TermIndex(const std::vector<ClassData *> &classes);
 
   std::uint32_t row_of(std::uint32_t term) const {
-    const auto place = rows_by_term_.find(term);
-    return place == rows_by_term_.end() ? no_row : place->second;
+    return rows_by_term_.find(term);
   }
 
   std::size_t nr_classes() const { return nr_classes_; }
+  // How many sums add_rows() wants: one for each class, and a few for which
+  // nobody asks.
+  std::size_t nr_sums() const { return nr_sums_; }
   // Places of classes that do not know the term are among them; what stands
   // there has to be 0.
   std::size_t nr_places() const { return nr_places_; }
@@ -51,18 +60,19 @@ class TermIndex {
     std::vector<std::uint32_t> nr_seen(rows_.size());
     for (std::size_t number = 0; number < classes.size(); ++number) {
       for (ClassProfile::Slot &slot : classes[number]->profile) {
-        const std::uint32_t row = rows_by_term_.find(slot.term)->second;
+        const std::uint32_t row = rows_by_term_.find(slot.term);
         const std::size_t within = rows_[row].is_full ? number : nr_seen[row]++;
         visit(rows_[row].place + within, slot.entry);
       }
     }
   }
 
-  // Adds values[place] * weight to the sum of each class of the row. A full
-  // row adds 0 to those that do not know the term, which changes no sum: none
-  // is ever -0.0, since all start at 0.0.
-  void add_row(std::uint32_t row, const std::vector<WeightType> &values,
-               WeightType weight, std::vector<WeightType> &sums) const;
+  // Adds, for one term after the other, values[place] * weight to the sum of
+  // each class of the term's row. A full row adds 0 to those that do not know
+  // the term, which changes no sum: none is ever -0.0, since all start at 0.0.
+  void add_rows(std::span<const RowWeight> terms,
+                const std::vector<WeightType> &values,
+                std::vector<WeightType> &sums) const;
 
   // Applies update(place) to the chosen classes of a row: `numbers` are theirs,
   // ascending, and is_chosen[number] tells the same.
@@ -94,9 +104,14 @@ class TermIndex {
 
   void lay_out(const std::vector<std::uint32_t> &lengths);
 
+  void add_sparse_row(const Row &row, WeightType weight,
+                      const std::vector<WeightType> &values,
+                      std::vector<WeightType> &sums) const;
+
   std::size_t nr_classes_;
+  std::size_t nr_sums_;
   std::size_t nr_places_ = 0;
-  boost::unordered_flat_map<std::uint32_t, std::uint32_t> rows_by_term_;
+  TermPlaces rows_by_term_;
   std::vector<Row> rows_;
   std::vector<std::uint32_t> class_numbers_;
 };

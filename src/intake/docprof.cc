@@ -1,7 +1,9 @@
 #include "intake/docprof.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cmath>
+#include <limits>
 
 #include "classes/classtab.h"
 #include "classes/termset.h"
@@ -31,6 +33,25 @@ WeightType strength(std::uint32_t freq) {
   return static_cast<double>(freq);
 }
 
+// ln(N / df), of 0 < df. Few document frequencies serve many terms, so those
+// against the N of the call before are kept.
+double inverse_document_frequency(std::uint32_t nr_docs, std::uint32_t df) {
+  constexpr std::size_t nr_kept = 8192;
+  static std::uint32_t known_nr_docs = 0;
+  static std::vector<double> known;
+  const double quotient = double(nr_docs) / df;
+  if (df >= nr_kept)
+    return std::log(quotient);
+  if (nr_docs != known_nr_docs || known.empty()) {
+    known.assign(nr_kept, std::numeric_limits<double>::quiet_NaN());
+    known_nr_docs = nr_docs;
+  }
+  double &value = known[df];
+  if (std::isnan(value))
+    value = std::log(quotient);
+  return value;
+}
+
 // Relative frequency in thousandths, rounded; an exact half stays down.
 std::uint32_t thousandths(std::uint32_t freq, std::uint32_t total) {
   if (total == 0)
@@ -49,6 +70,11 @@ std::uint32_t thousandths(std::uint32_t freq, std::uint32_t total) {
 void DocProfile::add_term(std::uint32_t term, std::uint32_t freq) {
   entries_.push_back({term, freq, 0.0});
   total_ += freq;
+}
+
+void DocProfile::clear() {
+  entries_.clear();
+  total_ = 0;
 }
 
 bool DocProfile::write(std::string &block) const {
@@ -71,28 +97,35 @@ bool DocProfile::read(const void *contents, unsigned len) {
   const std::uint32_t nr_entries = get_uint32(byte_P);
   if (std::uint64_t{nr_entries} * entry_size + 4 != len)
     return false;
-  entries_.reserve(entries_.size() + nr_entries);
-  for (std::uint32_t i = 0; i < nr_entries; ++i) {
-    const unsigned char *entry_P = byte_P + 4 + entry_size * i;
-    add_term(get_uint32(entry_P), get_uint32(entry_P + 4));
+  const std::size_t nr_before = entries_.size();
+  entries_.resize(nr_before + nr_entries);
+  const unsigned char *entry_P = byte_P + 4;
+  std::uint32_t sum = 0;
+  for (std::size_t i = nr_before; i < entries_.size(); ++i) {
+    const std::uint32_t freq = get_uint32(entry_P + 4);
+    entries_[i] = {get_uint32(entry_P), freq, 0.0};
+    sum += freq;
+    entry_P += entry_size;
   }
+  total_ += sum;
   return true;
 }
 
 void DocProfile::weigh(std::uint32_t class_id) {
   ClassData &data = class_table.get_data(class_id);
-  const double nr_docs = data.nr_docs;
   // Kept from call to call, so that scoring does not allocate.
   static std::vector<ClassProfileEntry *> class_entries;
-  class_entries.clear();
+  class_entries.resize(entries_.size());
+  ClassProfileEntry **place_P = class_entries.data();
   for (DocProfileEntry &entry : entries_) {
     ClassProfileEntry *class_entry_P = data.profile.find(entry.term);
-    class_entries.push_back(class_entry_P);
+    *place_P++ = class_entry_P;
     const std::uint32_t df = class_entry_P == nullptr ? 0 : class_entry_P->df;
     // Without documents there is no mean to compare with: ln(0) is no weight.
     entry.weight = df == 0 || data.nr_docs == 0
                        ? 0.0
-                       : std::log(nr_docs / df) * strength(entry.freq);
+                       : inverse_document_frequency(data.nr_docs, df) *
+                             strength(entry.freq);
   }
   const WeightType divisor = normaliser();
   const bool divide = params.normalize() != Normalize::off;
@@ -126,8 +159,11 @@ WeightType DocProfile::normaliser() const {
 }
 
 void DocProfile::update_statistics(ClassData &data) const {
+  // Most terms occur once.
+  const std::uint32_t share_of_one = thousandths(1, total_);
   for (const DocProfileEntry &entry : entries_) {
-    const std::uint32_t share = thousandths(entry.freq, total_);
+    const std::uint32_t share =
+        entry.freq == 1 ? share_of_one : thousandths(entry.freq, total_);
     TermStats &stats = data.term_stats[entry.term];
     stats.tf += entry.freq;
     ++stats.df;
@@ -157,8 +193,11 @@ void DocProfile::select_active(const TermSet &active) {
 }
 
 std::size_t DocProfile::drop_unknown(std::size_t nr_terms) {
+  const auto is_known = [&](std::uint32_t term) { return term < nr_terms; };
+  if (std::ranges::all_of(entries_, is_known, &DocProfileEntry::term))
+    return 0;
   const std::size_t before = entries_.size();
-  filter([&](std::uint32_t term) { return term < nr_terms; });
+  filter(is_known);
   return before - entries_.size();
 }
 

@@ -57,6 +57,9 @@ class DocProfile {
   // class's profile when terms have been selected.
   void update_statistics(ClassData &data) const;
 
+  // Makes the profile empty again; its memory serves the next document.
+  void clear();
+
   // Drops all terms outside the set; an empty set drops none.
   void select_active(const TermSet &active);
 

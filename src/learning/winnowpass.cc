@@ -8,32 +8,31 @@ namespace vek {
 
 WinnowPasses::WinnowPasses(ClassData &father)
     : sons_(father.sons),
+      uses_neg_(params.winnow().negative_weights()),
       index_(sons_),
-      pos_(index_.nr_places()),
-      neg_(index_.nr_places()),
+      entries_(index_.nr_places()),
       scoring_(index_.nr_places()),
-      counters_(index_.nr_places()),
-      scores_(sons_.size()),
+      scores_(index_.nr_sums()),
       is_member_(sons_.size()),
       is_chosen_(sons_.size()) {
   for (const ClassData *son_P : sons_) {
     son_numbers_.emplace(son_P, std::uint32_t(son_numbers_.size()));
   }
   index_.for_each(sons_, [&](std::size_t place, ClassProfileEntry &entry) {
-    pos_[place] = entry.pos_weight;
-    neg_[place] = entry.neg_weight;
-    counters_[place] = {static_cast<std::uint32_t>(entry.promotions),
-                        static_cast<std::uint32_t>(entry.demotions)};
-    set_scoring_weight(place);
+    entries_[place] = {entry.pos_weight, entry.neg_weight,
+                       static_cast<std::uint32_t>(entry.promotions),
+                       static_cast<std::uint32_t>(entry.demotions)};
+    scoring_[place] = scoring_weight(entries_[place]);
   });
 }
 
 void WinnowPasses::store() {
   index_.for_each(sons_, [&](std::size_t place, ClassProfileEntry &entry) {
-    entry.pos_weight = pos_[place];
-    entry.neg_weight = neg_[place];
-    entry.promotions = static_cast<std::int32_t>(counters_[place].promotions);
-    entry.demotions = static_cast<std::int32_t>(counters_[place].demotions);
+    const Entry &trained = entries_[place];
+    entry.pos_weight = trained.pos;
+    entry.neg_weight = trained.neg;
+    entry.promotions = static_cast<std::int32_t>(trained.promotions);
+    entry.demotions = static_cast<std::int32_t>(trained.demotions);
   });
 }
 
@@ -71,9 +70,9 @@ int WinnowPasses::train_document(std::uint32_t number) {
 
 void WinnowPasses::score(std::size_t terms_begin, std::size_t terms_end) {
   scores_.assign(scores_.size(), 0.0);
-  for (std::size_t i = terms_begin; i < terms_end; ++i) {
-    index_.add_row(terms_[i].row, scoring_, terms_[i].weight, scores_);
-  }
+  index_.add_rows(std::span(terms_).subspan(terms_begin,
+                                            terms_end - terms_begin),
+                  scoring_, scores_);
 }
 
 // Members are promoted, all others demoted. A score that is not a number
@@ -82,7 +81,7 @@ int WinnowPasses::choose_sons() {
   const double theta_plus = params.winnow().theta_plus();
   const double theta_min = params.winnow().theta_min();
   chosen_.clear();
-  for (std::uint32_t son = 0; son < scores_.size(); ++son) {
+  for (std::uint32_t son = 0; son < sons_.size(); ++son) {
     const bool is_wrong = is_member_[son] != 0 ? scores_[son] <= theta_plus
                                                : scores_[son] >= theta_min;
     if (is_wrong)
@@ -94,31 +93,27 @@ int WinnowPasses::choose_sons() {
 }
 
 void WinnowPasses::update(std::size_t terms_begin, std::size_t terms_end) {
-  const Factors promotion{params.winnow().alpha(), params.winnow().beta()};
-  const Factors demotion{params.winnow().beta(), params.winnow().alpha()};
+  const double alpha = params.winnow().alpha();
+  const double beta = params.winnow().beta();
   for (const std::uint32_t son : chosen_)
     is_chosen_[son] = 1;
   for (std::size_t i = terms_begin; i < terms_end; ++i) {
     index_.update_row(terms_[i].row, chosen_, is_chosen_,
                       [&](std::size_t place, std::uint32_t son) {
                         const bool promoted = is_member_[son] != 0;
-                        const Factors &factors =
-                            promoted ? promotion : demotion;
-                        pos_[place] *= factors.pos;
-                        neg_[place] *= factors.neg;
-                        ++(promoted ? counters_[place].promotions
-                                    : counters_[place].demotions);
-                        set_scoring_weight(place);
+                        Entry &entry = entries_[place];
+                        entry.pos *= promoted ? alpha : beta;
+                        entry.neg *= promoted ? beta : alpha;
+                        ++(promoted ? entry.promotions : entry.demotions);
+                        scoring_[place] = scoring_weight(entry);
                       });
   }
   for (const std::uint32_t son : chosen_)
     is_chosen_[son] = 0;
 }
 
-void WinnowPasses::set_scoring_weight(std::size_t place) {
-  scoring_[place] = params.winnow().negative_weights()
-                        ? pos_[place] - neg_[place]
-                        : pos_[place];
+WeightType WinnowPasses::scoring_weight(const Entry &entry) const {
+  return uses_neg_ ? entry.pos - entry.neg : entry.pos;
 }
 
 }  // namespace vek

@@ -8,6 +8,7 @@
 #ifndef VEK_LEARNING_WINNOWPASS_H_
 #define VEK_LEARNING_WINNOWPASS_H_
 
+#include <boost/unordered/unordered_flat_map.hpp>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -38,43 +39,34 @@ class WinnowPasses {
   void store();
 
  private:
-  // A term of a document: its row in the index, and its strength.
-  struct Strength {
-    std::uint32_t row;
-    WeightType weight;
-  };
   struct Document {
     std::size_t terms_end;
     std::size_t members_end;
   };
-  // What an entry's updates have come to. Unsigned, so that a count that was
-  // read at its limit wraps.
-  struct Counters {
-    std::uint32_t promotions;
-    std::uint32_t demotions;
-  };
-  // An entry's factors in an update.
-  struct Factors {
+  // What an update changes, next to each other. The counts are unsigned, so
+  // that one that was read at its limit wraps.
+  struct Entry {
     WeightType pos;
     WeightType neg;
+    std::uint32_t promotions;
+    std::uint32_t demotions;
   };
 
   void score(std::size_t terms_begin, std::size_t terms_end);
   int choose_sons();
   void update(std::size_t terms_begin, std::size_t terms_end);
-  void set_scoring_weight(std::size_t place);
+  WeightType scoring_weight(const Entry &entry) const;
 
   const std::vector<ClassData *> &sons_;
+  const bool uses_neg_;  // for scores
   TermIndex index_;
   boost::unordered_flat_map<const ClassData *, std::uint32_t> son_numbers_;
   // By place of the index. `scoring_` is what the score multiplies with.
-  std::vector<WeightType> pos_;
-  std::vector<WeightType> neg_;
+  std::vector<Entry> entries_;
   std::vector<WeightType> scoring_;
-  std::vector<Counters> counters_;
   // All documents, one behind the other.
   std::vector<Document> documents_;
-  std::vector<Strength> terms_;
+  std::vector<RowWeight> terms_;
   std::vector<std::uint32_t> members_;
   // By son, for the document at hand.
   std::vector<WeightType> scores_;

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 
 namespace vek {
 namespace {
@@ -28,81 +29,94 @@ int decimal_exponent(double value) {
   return -exponent - 1;
 }
 
-// Writes the digits of `number`, which has `precision` of them, the first one
-// standing for 10^exponent, without trailing zeros.
-void append_digits(std::string &out, std::uint32_t number, int precision,
-                   int exponent) {
-  std::array<char, largest_short_precision> digits = {};
-  for (int i = precision; i-- > 0; number /= 10) {
-    digits[static_cast<std::size_t>(i)] = static_cast<char>('0' + number % 10);
+constexpr std::array<std::uint32_t, 7> whole_powers_of_ten = {
+    1, 10, 100, 1000, 10000, 100000, 1000000};
+
+// Both digits of each number below 100.
+constexpr std::array<char, 200> digit_pairs = [] {
+  std::array<char, 200> pairs = {};
+  for (std::size_t i = 0; i < 100; ++i) {
+    pairs[2 * i] = static_cast<char>('0' + i / 10);
+    pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
   }
-  int nr_digits = precision;
-  while (nr_digits > 1 &&
-         digits[static_cast<std::size_t>(nr_digits) - 1] == '0') {
+  return pairs;
+}();
+
+void put_pair(char *out_P, std::uint32_t number) {
+  std::memcpy(out_P, &digit_pairs[std::size_t{2} * number], 2);
+}
+
+// Writes the number with the six digits of `number`, of which the first stands
+// for 10^exponent, without trailing zeros, and returns its end. Groups of bytes
+// are moved, what is too much of them lies behind the end.
+char *put_digits(char *out_P, std::uint32_t number, int exponent) {
+  constexpr int width = largest_short_precision;
+  std::array<char, 2 *width> digits = {};
+  put_pair(digits.data(), number / 10000);
+  put_pair(digits.data() + 2, number / 100 % 100);
+  put_pair(digits.data() + 4, number % 100);
+  int nr_digits = width;
+  while (nr_digits > 1 && digits[std::size_t(nr_digits) - 1] == '0')
     --nr_digits;
-  }
   if (exponent < 0) {
-    out += "0.";
-    out.append(static_cast<std::size_t>(-exponent - 1), '0');
-    out.append(digits.data(), static_cast<std::size_t>(nr_digits));
-    return;
+    std::memcpy(out_P, "0.000", 5);
+    std::memcpy(out_P + 1 - exponent, digits.data(), width);
+    return out_P + 1 - exponent + nr_digits;
   }
   const int nr_whole = exponent + 1;
-  out.append(digits.data(), static_cast<std::size_t>(nr_whole));
-  if (nr_digits > nr_whole) {
-    out += '.';
-    out.append(digits.data() + nr_whole,
-               static_cast<std::size_t>(nr_digits - nr_whole));
-  }
+  std::memcpy(out_P, digits.data(), width);
+  if (nr_digits <= nr_whole)
+    return out_P + nr_whole;
+  out_P[nr_whole] = '.';
+  std::memcpy(out_P + nr_whole + 1, digits.data() + nr_whole, width);
+  return out_P + nr_digits + 1;
 }
 
 // Score files hold a number for each document and class, nearly all of an
 // ordinary size. Scaling such a number to an integer of `precision` digits is
 // off by far less than a millionth, so that rounding is safe unless it lies
-// that near to a half. False if the number needs the long way.
-bool append_short_real(std::string &out, double value, int precision) {
+// that near to a half. Null if the number needs the long way.
+char *put_short_real(char *out_P, double value, int precision) {
   const double limit = powers_of_ten[static_cast<std::size_t>(precision)];
   // %g writes smaller and larger numbers with an exponent.
   if (!(value >= 1e-4 && value < limit))
-    return false;
+    return nullptr;
   int exponent = decimal_exponent(value);
   const double scaled =
       value * powers_of_ten[static_cast<std::size_t>(precision - 1 - exponent)];
   auto number = static_cast<std::uint32_t>(scaled);
   const double rest = scaled - number;
   if (std::abs(rest - 0.5) < 1e-6)
-    return false;
+    return nullptr;
   if (rest > 0.5)
     ++number;
-  if (number >= limit) {
+  const std::size_t nr_missing = largest_short_precision - precision;
+  number *= whole_powers_of_ten[nr_missing];
+  if (number >= whole_powers_of_ten[largest_short_precision]) {
     number /= 10;
     if (++exponent >= precision)
-      return false;
+      return nullptr;
   }
-  append_digits(out, number, precision, exponent);
-  return true;
+  return put_digits(out_P, number, exponent);
 }
 
 }  // namespace
 
-void append_real(std::string &out, double value, int precision) {
+char *put_real(char *out_P, double value, int precision) {
   if (value == 0.0 && !std::signbit(value)) {
-    out += '0';
-    return;
+    *out_P = '0';
+    return out_P + 1;
   }
   if (precision <= largest_short_precision) {
-    const std::size_t before = out.size();
-    if (value < 0.0)
-      out += '-';
-    if (append_short_real(out, std::abs(value), precision))
-      return;
-    out.resize(before);
+    *out_P = '-';
+    char *const end_P = put_short_real(out_P + (value < 0.0 ? 1 : 0),
+                                       std::abs(value), precision);
+    if (end_P != nullptr)
+      return end_P;
   }
-  std::array<char, 40> digits = {};
-  const auto result =
-      std::to_chars(digits.data(), digits.data() + digits.size(), value,
-                    std::chars_format::general, precision);
-  out.append(digits.data(), result.ptr);
+  return std::to_chars(out_P, out_P + real_room, value,
+                       std::chars_format::general, precision)
+      .ptr;
 }
 
 }  // namespace vek

@@ -22,9 +22,18 @@ void append_number(std::string &out, Number value) {
   out.append(digits, result.ptr);
 }
 
-// As printf's %.<precision>g; precision from 1 to 17.
-void append_real(std::string &out, double value,
-                 int precision = default_precision);
+// Writes as printf's %.<precision>g does, precision from 1 to 17, and returns
+// the end. No text is longer than longest_real; but `out_P` must have real_room
+// bytes, since what lies behind the end may be overwritten.
+inline constexpr std::size_t longest_real = 24;
+inline constexpr std::size_t real_room = 40;
+char *put_real(char *out_P, double value, int precision = default_precision);
+
+inline void append_real(std::string &out, double value,
+                        int precision = default_precision) {
+  char digits[real_room];
+  out.append(digits, put_real(digits, value, precision));
+}
 
 // The shortest text that reads back as the same double.
 inline void append_exact_real(std::string &out, double value) {

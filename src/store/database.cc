@@ -304,10 +304,14 @@ DocProfile *DataBase::get(const std::string &name) {
   const auto place = cache_.lower_bound(name);
   if (place != cache_.end() && place->first == name)
     return place->second.get();
-  auto profile = std::make_unique<DocProfile>();
-  fill_profile(profile_store_P_, name, *profile);
-  profile->select_active(active_terms);
-  return cache_.emplace_hint(place, name, std::move(profile))->second.get();
+  // The copy that is kept has no room for the terms that were dropped.
+  static DocProfile profile;
+  profile.clear();
+  fill_profile(profile_store_P_, name, profile);
+  profile.select_active(active_terms);
+  return cache_
+      .emplace_hint(place, name, std::make_unique<DocProfile>(profile))
+      ->second.get();
 }
 
 void DataBase::read_profile(const std::string &name, DocProfile &profile) {

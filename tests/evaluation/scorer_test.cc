@@ -16,7 +16,7 @@ class Scorer : public CollectionTest {
   std::vector<ClassData *> make_classes(Dice &dice) {
     new_classes();
     std::vector<ClassData *> classes;
-    for (std::uint32_t i = 0, n = 1 + dice(30); i < n; ++i) {
+    for (std::uint32_t i = 0, n = 1 + dice(90); i < n; ++i) {
       ClassData &data = at("c" + std::to_string(i));
       for (std::uint32_t k = i == 3 ? 0 : 1 + dice(6); k-- > 0;) {
         ClassProfileEntry &entry = data.profile[dice(20)];
