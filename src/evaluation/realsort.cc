@@ -13,9 +13,12 @@ namespace {
 // Below this many numbers comparing them is faster.
 constexpr std::size_t least_for_radix = 512;
 
+// Only the upper bits are sorted by digits. What they leave equal is mostly
+// equal altogether.
 constexpr unsigned digit_bits = 11;
+constexpr unsigned nr_digits = 3;
+constexpr unsigned nr_low_bits = 64 - nr_digits * digit_bits;
 constexpr std::size_t nr_digit_values = std::size_t{1} << digit_bits;
-constexpr unsigned nr_digits = 6;
 
 constexpr std::uint64_t sign_bit = std::uint64_t{1} << 63;
 
@@ -30,7 +33,7 @@ WeightType real_of(std::uint64_t key) {
 }
 
 std::size_t digit_of(std::uint64_t key, unsigned digit) {
-  return key >> (digit * digit_bits) & (nr_digit_values - 1);
+  return key >> (nr_low_bits + digit * digit_bits) & (nr_digit_values - 1);
 }
 
 // How often each value of each digit occurs.
@@ -56,6 +59,20 @@ bool move_by_digit(unsigned digit, Counts &counts,
   return true;
 }
 
+// Sorts each run of keys with equal upper bits.
+void sort_runs(std::vector<std::uint64_t> &keys) {
+  for (auto begin = keys.begin(); begin != keys.end();) {
+    const std::uint64_t upper = *begin >> nr_low_bits;
+    auto end = begin + 1;
+    bool is_sorted = true;
+    for (; end != keys.end() && *end >> nr_low_bits == upper; ++end)
+      is_sorted = is_sorted && *(end - 1) <= *end;
+    if (!is_sorted)
+      std::sort(begin, end);
+    begin = end;
+  }
+}
+
 }  // namespace
 
 void sort_reals(std::span<WeightType> values) {
@@ -72,6 +89,7 @@ void sort_reals(std::span<WeightType> values) {
   counts = {};
   for (std::size_t i = 0; i < values.size(); ++i) {
     keys[i] = key_of(values[i]);
+#pragma GCC unroll 3
     for (unsigned digit = 0; digit < nr_digits; ++digit)
       ++counts[digit][digit_of(keys[i], digit)];
   }
@@ -79,6 +97,7 @@ void sort_reals(std::span<WeightType> values) {
     if (move_by_digit(digit, counts, keys, other_keys))
       keys.swap(other_keys);
   }
+  sort_runs(keys);
   std::ranges::transform(keys, values.begin(), real_of);
 }
 

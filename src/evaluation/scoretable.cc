@@ -94,12 +94,16 @@ void sort_scores(ScoreTable::Scores &values) {
   sort_reals({values.begin(), end});
 }
 
-// Equal scores are next to each other, and often many: all documents without
-// any term of the class score 0.
-void append_scores(std::string &line, const ScoreTable::Scores &values) {
-  const std::size_t before = line.size();
-  line.resize(before + values.size() * (longest_real + 1) + real_room);
-  char *out_P = line.data() + before;
+// Writes the scores, each followed by a blank, and the line end. Equal ones are
+// next to each other, and often many: all documents without any term of the
+// class score 0.
+void write_scores(const ScoreTable::Scores &values) {
+  // Kept from call to call: it is large, and each leaf needs as much.
+  static std::vector<char> line;
+  const std::size_t room = values.size() * (longest_real + 1) + real_room;
+  if (line.size() < room)
+    line.resize(room);
+  char *out_P = line.data();
   const char *last_P = out_P;
   for (std::size_t i = 0; i < values.size(); ++i) {
     char *const start_P = out_P;
@@ -112,7 +116,7 @@ void append_scores(std::string &line, const ScoreTable::Scores &values) {
     last_P = start_P;
   }
   *out_P++ = '\n';
-  line.resize(std::size_t(out_P - line.data()));
+  scores.write(line.data(), out_P - line.data());
 }
 
 void set_threshold(ClassData &leaf, const ScoreTable &table) {
@@ -141,11 +145,10 @@ void ScoreTable::complete() {
 }
 
 void ScoreTable::write(const std::string &class_name) const {
-  std::string line = class_name + " + ";
-  append_scores(line, pos);
-  line += class_name + " - ";
-  append_scores(line, neg);
-  scores.write(line.data(), std::ssize(line));
+  scores << class_name << " + ";
+  write_scores(pos);
+  scores << class_name << " - ";
+  write_scores(neg);
 }
 
 int count_scores(const ScoreTable::Scores &values, WeightType low,

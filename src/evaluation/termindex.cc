@@ -1,5 +1,6 @@
 #include "evaluation/termindex.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -113,43 +114,61 @@ TermIndex::TermIndex(const std::vector<ClassData *> &classes)
     : nr_classes_(classes.size()),
       nr_sums_((classes.size() + least_places - 1) / least_places *
                least_places) {
-  std::vector<std::uint32_t> lengths;
-  for (ClassData *class_data_P : classes) {
+  std::vector<TermCount> terms;
+  count_terms(classes, terms);
+  lay_out(terms);
+  number_classes(classes);
+}
+
+void TermIndex::count_terms(const std::vector<ClassData *> &classes,
+                            std::vector<TermCount> &terms) {
+  for (const ClassData *class_data_P : classes) {
     for (const ClassProfile::Slot &slot : class_data_P->profile) {
-      const std::uint32_t row = rows_by_term_.find_or_insert(
-          slot.term, static_cast<std::uint32_t>(lengths.size()));
-      if (row == lengths.size())
-        lengths.push_back(0);
-      ++lengths[row];
-    }
-  }
-  lay_out(lengths);
-  std::vector<std::uint32_t> nr_seen(rows_.size());
-  for (std::size_t number = 0; number < classes.size(); ++number) {
-    for (const ClassProfile::Slot &slot : classes[number]->profile) {
-      const std::uint32_t row = rows_by_term_.find(slot.term);
-      if (rows_[row].is_full)
-        continue;
-      class_numbers_[rows_[row].numbers + nr_seen[row]++] =
-          static_cast<std::uint32_t>(number);
+      const std::uint32_t place = rows_by_term_.find_or_insert(
+          slot.term, static_cast<std::uint32_t>(terms.size()));
+      if (place == terms.size())
+        terms.push_back({slot.term, 0});
+      ++terms[place].length;
     }
   }
 }
 
-void TermIndex::lay_out(const std::vector<std::uint32_t> &lengths) {
-  rows_.reserve(lengths.size());
+// Gives each term its row.
+void TermIndex::lay_out(const std::vector<TermCount> &terms) {
+  const auto fills_row = [&](const TermCount &term) {
+    return term.length * fullness >= nr_classes_;
+  };
+  nr_full_rows_ =
+      static_cast<std::uint32_t>(std::ranges::count_if(terms, fills_row));
+  nr_places_ = nr_full_rows_ * nr_sums_;
   std::size_t nr_numbers = 0;
-  for (const std::uint32_t length : lengths) {
-    const bool is_full = length * fullness >= nr_classes_;
-    const std::size_t nr_places = is_full ? nr_sums_ : length;
-    rows_.push_back({nr_places_, nr_numbers,
-                     is_full ? static_cast<std::uint32_t>(nr_classes_) : length,
-                     is_full});
-    nr_places_ += nr_places;
-    if (!is_full)
-      nr_numbers += length;
+  std::uint32_t next_full = 0;
+  std::uint32_t next_sparse = nr_full_rows_;
+  for (const TermCount &term : terms) {
+    if (fills_row(term)) {
+      rows_by_term_.set(term.term, next_full++);
+      continue;
+    }
+    rows_by_term_.set(term.term, next_sparse++);
+    sparse_rows_.push_back({nr_places_, nr_numbers, term.length});
+    nr_places_ += term.length;
+    nr_numbers += term.length;
   }
   class_numbers_.resize(nr_numbers);
+}
+
+// Notes which class each place of a sparse row is for.
+void TermIndex::number_classes(const std::vector<ClassData *> &classes) {
+  std::vector<std::uint32_t> nr_seen(sparse_rows_.size());
+  for (std::size_t number = 0; number < classes.size(); ++number) {
+    for (const ClassProfile::Slot &slot : classes[number]->profile) {
+      const std::uint32_t row = rows_by_term_.find(slot.term);
+      if (is_full(row))
+        continue;
+      class_numbers_[sparse_row(row).numbers + nr_seen[row - nr_full_rows_]++] =
+          static_cast<std::uint32_t>(number);
+    }
+  }
 }
 
 void TermIndex::add_rows(std::span<const RowWeight> terms,
@@ -162,19 +181,20 @@ void TermIndex::add_rows(std::span<const RowWeight> terms,
     nr_full = 0;
   };
   for (const RowWeight &term : terms) {
-    const Row &row = rows_[term.row];
-    if (nr_full == most_rows || (!row.is_full && nr_full > 0))
-      add_full();
-    if (row.is_full) {
-      full_rows[nr_full++] = {values.data() + row.place, term.weight};
-    } else {
-      add_sparse_row(row, term.weight, values, sums);
+    if (is_full(term.row)) {
+      if (nr_full == most_rows)
+        add_full();
+      full_rows[nr_full++] = {values.data() + term.row * nr_sums_, term.weight};
+      continue;
     }
+    if (nr_full > 0)
+      add_full();
+    add_sparse_row(sparse_row(term.row), term.weight, values, sums);
   }
   add_full();
 }
 
-void TermIndex::add_sparse_row(const Row &row, WeightType weight,
+void TermIndex::add_sparse_row(const SparseRow &row, WeightType weight,
                                const std::vector<WeightType> &values,
                                std::vector<WeightType> &sums) const {
   const WeightType *__restrict value_P = values.data() + row.place;

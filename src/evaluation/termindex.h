@@ -47,22 +47,27 @@ class TermIndex {
   // Calls visit(place, class number) for the places of a row.
   template <class Visit>
   void for_each_in_row(std::uint32_t row, Visit visit) const {
-    const Row &r = rows_[row];
-    for (std::size_t i = 0; i < r.length; ++i) {
-      visit(r.place + i, r.is_full ? static_cast<std::uint32_t>(i)
-                                   : class_numbers_[r.numbers + i]);
+    if (is_full(row)) {
+      for (std::uint32_t number = 0; number < nr_classes_; ++number)
+        visit(row * nr_sums_ + number, number);
+      return;
     }
+    const SparseRow &r = sparse_row(row);
+    for (std::size_t i = 0; i < r.length; ++i)
+      visit(r.place + i, class_numbers_[r.numbers + i]);
   }
 
   // Calls visit(place, entry) for every entry of every class.
   template <class Visit>
   void for_each(const std::vector<ClassData *> &classes, Visit visit) const {
-    std::vector<std::uint32_t> nr_seen(rows_.size());
+    std::vector<std::uint32_t> nr_seen(sparse_rows_.size());
     for (std::size_t number = 0; number < classes.size(); ++number) {
       for (ClassProfile::Slot &slot : classes[number]->profile) {
         const std::uint32_t row = rows_by_term_.find(slot.term);
-        const std::size_t within = rows_[row].is_full ? number : nr_seen[row]++;
-        visit(rows_[row].place + within, slot.entry);
+        visit(is_full(row)
+                  ? row * nr_sums_ + number
+                  : sparse_row(row).place + nr_seen[row - nr_full_rows_]++,
+              slot.entry);
       }
     }
   }
@@ -80,13 +85,13 @@ class TermIndex {
   void update_row(std::uint32_t row, const std::vector<std::uint32_t> &numbers,
                   const std::vector<std::uint8_t> &is_chosen,
                   Update update) const {
-    const Row &r = rows_[row];
-    if (r.is_full) {
+    if (is_full(row)) {
       for (const std::uint32_t number : numbers) {
-        update(r.place + number, number);
+        update(row * nr_sums_ + number, number);
       }
       return;
     }
+    const SparseRow &r = sparse_row(row);
     for (std::size_t i = 0; i < r.length; ++i) {
       const std::uint32_t number = class_numbers_[r.numbers + i];
       if (is_chosen[number] != 0)
@@ -95,16 +100,26 @@ class TermIndex {
   }
 
  private:
-  struct Row {
-    std::size_t place;    // of its first class
-    std::size_t numbers;  // where its class numbers begin, if it is not full
+  // A term, and how many classes know it.
+  struct TermCount {
+    std::uint32_t term;
     std::uint32_t length;
-    bool is_full;
+  };
+  struct SparseRow {
+    std::size_t place;    // of its first class
+    std::size_t numbers;  // where its class numbers begin
+    std::uint32_t length;
   };
 
-  void lay_out(const std::vector<std::uint32_t> &lengths);
-
-  void add_sparse_row(const Row &row, WeightType weight,
+  bool is_full(std::uint32_t row) const { return row < nr_full_rows_; }
+  const SparseRow &sparse_row(std::uint32_t row) const {
+    return sparse_rows_[row - nr_full_rows_];
+  }
+  void count_terms(const std::vector<ClassData *> &classes,
+                   std::vector<TermCount> &terms);
+  void lay_out(const std::vector<TermCount> &terms);
+  void number_classes(const std::vector<ClassData *> &classes);
+  void add_sparse_row(const SparseRow &row, WeightType weight,
                       const std::vector<WeightType> &values,
                       std::vector<WeightType> &sums) const;
 
@@ -112,7 +127,9 @@ class TermIndex {
   std::size_t nr_sums_;
   std::size_t nr_places_ = 0;
   TermPlaces rows_by_term_;
-  std::vector<Row> rows_;
+  // The full rows come first, of nr_sums_ places each.
+  std::uint32_t nr_full_rows_ = 0;
+  std::vector<SparseRow> sparse_rows_;
   std::vector<std::uint32_t> class_numbers_;
 };
 

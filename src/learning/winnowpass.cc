@@ -70,9 +70,9 @@ int WinnowPasses::train_document(std::uint32_t number) {
 
 void WinnowPasses::score(std::size_t terms_begin, std::size_t terms_end) {
   scores_.assign(scores_.size(), 0.0);
-  index_.add_rows(std::span(terms_).subspan(terms_begin,
-                                            terms_end - terms_begin),
-                  scoring_, scores_);
+  index_.add_rows(
+      std::span(terms_).subspan(terms_begin, terms_end - terms_begin), scoring_,
+      scores_);
 }
 
 // Members are promoted, all others demoted. A score that is not a number
@@ -80,13 +80,16 @@ void WinnowPasses::score(std::size_t terms_begin, std::size_t terms_end) {
 int WinnowPasses::choose_sons() {
   const double theta_plus = params.winnow().theta_plus();
   const double theta_min = params.winnow().theta_min();
-  chosen_.clear();
+  chosen_.resize(sons_.size());
+  std::size_t nr_chosen = 0;
   for (std::uint32_t son = 0; son < sons_.size(); ++son) {
     const bool is_wrong = is_member_[son] != 0 ? scores_[son] <= theta_plus
                                                : scores_[son] >= theta_min;
-    if (is_wrong)
-      chosen_.push_back(son);
+    // Written in any case: whether to would be guessed wrong too often.
+    chosen_[nr_chosen] = son;
+    nr_chosen += is_wrong ? 1 : 0;
   }
+  chosen_.resize(nr_chosen);
   if (chosen_.empty())
     return 0;
   return is_member_[chosen_.back()] != 0 ? 1 : -1;
