@@ -23,15 +23,20 @@ constexpr WeightType start_neg_weight = 1.0;
 constexpr WeightType mean_without_documents = 10000.0;
 
 // Weighs the documents of a father against it and sums up what they weigh.
-// The strengths are not touched again during training.
-void weigh_documents(ClassData &father) {
+// The strengths are not touched again during training. Returns how many terms
+// the documents have.
+std::size_t weigh_documents(ClassData &father) {
+  std::size_t nr_terms = 0;
   Progress progress("Winnow Initialization", class_table.get_name(father.id),
                     father.train_docs.size());
   for (const auto &[name, classes] : father.train_docs) {
-    data_base.get(name)->weigh(father.id);
+    DocProfile &doc = *data_base.get(name);
+    doc.weigh(father.id);
+    nr_terms += doc.size();
     progress.count();
   }
   father.profile.add_to_weight_sum(father.id);
+  return nr_terms;
 }
 
 WeightType mean_weight_sum(const ClassData &father) {
@@ -92,10 +97,11 @@ void train_winnow() {
 }
 
 unsigned train_winnow_class(ClassData &father) {
-  weigh_documents(father);
+  const std::size_t nr_terms = weigh_documents(father);
   for (ClassData *son_P : father.sons)
     init_winnow_weights(*son_P);
   WinnowPasses passes(father);
+  passes.reserve(father.train_docs.size(), nr_terms);
   const std::vector<const std::string *> names = load_documents(passes, father);
   unsigned nr_passes = 0;
   while (nr_passes < params.winnow().max_iters()) {

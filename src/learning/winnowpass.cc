@@ -36,6 +36,12 @@ void WinnowPasses::store() {
   });
 }
 
+void WinnowPasses::reserve(std::size_t nr_docs, std::size_t nr_terms) {
+  documents_.reserve(nr_docs);
+  members_.reserve(nr_docs);
+  terms_.reserve(nr_terms);
+}
+
 void WinnowPasses::add_document(const DocProfile &doc,
                                 const DocumentMap::ClassList &members) {
   for (const DocProfileEntry &entry : doc) {

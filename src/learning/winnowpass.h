@@ -25,6 +25,9 @@ class WinnowPasses {
   // Takes over the sons' weights and counters as they are.
   explicit WinnowPasses(ClassData &father);
 
+  // Makes room for so many documents and terms of documents in all.
+  void reserve(std::size_t nr_docs, std::size_t nr_terms);
+
   // Adds the next document, weighed against the father, with the sons that
   // hold it.
   void add_document(const DocProfile &doc,
