@@ -131,17 +131,20 @@ void ClassTable::collect_statistics(ClassData &data) {
 void ClassTable::remove_inactive_terms(const TermSet &active) {
   for (std::uint32_t id = 0; id < size(); ++id) {
     ClassData &data = get_data(id);
+    data.term_stats.keep_if([&](const TermStatsTable::Slot &slot) {
+      if (active.contains(slot.term))
+        return true;
+      data.nr_terms -= data.profile.tf(slot.term) + slot.stats.tf;
+      data.profile.erase(slot.term);
+      return false;
+    });
+    // Sorted, so that the profile need not be.
     for (const auto &[term, stats] : data.term_stats) {
-      if (active.contains(term)) {
-        ClassProfileEntry &entry = data.profile[term];
-        entry.tf += stats.tf;
-        entry.df += stats.df;
-        entry.promotions = 0;
-        entry.demotions = 0;
-      } else {
-        data.nr_terms -= data.profile.tf(term) + stats.tf;
-        data.profile.erase(term);
-      }
+      ClassProfileEntry &entry = data.profile[term];
+      entry.tf += stats.tf;
+      entry.df += stats.df;
+      entry.promotions = 0;
+      entry.demotions = 0;
     }
     data.term_stats = {};
   }

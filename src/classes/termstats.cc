@@ -16,6 +16,9 @@ void TermStatsTable::settle() {
   std::erase_if(slots_, [](const Slot &slot) { return slot.term == no_term; });
   slots_.shrink_to_fit();
   most_used_ = 0;
+}
+
+void TermStatsTable::sort() {
   boost::sort::spreadsort::integer_sort(
       slots_.begin(), slots_.end(),
       [](const Slot &slot, unsigned offset) { return slot.term >> offset; },

@@ -50,11 +50,20 @@ class TermStatsTable {
     return slots_[i].stats;
   }
 
-  // To be called when all documents have been counted: sorts the records by
-  // term and gives back what finding them took.
+  // To be called when all documents have been counted: gives back what finding
+  // the records took.
   void settle();
 
-  // By ascending term, once settled.
+  // Gives up all records for which is_wanted(slot) is false, and sorts the
+  // others by term. The table must be settled.
+  template <class IsWanted>
+  void keep_if(IsWanted is_wanted) {
+    std::erase_if(slots_, [&](const Slot &slot) { return !is_wanted(slot); });
+    nr_used_ = slots_.size();
+    sort();
+  }
+
+  // In no certain order, once settled.
   std::vector<Slot>::const_iterator begin() const { return slots_.begin(); }
   std::vector<Slot>::const_iterator end() const { return slots_.end(); }
   std::size_t size() const { return nr_used_; }
@@ -69,6 +78,7 @@ class TermStatsTable {
     return (term * std::uint32_t{0x9E3779B1}) >> shift_;
   }
   void grow();
+  void sort();
 
   std::vector<Slot> slots_;  // a power of two of them, until they are settled
   std::size_t nr_used_ = 0;

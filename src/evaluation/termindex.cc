@@ -10,7 +10,7 @@ namespace {
 // A row is made full if at least one class in so many knows its term: adding
 // up a place of a full row costs a fraction of one that has to be led to its
 // class, and memory may grow by this factor at most.
-constexpr std::size_t fullness = 8;
+constexpr std::size_t fullness = 6;
 
 // A full row, and what its values are multiplied with.
 struct FullRow {
@@ -30,8 +30,8 @@ constexpr std::size_t least_places = 4;
 constexpr int block_size = 8;
 
 // Numbers that the processor takes at once.
-using Pack2 = WeightType [[gnu::vector_size(2 * sizeof(WeightType))]];
-using Pack4 = WeightType [[gnu::vector_size(4 * sizeof(WeightType))]];
+using Pack2 [[gnu::vector_size(2 * sizeof(WeightType))]] = WeightType;
+using Pack4 [[gnu::vector_size(4 * sizeof(WeightType))]] = WeightType;
 
 // Adds `nr_packs` packs of each row, `start` places from its first.
 template <class Pack, int nr_packs>

@@ -56,6 +56,8 @@ TEST(TermStatsTable, KeepsWhatWasCountedAlsoWhenOpenedAgain) {
       ++expected[term];
     }
     table.settle();
+    table.keep_if([](const auto &slot) { return slot.term % 5 != 0; });
+    std::erase_if(expected, [](const auto &one) { return one.first % 5 == 0; });
     ASSERT_EQ(table.size(), expected.size());
     auto next = expected.begin();
     for (const auto &[term, stats] : table) {
