@@ -40,15 +40,15 @@ bool write_all(int fd, std::string_view text) {
   _exit(write_all(output, text) ? 0 : 1);
 }
 
-std::string read_all(int fd) {
-  std::string text;
+// Returns false if a part is missing.
+bool read_all(int fd, std::string &text) {
   std::array<char, 65536> buffer = {};
   for (;;) {
     const ssize_t count = ::read(fd, buffer.data(), buffer.size());
     if (count < 0 && errno == EINTR)
       continue;
     if (count <= 0)
-      return text;
+      return count == 0;
     text.append(buffer.data(), static_cast<std::size_t>(count));
   }
 }
@@ -85,9 +85,10 @@ bool read_stored_names(const std::string &data_directory, NameSet &names) {
   if (pid == 0)
     tell_names(store, ends[1]);
   ::close(ends[1]);
-  const std::string text = pid < 0 ? std::string() : read_all(ends[0]);
+  std::string text;
+  const bool complete = pid >= 0 && read_all(ends[0], text);
   ::close(ends[0]);
-  if (pid < 0 || !ended_well(pid))
+  if (pid < 0 || !ended_well(pid) || !complete)
     return false;
   add_names(text, names);
   return true;

@@ -4,20 +4,19 @@
 //
 // The first two bytes choose the language and the options, the rest is the
 // document.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <map>
 #include <memory>
 #include <string>
-#include <string_view>
 
 #include "../tests/analyse/analysis_check.h"
 #include "intake/DocParser.h"
+#include "target.h"
+#include "vocabulary/atomtab.h"
 
 namespace {
 
 using namespace vek::analysis;
+using vek::fuzzing::require;
 
 constexpr const char *languages[] = {
     "none",    "arabic",     "armenian",   "basque",    "catalan",
@@ -58,17 +57,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
   const Setting setting = {data[0] % std::size(languages),
                            data[1] % std::size(all_terms),
                            data[1] / 3 % std::size(all_numbers)};
-  const std::string_view text(reinterpret_cast<const char *>(data) + 2,
-                              size - 2);
+  const std::string_view text = vek::fuzzing::text_of(data + 2, size - 2);
   const std::string analysis = old_analyser(setting).analyse(text);
-  if (!is_valid_analysis(analysis))
-    std::abort();
+  require(is_valid_analysis(analysis));
+  vek::fuzzing::renew(vek::atom_table);
   vek::TermBag bag;
-  if (vek::parse_analysis(analysis, "document", &bag) != 0)
-    std::abort();
+  require(vek::parse_analysis(analysis, "document", &bag) == 0);
   const auto new_analyser =
       setting.analyser({.buffer = DocumentReader::least_buffer});
-  if (new_analyser->analyse(text) != analysis)
-    std::abort();
+  require(new_analyser->analyse(text) == analysis);
   return 0;
 }

@@ -1,36 +1,72 @@
 // Any bytes as a class table, as a class profile under each algorithm, or as a
 // file of weights (the first byte chooses): what is read is written, read again
 // and written the same.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
+#include <set>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include "classes/classtab.h"
 #include "learning/weightfile.h"
 #include "params/params.h"
+#include "run/textio.h"
+#include "target.h"
 
 namespace {
 
+using vek::fuzzing::require;
+
+// Whether a class may stand there twice, by a rough reading that goes on where
+// ClassTable::read() would not.
+bool repeats_a_class(std::string_view text) {
+  vek::FieldReader fields(text);
+  std::set<std::pair<std::uint32_t, std::string_view>> keys;
+  std::uint32_t number = 0;
+  fields.read(number);
+  for (;;) {
+    for (int field = 0; field < 5; ++field) {
+      if (!fields.read(number))
+        return false;
+    }
+    fields.skip_space();
+    const std::string_view rest = fields.rest();
+    std::size_t end = 1;
+    while (end < rest.size() && rest[end] != '"')
+      end += rest[end] == '\\' ? 2 : 1;
+    if (end >= rest.size())
+      return false;
+    if (!keys.emplace(number, rest.substr(0, end)).second)
+      return true;
+    fields.set_rest(rest.substr(end + 1));
+  }
+}
+
+std::string written(const vek::ClassTable &table) {
+  std::ostringstream output;
+  require(table.write(output));
+  return output.str();
+}
+
 void check_table(const std::string &text) {
+  // A class that comes twice stops the program by design.
+  if (repeats_a_class(text))
+    return;
   vek::ClassTable table;
   std::istringstream input(text);
-  // A key that comes twice stops the program by design; such a text is left
-  // out.
-  if (text.find('"') != text.rfind('"') &&
-      text.find('"', text.find('"') + 1) != text.rfind('"')) {
+  const bool good = table.read(input);
+  // Of a class there are at least five numbers and the quotation marks.
+  require(table.size() <= text.size() / 12);
+  if (!good)
     return;
-  }
-  if (!table.read(input))
-    return;
-  std::ostringstream output;
-  if (!table.write(output))
-    std::abort();
+  std::uint32_t bad_id = 0;
+  require(table.all_names_storable(bad_id));
+  const std::string output = written(table);
   vek::ClassTable again;
-  std::istringstream second(output.str());
-  if (!again.read(second) || again.size() != table.size())
-    std::abort();
+  std::istringstream second(output);
+  require(again.read(second) && written(again) == output);
+  for (std::uint32_t id = 0; id < table.size(); ++id)
+    require(again.full_name(id) == table.full_name(id));
+  again.gather_documents();
 }
 
 void check_profile(const std::string &text, vek::Algorithm algorithm) {
@@ -38,19 +74,18 @@ void check_profile(const std::string &text, vek::Algorithm algorithm) {
   vek::ClassProfile profile;
   std::uint32_t nr_terms = 0;
   std::istringstream input(text);
-  if (!profile.read(input, nr_terms))
+  const bool good = profile.read(input, nr_terms);
+  // Of an entry there are at least three numbers.
+  require(profile.size() <= text.size() / 6);
+  if (!good)
     return;
   std::ostringstream output;
-  if (!profile.write(output, nr_terms))
-    std::abort();
+  require(profile.write(output, nr_terms));
   vek::ClassProfile again;
   std::istringstream second(output.str());
-  if (!again.read(second, nr_terms))
-    std::abort();
+  require(again.read(second, nr_terms));
   std::ostringstream third;
-  if (!again.write(third, nr_terms) || third.str() != output.str()) {
-    std::abort();
-  }
+  require(again.write(third, nr_terms) && third.str() == output.str());
 }
 
 void check_weights(const std::string &text) {
@@ -60,15 +95,14 @@ void check_weights(const std::string &text) {
   if (!vek::parse_winnow_weights(text, profile))
     return;
   std::ostringstream output;
-  if (!vek::write_winnow_weights(output, profile))
-    std::abort();
+  require(vek::write_winnow_weights(output, profile));
   vek::ClassProfile again = profile;
-  if (!vek::parse_winnow_weights(output.str(), again))
-    std::abort();
+  require(vek::parse_winnow_weights(output.str(), again));
   for (std::uint32_t term = 0; term < 3; ++term) {
-    if (again[term].pos_weight != profile[term].pos_weight)
-      std::abort();
+    require(again[term].pos_weight == profile[term].pos_weight);
+    require(again[term].neg_weight == profile[term].neg_weight);
   }
+  require(again.threshold() == profile.threshold());
 }
 
 }  // namespace
@@ -77,7 +111,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
                                       std::size_t size) {
   if (size == 0)
     return 0;
-  const std::string text(reinterpret_cast<const char *>(data) + 1, size - 1);
+  const std::string text(vek::fuzzing::text_of(data + 1, size - 1));
   switch (data[0] % 5) {
     case 0:
       check_table(text);

@@ -1,14 +1,12 @@
 // Gives a fuzz target each of the files and directories named as arguments,
 // where there is no fuzzing compiler: what a fuzzer once found stays a test.
-#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <string>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
-                                      std::size_t size);
+#include "target.h"
 
 namespace {
 

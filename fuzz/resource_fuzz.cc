@@ -1,35 +1,31 @@
 // Any bytes as a resource file: the parser ends, and what it has set can be
 // printed. Without an error, the same bytes set the same again.
 #include <cmath>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <string>
-#include <string_view>
 
 #include "params/params.h"
 #include "params/rcparser.h"
+#include "target.h"
+
+using vek::fuzzing::require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
                                       std::size_t size) {
-  const std::string_view text(reinterpret_cast<const char *>(data), size);
+  const std::string_view text = vek::fuzzing::text_of(data, size);
   vek::Params settings;
   vek::RcParser parser(&settings, text, "resource");
   parser.parse();
   vek::RcParser again(&settings, text, "resource");
   const std::string before = settings.settings_text();
   again.parse();
-  if (again.nr_errors() != parser.nr_errors())
-    std::abort();
-  if (settings.settings_text() != before)
-    std::abort();
+  require(again.nr_errors() == parser.nr_errors());
+  require(settings.settings_text() == before);
   for (const double number :
        {settings.f_parameter(), settings.selectivity(),
         settings.winnow().alpha(), settings.winnow().beta(),
         settings.winnow().theta_plus(), settings.winnow().theta_min(),
         settings.rocchio().beta(), settings.rocchio().gamma()}) {
-    if (!std::isfinite(number))
-      std::abort();
+    require(std::isfinite(number));
   }
   return 0;
 }

@@ -35,11 +35,14 @@ bool TextQueue::is_long() const {
 }
 
 DocParser::DocParser(TermBag *bag, std::string_view input, const char *name)
-    : Scanner(Mode::document, input, name),
-      bag_P_(bag),
-      pairs_limit_(max_pairs + max_pairs_per_byte * input.size()),
-      bytes_limit_(max_compound_bytes +
-                   max_compound_bytes_per_byte * input.size()) {}
+    : DocParser(
+          bag, input, name,
+          {max_alternatives, max_pairs + max_pairs_per_byte * input.size(),
+           max_compound_bytes + max_compound_bytes_per_byte * input.size()}) {}
+
+DocParser::DocParser(TermBag *bag, std::string_view input, const char *name,
+                     const Limits &limits)
+    : Scanner(Mode::document, input, name), bag_P_(bag), limits_(limits) {}
 
 // document: item*
 void DocParser::parse() {
@@ -144,7 +147,7 @@ void DocParser::count_product(Ids heads, Ids modifiers) {
   if (modifiers.empty())
     return;
   // Divided, because the product may be beyond 64 bits.
-  if (heads.size() > (pairs_limit_ - nr_pairs_) / modifiers.size()) {
+  if (heads.size() > (limits_.pairs - nr_pairs_) / modifiers.size()) {
     parse_error("too many pairs in a document");
     return;
   }
@@ -206,7 +209,7 @@ void DocParser::add_group(Ids ids) {
   if (compound.nr_candidates == 0)
     return;
   compound.found = true;
-  if (ids.size() > max_alternatives / compound.nr_candidates) {
+  if (ids.size() > limits_.alternatives / compound.nr_candidates) {
     refuse(compound, "too many alternatives in a compound");
   } else {
     add_choice(compound, ids);
@@ -230,7 +233,8 @@ void DocParser::add_choice(Compound &compound, Ids ids) {
 }
 
 void DocParser::check_cost(Compound &compound) {
-  if (compound.nr_candidates > 0 && cost(compound) > bytes_limit_ - nr_bytes_) {
+  if (compound.nr_candidates > 0 &&
+      cost(compound) > limits_.compound_bytes - nr_bytes_) {
     refuse(compound, "too much text in compounds");
   }
 }

@@ -90,9 +90,20 @@ class DocParser : public Scanner {
   static constexpr std::size_t max_compound_bytes = std::size_t{1} << 23;
   static constexpr std::size_t max_compound_bytes_per_byte = 8;
 
+  // The limits for one document.
+  struct Limits {
+    std::size_t alternatives;
+    std::size_t pairs;
+    std::size_t compound_bytes;
+  };
+
   // The bag is filled by parse() and stays the caller's. `input` and `name`,
   // which stands for the file in messages, must outlive the parser.
   DocParser(TermBag *bag, std::string_view input, const char *name);
+  // With other limits than the usual ones, for a test that is to meet them in a
+  // small text.
+  DocParser(TermBag *bag, std::string_view input, const char *name,
+            const Limits &limits);
 
   // Parses to the end of the input.
   void parse();
@@ -156,8 +167,7 @@ class DocParser : public Scanner {
   void step_combination(const Compound &compound);
 
   TermBag *const bag_P_;
-  const std::size_t pairs_limit_;
-  const std::size_t bytes_limit_;
+  const Limits limits_;
   std::size_t nr_pairs_ = 0;  // counted by phrases
   std::size_t nr_bytes_ = 0;  // of finished compounds
 

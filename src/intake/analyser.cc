@@ -53,6 +53,7 @@ std::vector<std::string> split_command(const std::string &command) {
     for (std::string &word : words)
       arguments.push_back(word.data());
     arguments.push_back(nullptr);
+    std::signal(SIGXFSZ, SIG_DFL);
     execv(arguments[0], arguments.data());
   }
   error("analyser process execution failed: %s", std::strerror(errno));
@@ -74,14 +75,10 @@ Pipe make_pipe() {
 }
 
 ssize_t read_some(int fd, char *buffer_P, std::size_t size) {
-  ssize_t count = 0;
-  do {
-    count = ::read(fd, buffer_P, size);
-  } while (count < 0 && errno == EINTR);
-  return count;
+  return retry([=] { return ::read(fd, buffer_P, size); });
 }
 
-[[noreturn]] void fail_to_open(const std::string &name) {
+[[noreturn]] void fail_to_read(const std::string &name) {
   error("%s: %s", name.c_str(), std::strerror(errno));
   abort_run();
 }
@@ -173,8 +170,10 @@ void Analyser::drop_stray_bytes(const std::string &name) {
   const KeepErrno keep;
   for (;;) {
     pollfd waiting{from_analyser_, POLLIN, 0};
-    if (poll(&waiting, 1, 0) <= 0 || (waiting.revents & POLLIN) == 0)
+    if (retry([&] { return poll(&waiting, 1, 0); }) <= 0 ||
+        (waiting.revents & POLLIN) == 0) {
       return;
+    }
     std::array<char, 512> buffer = {};
     const ssize_t count =
         read_some(from_analyser_, buffer.data(), buffer.size());
@@ -190,13 +189,15 @@ void Analyser::send_request(const std::string &name, const std::string &path) {
   const std::string request = path + '\n';
   std::size_t done = 0;
   while (done < request.size()) {
-    const ssize_t count =
-        ::write(to_analyser_, request.data() + done, request.size() - done);
-    if (count < 0 && errno != EINTR) {
+    const ssize_t count = retry([&] {
+      return ::write(to_analyser_, request.data() + done,
+                     request.size() - done);
+    });
+    if (count == 0)
+      errno = EIO;
+    if (count <= 0)
       give_up(name, std::strerror(errno));
-    }
-    if (count > 0)
-      done += static_cast<std::size_t>(count);
+    done += static_cast<std::size_t>(count);
   }
   fsync(to_analyser_);
 }
@@ -234,16 +235,19 @@ std::string Analyser::receive_answer(const std::string &name) {
 std::string Analyser::read_analysis(const std::string &name,
                                     const std::string &path) {
   const std::int64_t size = file_size(path);
+  if (size < 0)
+    fail_to_read(name);
   // A pipe without a writer would block the open.
-  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (fd < 0)
-    fail_to_open(name);
+  const int fd = retry(
+      [&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); });
+  // A pipe has no text of its own.
+  if (fd < 0 || lseek(fd, 0, SEEK_CUR) < 0)
+    fail_to_read(name);
   if (size > static_cast<std::int64_t>(largest_answer)) {
     errno = EFBIG;
-    fail_to_open(name);
+    fail_to_read(name);
   }
-  std::string text(static_cast<std::size_t>(std::max<std::int64_t>(size, 0)),
-                   '\0');
+  std::string text(static_cast<std::size_t>(size), '\0');
   std::size_t used = 0;
   ssize_t count = 0;
   do {
@@ -251,6 +255,9 @@ std::string Analyser::read_analysis(const std::string &name,
     if (count > 0)
       used += static_cast<std::size_t>(count);
   } while (count > 0 && used < text.size());
+  // Else a part of the text would stand for all of it in every later run.
+  if (count < 0 && errno != EISDIR)
+    fail_to_read(name);
   if (used < text.size()) {
     warning("Analyser::process: read %ld bytes, file size is %ld bytes from %s",
             static_cast<long>(used), static_cast<long>(size), name.c_str());

@@ -22,7 +22,11 @@ const char *list_name(ListKind kind) {
 std::string working_directory() {
   const std::unique_ptr<char, decltype(&std::free)> path(getcwd(nullptr, 0),
                                                          &std::free);
-  return path == nullptr ? std::string() : std::string(path.get());
+  if (path == nullptr) {
+    report_file_error(".", FileError::open_directory);
+    abort_run();
+  }
+  return path.get();
 }
 
 // A class that cannot be written and read back is worth a word while the user
@@ -121,8 +125,12 @@ void collect_list(const char *examples, std::uint32_t top_id, ListKind kind) {
   const Path list(examples, list_name(kind), "");
   std::string text;
   const ReadResult result = read_file(list, text);
-  if (result == ReadResult::cannot_open)
-    return;
+  if (result == ReadResult::cannot_open) {
+    if (!is_system_failure())
+      return;
+    report_file_error(list, FileError::open_for_reading);
+    abort_run();
+  }
   if (result == ReadResult::read_error) {
     report_file_error(list, FileError::read);
     abort_run();

@@ -60,15 +60,24 @@ void learn() {
   train_classes();
 }
 
+// Nothing depends on the scores, so a full disk costs them and a word.
+void close_scores() {
+  const bool was_open = scores.is_open();
+  scores.close();
+  if (was_open && !scores)
+    warning("error writing file `%s'", scores_name);
+}
+
 void test_and_poll() {
   test_classes();
-  scores.close();
+  close_scores();
   report_statistics();
   if (class_table.has_training_documents()) {
     data_base.write(params.incremental() || params.save());
   }
   data_base.sync();
   poll_input();
+  data_base.save_vocabulary();
 }
 
 void close_log() {
@@ -100,6 +109,7 @@ int run(int argument_count, char **argument_vector) {
   scores << "****TEST\n";
   if (options.xtesting()) {
     data_base.write(true);
+    close_scores();
   } else {
     test_and_poll();
   }
@@ -119,7 +129,7 @@ void read_resources() {
   std::string path;
   if (options.rc_file().empty()) {
     path = Path("", resource_name, resource_suffix);
-    if (!file_exists(path)) {
+    if (!file_is_there(path)) {
       log_if_verbose(2, "no resource file available, using default parameters");
       return;
     }

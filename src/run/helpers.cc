@@ -63,7 +63,12 @@ Directory::~Directory() {
 }
 
 bool Directory::read(std::string &name) {
+  const int errno_before = errno;
+  errno = 0;
   const dirent *entry_P = readdir(handle_P_);
+  read_failed_ = errno != 0;
+  if (!read_failed_)
+    errno = errno_before;
   if (entry_P == nullptr)
     return false;
   name = entry_P->d_name;
@@ -73,6 +78,19 @@ bool Directory::read(std::string &name) {
 bool file_exists(const std::string &path) {
   struct stat status = {};
   return stat(path.c_str(), &status) == 0;
+}
+
+bool is_system_failure() {
+  return errno == EIO || errno == ENOMEM || errno == EMFILE || errno == ENFILE;
+}
+
+bool file_is_there(const std::string &path) {
+  if (file_exists(path))
+    return true;
+  if (errno == ENOENT || errno == ENOTDIR)
+    return false;
+  report_file_error(path, FileError::open_for_reading);
+  abort_run();
 }
 
 bool is_directory(const std::string &path) {
@@ -94,9 +112,21 @@ std::int64_t file_size(const std::string &path) {
   return stat(path.c_str(), &status) == 0 ? std::int64_t{status.st_size} : -1;
 }
 
+bool sync_path(const std::string &path) {
+  const int fd =
+      retry([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC); });
+  if (fd < 0)
+    return false;
+  const bool ok = retry([=] { return fsync(fd); }) == 0;
+  const KeepErrno keep;
+  close(fd);
+  return ok;
+}
+
 ReadResult read_file(const std::string &path, std::string &content) {
   content.clear();
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const int fd =
+      retry([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC); });
   if (fd < 0)
     return ReadResult::cannot_open;
   struct stat status = {};
@@ -109,10 +139,12 @@ ReadResult read_file(const std::string &path, std::string &content) {
   do {
     if (content.size() - used < room / 2 + 1)
       content.resize(used + room);
-    count = ::read(fd, content.data() + used, content.size() - used);
+    count = retry([&] {
+      return ::read(fd, content.data() + used, content.size() - used);
+    });
     if (count > 0)
       used += static_cast<std::size_t>(count);
-  } while (count > 0 || (count < 0 && errno == EINTR));
+  } while (count > 0);
   const KeepErrno keep;
   content.resize(used);
   close(fd);

@@ -4,6 +4,7 @@
 
 #include <dirent.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <istream>
 #include <string>
@@ -44,6 +45,19 @@ class Path {
   std::string text_;
 };
 
+// Makes a system call anew as long as a signal interrupts it. Leaves errno
+// alone unless the call fails.
+template <typename Call>
+auto retry(Call call) {
+  const int errno_before = errno;
+  auto result = call();
+  while (result == -1 && errno == EINTR)
+    result = call();
+  if (result != -1)
+    errno = errno_before;
+  return result;
+}
+
 // An open directory, closed by the destructor.
 class Directory {
  public:
@@ -56,16 +70,28 @@ class Directory {
   bool failed() const { return handle_P_ == nullptr; }
 
   // Sets `name` to the next entry, in the order of the system, "." and ".."
-  // included. Returns false at the end.
+  // included. Returns false at the end, and if the system fails to read on.
   bool read(std::string &name);
+  // The last read() ended by a failure; errno says which.
+  bool read_failed() const { return read_failed_; }
 
  private:
   DIR *handle_P_;
+  bool read_failed_ = false;
 };
 
 // stat() succeeds for `path`. A failure leaves errno set, as it does in
 // is_directory().
 bool file_exists(const std::string &path);
+
+// errno is of a failure of the system, which says nothing about the file: there
+// or not, and readable or not, it may be well the next time.
+bool is_system_failure();
+
+// As file_exists(), where a run must not take a file for missing that it only
+// cannot look at: if stat() fails for any other reason, the run ends with a
+// report.
+bool file_is_there(const std::string &path);
 
 // `path` exists and is a directory.
 bool is_directory(const std::string &path);
@@ -76,6 +102,10 @@ void ensure_directory(const std::string &path);
 
 // Size in bytes, -1 if stat() fails.
 std::int64_t file_size(const std::string &path);
+
+// Has the system put a file's content on the disk, or a directory's names.
+// Returns whether it did; errno says why not.
+bool sync_path(const std::string &path);
 
 enum class ReadResult { ok, cannot_open, read_error };
 

@@ -97,7 +97,14 @@ void Log::open(const std::string &file_name) {
   const KeepErrno keep;
   const std::time_t now = std::time(nullptr);
   file_ << std::ctime(&now) << "this is VEK version: " << version << "\n\n";
+  name_ = file_name;
+  flush();
+}
+
+void Log::flush() {
   file_.flush();
+  if (!file_.good())
+    show("WARNING: ", "error writing file `" + name_ + "'");
 }
 
 void Log::write(Kind kind, std::string_view text) {
@@ -110,7 +117,7 @@ void Log::write(Kind kind, std::string_view text) {
     file_ << "ERROR: ";
   // Flushed line by line: nothing may be left for a forked child to repeat.
   file_ << text << '\n';
-  file_.flush();
+  flush();
 }
 
 void log_always(unsigned level, std::string_view text) {

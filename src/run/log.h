@@ -29,10 +29,14 @@ class Log {
   void open(const std::string &file_name);
 
   // Writes one message and its line end. Without effect if the log is not open
-  // or has failed: a failing log does not stop a run.
+  // or has failed: a failing log does not stop a run. When it fails, a warning
+  // on the screen says so.
   void write(Kind kind, std::string_view text);
 
  private:
+  void flush();
+
+  std::string name_;
   OutputFile file_;
 };
 

@@ -2,7 +2,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <csignal>
+
 #include "run/driver.h"
+#include "run/memory.h"
 
 namespace {
 
@@ -21,5 +24,8 @@ void fill_standard_streams() {
 
 int main(int argument_count, char **argument_vector) {
   fill_standard_streams();
+  // A file that may not grow shall show as a failed write, like a full disk.
+  std::signal(SIGXFSZ, SIG_IGN);
+  vek::watch_memory();
   return vek::run(argument_count, argument_vector);
 }

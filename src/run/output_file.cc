@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "run/helpers.h"
+
 namespace vek {
 namespace {
 
@@ -16,12 +18,12 @@ constexpr std::size_t buffer_size = 65536;
 // false with errno set if it gives up before the end.
 bool write_all(int fd, const char *bytes, std::size_t size) {
   while (size > 0) {
-    const ssize_t count = ::write(fd, bytes, size);
-    if (count < 0) {
-      if (errno == EINTR)
-        continue;
+    const ssize_t count = retry([&] { return ::write(fd, bytes, size); });
+    // No system writes nothing for ever, but then this must not wait for it.
+    if (count == 0)
+      errno = EIO;
+    if (count <= 0)
       return false;
-    }
     bytes += count;
     size -= static_cast<std::size_t>(count);
   }
@@ -98,8 +100,9 @@ OutputFile::~OutputFile() {
 
 void OutputFile::open(const std::string &path, Mode mode) {
   const int how = mode == Mode::append ? O_APPEND : O_TRUNC;
-  const int fd =
-      ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | how, 0664);
+  const int fd = retry([&] {
+    return ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | how, 0664);
+  });
   if (fd < 0) {
     setstate(std::ios::failbit);
     return;
@@ -110,14 +113,15 @@ void OutputFile::open(const std::string &path, Mode mode) {
 
 bool OutputFile::sync_to_disk() {
   flush();
-  return good() && fsync(buffer_.fd()) == 0;
+  return good() && retry([this] { return fsync(buffer_.fd()); }) == 0;
 }
 
 void OutputFile::close() {
   if (!is_open())
     return;
   flush();
-  if (::close(buffer_.detach()) != 0)
+  // An interrupted close() has closed all the same.
+  if (::close(buffer_.detach()) != 0 && errno != EINTR)
     setstate(std::ios::failbit);
 }
 

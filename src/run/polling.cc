@@ -48,6 +48,11 @@ void collect_input_documents(const std::string &directory,
     names.push_back(name);
     logf_if_verbose(3, "collected input document `%s'", name.c_str());
   }
+  // Nobody shall take a part of the documents for all of them.
+  if (entries.read_failed()) {
+    report_file_error(directory, FileError::read);
+    abort_run();
+  }
 }
 
 void write_classifications(const std::vector<std::string> &names) {

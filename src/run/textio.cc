@@ -90,7 +90,8 @@ char *put_short_real(char *out_P, double value, int precision) {
     return nullptr;
   if (rest > 0.5)
     ++number;
-  const std::size_t nr_missing = largest_short_precision - precision;
+  const auto nr_missing =
+      static_cast<std::size_t>(largest_short_precision - precision);
   number *= whole_powers_of_ten[nr_missing];
   if (number >= whole_powers_of_ten[largest_short_precision]) {
     number /= 10;

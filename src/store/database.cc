@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <limits>
+#include <sstream>
 #include <utility>
 
 #include "classes/classtab.h"
@@ -25,6 +26,7 @@ namespace {
 constexpr char table_suffix[] = ".dat";
 constexpr char profile_suffix[] = ".cpf";
 constexpr char weights_suffix[] = ".cwt";
+constexpr char class_files_name[] = "class-files";
 
 // A block of the store, freed in the manner of its library.
 struct FreeBlock {
@@ -71,6 +73,8 @@ void DataBase::open(const std::string &directory) {
       abort_run();
     }
   }
+  class_files_.set_place(directory, class_files_name);
+  class_files_.recover();
   const Path store(directory, "profile-store", "");
   profile_store_P_ = filestore_open(store.c_str());
   const Path atoms(directory, "atoms", table_suffix);
@@ -78,10 +82,10 @@ void DataBase::open(const std::string &directory) {
   atom_table.set_file(atoms);
   term_table.set_file(terms);
   journal_.set_directory(directory);
-  has_data_ = file_exists(atoms);
+  has_data_ = file_is_there(atoms);
   if (!has_data_ && !journal_.exists()) {
     const KeepErrno keep;
-    has_orphaned_terms_ = file_size(terms) > 0;
+    has_orphaned_terms_ = file_is_there(terms) && file_size(terms) != 0;
   }
   // The tables are destroyed before this object, so its destructor comes too
   // late to save what they hold.
@@ -112,12 +116,12 @@ void DataBase::read(bool with_classes) {
 
 bool DataBase::has_terms_file() const {
   const KeepErrno keep;
-  return file_exists(Path(data_dir_, "terms", table_suffix));
+  return file_is_there(Path(data_dir_, "terms", table_suffix));
 }
 
 bool DataBase::has_classes() const {
   const KeepErrno keep;
-  return has_data_ && file_exists(Path(data_dir_, "classes", ""));
+  return has_data_ && file_is_there(Path(data_dir_, "classes", ""));
 }
 
 void DataBase::read_classes() {
@@ -166,6 +170,10 @@ bool DataBase::read_class_weights(ClassData &data) {
   const KeepErrno keep;
   std::string text;
   if (read_file(path, text) != ReadResult::ok) {
+    if (is_system_failure()) {
+      report_file_error(path, FileError::read);
+      abort_run();
+    }
     warning("cannot read classifier weights from file `%s', using 0",
             path.c_str());
     return false;
@@ -188,58 +196,57 @@ void DataBase::write(bool save) {
     abort_run();
   }
   log_always(1, "writing class profiles...");
-  write_file(Path(data_dir_, "classes", ""),
-             [](std::ostream &os) { return class_table.write(os); });
+  class_files_.begin();
+  add_file("classes", [](std::ostream &os) { return class_table.write(os); });
   for (auto &[key, data] : class_table)
-    write_class_profile(data.id);
+    add_class_profile(data.id);
+  class_files_.replace();
 }
 
-void DataBase::write_class_profile(std::uint32_t class_id) {
+void DataBase::add_class_profile(std::uint32_t class_id) {
   const ClassData &data = class_table.get_data(class_id);
-  write_file(class_path(class_id, profile_suffix), [&](std::ostream &os) {
+  add_file(class_name(class_id, profile_suffix), [&](std::ostream &os) {
     return data.profile.write(os, data.nr_terms);
   });
   if (params.algorithm() != Algorithm::winnow ||
       classes_without_weights_.contains(class_id)) {
     return;
   }
-  write_file(class_path(class_id, weights_suffix), [&](std::ostream &os) {
+  add_file(class_name(class_id, weights_suffix), [&](std::ostream &os) {
     return write_winnow_weights(os, data.profile);
   });
 }
 
 template <class Writer>
-void DataBase::write_file(const std::string &path, Writer writer) {
-  OutputFile stream;
-  stream.open(path, OutputFile::Mode::truncate);
-  if (!stream.is_open()) {
-    report_file_error(path, FileError::open_for_writing);
+void DataBase::add_file(const std::string &name, Writer writer) {
+  std::ostringstream stream;
+  if (!writer(stream)) {
+    report_file_error(Path(data_dir_, name, ""), FileError::write);
     abort_run();
   }
-  bool ok = writer(stream);
-  // The last bytes leave the buffer only here.
-  stream.close();
-  ok = ok && stream.good();
-  if (ok)
-    return;
-  report_file_error(path, FileError::write);
-  logf_if_verbose(0, "deleting file `%s'", path.c_str());
-  if (unlink(path.c_str()) != 0)
-    report_file_error(path, FileError::remove);
-  abort_run();
+  class_files_.add(name, stream.view());
+}
+
+std::string DataBase::class_name(std::uint32_t class_id,
+                                 const char *extension) {
+  return "class" + std::to_string(class_id) + extension;
 }
 
 std::string DataBase::class_path(std::uint32_t class_id,
                                  const char *extension) const {
-  return Path(data_dir_, "class" + std::to_string(class_id), extension);
+  return Path(data_dir_, class_name(class_id, extension), "");
 }
 
 void DataBase::sync() {
   FileStore *const profile_store = profile_store_P_;
   assert(profile_store);
+  save_vocabulary();
+  filestore_sync(profile_store);
+}
+
+void DataBase::save_vocabulary() {
   if (!save_journal())
     abort_run();
-  filestore_sync(profile_store);
 }
 
 // False if what the vocabulary's files lack could not be saved.

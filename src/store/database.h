@@ -15,6 +15,7 @@
 #include <string>
 
 #include "intake/docprof.h"
+#include "store/fileset.h"
 #include "store/filestore.h"
 #include "store/journal.h"
 
@@ -48,11 +49,16 @@ class DataBase {
   bool has_classes() const;
 
   // Writes class table, class profiles and classifier weights, if the flag is
-  // set. What is there is replaced.
+  // set. What is there is replaced, all of it or, if the run ends in between,
+  // none.
   void write(bool save);
 
   // Has the store put on disk what it holds, the vocabulary first.
   void sync();
+
+  // Keeps aside on the disk what their files lack of atoms and terms. A run
+  // that gets to its end calls it: later a failure could not end it any more.
+  void save_vocabulary();
 
   // Writes atoms and terms to their files. Not over a terms.dat that no
   // atoms.dat gives a meaning to: its damage would be hidden.
@@ -89,9 +95,10 @@ class DataBase {
   bool has_terms_file() const;
   void read_classes();
   void read_class_profile(std::uint32_t class_id, const std::string &path);
-  void write_class_profile(std::uint32_t class_id);
+  void add_class_profile(std::uint32_t class_id);
   template <class Writer>
-  void write_file(const std::string &path, Writer writer);
+  void add_file(const std::string &name, Writer writer);
+  static std::string class_name(std::uint32_t class_id, const char *extension);
   std::string class_path(std::uint32_t class_id, const char *extension) const;
 
   bool has_data_ = false;
@@ -107,6 +114,7 @@ class DataBase {
   std::set<std::uint32_t> classes_without_weights_;
   std::string data_dir_;
   Journal journal_;
+  FileSet class_files_;
   Cache cache_;
   FileStore *profile_store_P_ = nullptr;
 };

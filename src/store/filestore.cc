@@ -4,20 +4,31 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <vector>
+#include <string>
+
+#include "store/storeindex.h"
 
 // One slot for a repository file; in an unused slot both are -1.
 struct FileStoreRepository {
   gint64 size;  // where the next block goes
   int fd;
+};
+
+// Bytes of a repository file, read ahead of those who ask for their blocks: a
+// run gets them mostly in the order in which they lie there.
+struct FileStoreWindow {
+  char *data;  // `window_size` bytes, null before the first use
+  gsize length;
+  gsize used;  // bytes of it that were asked for
+  guint32 repository_id;
+  gint64 offset;
+  gint64 last_offset;  // of the block that was asked for last
 };
 
 // The first `nr_stores` slots are open. Every node's block lies in one of them,
@@ -31,7 +42,10 @@ struct FileStore {
   GTree *tree;
   int idx_fd;
   GString *idx_image;  // the index file's next content, during a sync only
+  gsize idx_size;      // of that content in bytes
   gboolean in_sync;
+  gboolean is_index_old;  // the index file may hold something else
+  FileStoreWindow window;
   GSList *replaced;  // nodes that left the tree, kept for those who hold them
 };
 
@@ -55,6 +69,22 @@ auto retry(Call call) {
   return result;
 }
 
+// GLib aborts the program where it gets no memory, with what was put since the
+// last sync. So it is asked only after this, which fails in the manner of a
+// system call.
+void need_memory(const char *function, gsize size) {
+  const int errno_before = errno;
+  // Volatile, or the compiler would see that nobody needs it.
+  void *volatile block_P = std::malloc(size);
+  if (block_P == nullptr)
+    fail(function);
+  std::free(block_P);
+  errno = errno_before;
+}
+
+// More than the names and the node that an operation makes.
+constexpr gsize small_memory = 32768;
+
 // ---- Moving bytes. Each primitive is known by its name in the reports.
 
 void check_read(const char *primitive, gssize count, gsize wanted) {
@@ -75,23 +105,85 @@ void check_write(const char *primitive, gssize count, gsize wanted) {
                static_cast<int>(count), static_cast<int>(wanted));
 }
 
-// The caller owns the result. What could not be read is 0, so that no old
-// memory is taken for a block.
+// The caller owns the result. What comes short is told, and read on. What the
+// file does not have is 0, so that no old memory is taken for a block.
 void *read_data(int fd, gsize size) {
-  auto *data_P = static_cast<char *>(g_malloc(size));
-  const gssize count = retry([=] { return read(fd, data_P, size); });
-  check_read("read_data", count, size);
-  const auto done = static_cast<gsize>(count);
+  auto *data_P = static_cast<char *>(g_try_malloc(size));
+  if (data_P == nullptr && size > 0)
+    fail("read_data");
+  gsize done = 0;
+  gssize count = 1;
+  while (done < size && count > 0) {
+    count = retry([=] { return read(fd, data_P + done, size - done); });
+    if (done == 0 || count < 0)
+      check_read("read_data", count, size);
+    done += static_cast<gsize>(count);
+  }
   if (done < size)
     std::memset(data_P + done, 0, size - done);
   return data_P;
 }
 
-// Returns whether all bytes were written.
-bool write_data(int fd, const void *data, gsize size) {
-  const gssize count = retry([=] { return write(fd, data, size); });
-  check_write("write_data", count, size);
-  return static_cast<gsize>(count) == size;
+constexpr gint64 window_size = 65536;
+
+// Fills the window from the block's first byte, with more the more of it was of
+// use the last time. Whatever goes wrong here is left to the reading of the
+// block itself.
+void fill_window(FileStore *fstore, const FileStoreNode *node_P) {
+  FileStoreWindow &window = fstore->window;
+  if (window.data == nullptr)
+    window.data = static_cast<char *>(g_try_malloc(window_size));
+  const gsize length = std::min<gsize>(
+      window_size, std::max<gsize>(node_P->size, 4096 + 2 * window.used));
+  const int fd = fstore->stores[node_P->repository_id].fd;
+  const int errno_before = errno;
+  const gssize count = window.data == nullptr
+                           ? 0
+                           : pread(fd, window.data, length, node_P->offset);
+  errno = errno_before;
+  window.used = 0;
+  window.length = static_cast<gsize>(MAX(count, 0));
+  window.repository_id = node_P->repository_id;
+  window.offset = node_P->offset;
+}
+
+// The block's bytes, if they can be had without a call of their own, or null.
+// The window is filled when the block lies a little behind the last one.
+const char *find_in_window(FileStore *fstore, const FileStoreNode *node_P) {
+  FileStoreWindow &window = fstore->window;
+  const gint64 distance = node_P->offset - window.last_offset;
+  window.last_offset = node_P->offset;
+  const auto holds_block = [&] {
+    return window.repository_id == node_P->repository_id &&
+           node_P->offset >= window.offset &&
+           node_P->offset + gint64{node_P->size} <=
+               window.offset + static_cast<gint64>(window.length);
+  };
+  if (!holds_block()) {
+    if (distance < 0 || distance >= window_size || node_P->size > window_size)
+      return nullptr;
+    fill_window(fstore, node_P);
+    if (!holds_block())
+      return nullptr;
+  }
+  window.used += node_P->size;
+  return window.data + (node_P->offset - window.offset);
+}
+
+// What falls short is told, and the rest written all the same: with a gap the
+// block would be a wrong one in every later run.
+void write_data(int fd, const void *data, gsize size) {
+  const auto *bytes_P = static_cast<const char *>(data);
+  while (size > 0) {
+    const gssize count = retry([=] { return write(fd, bytes_P, size); });
+    check_write("write_data", count, size);
+    if (count == 0) {
+      errno = EIO;
+      fail("write_data");
+    }
+    bytes_P += count;
+    size -= static_cast<gsize>(count);
+  }
 }
 
 void seek(const char *function, int fd, gint64 offset) {
@@ -104,179 +196,76 @@ int open_file(const char *path, int more_flags) {
       [=] { return open(path, O_RDWR | O_CLOEXEC | more_flags, 0640); });
 }
 
-// -1 if fstat() fails.
-gint64 length_of(int fd) {
+gint64 length_of(const char *function, int fd) {
   struct stat status = {};
-  return fstat(fd, &status) == 0 ? gint64{status.st_size} : -1;
+  if (fstat(fd, &status) != 0)
+    fail(function);
+  return status.st_size;
 }
 
 // ---- Reading the index.
 
-// The index file as a row of fields. It is read in large pieces, because a
-// store may have a million entries; the reports are those of reading each
-// field by itself, and a name byte by byte. A field that is not there whole
-// ends the program.
-class IndexReader {
- public:
-  IndexReader(int fd, const char *path)
-      : fd_(fd), path_(path), buffer_(initial_size) {}
-
-  guint32 read_number(const char *primitive) {
-    while (unread() < 4 && read_more(primitive)) {
-    }
-    if (unread() < 4)
-      end_too_early(primitive, unread(), 4);
-    const unsigned char *bytes_P = buffer_.data() + begin_;
-    begin_ += 4;
-    return bytes_P[0] | guint32{bytes_P[1]} << 8 | guint32{bytes_P[2]} << 16 |
-           guint32{bytes_P[3]} << 24;
-  }
-
-  // The caller owns the result.
-  char *read_string(const char *primitive) {
-    gsize length = 0;
-    for (;;) {
-      const unsigned char *start_P = buffer_.data() + begin_;
-      const void *end_P = std::memchr(start_P + length, 0, unread() - length);
-      if (end_P != nullptr) {
-        length = static_cast<gsize>(static_cast<const unsigned char *>(end_P) -
-                                    start_P);
-        begin_ += length + 1;
-        return static_cast<char *>(g_memdup2(start_P, length + 1));
-      }
-      length = unread();
-      if (!read_more(primitive))
-        end_too_early(primitive, 0, 1);
-    }
-  }
-
-  bool at_end() { return unread() == 0 && !read_more("filestore_open"); }
-
-  [[noreturn, gnu::format(printf, 2, 3)]] void refuse(const char *format,
-                                                      ...) const {
-    std::fprintf(stderr, "filestore_open: damaged index file `%s': ", path_);
-    std::va_list values;
-    va_start(values, format);
-    std::vfprintf(stderr, format, values);
-    va_end(values);
-    std::fputc('\n', stderr);
-    std::exit(1);
-  }
-
- private:
-  static constexpr gsize initial_size = gsize{1} << 18;
-
-  gsize unread() const { return end_ - begin_; }
-
-  // Gets bytes behind the unread ones, which move to the front. The buffer
-  // grows only when it is full of them, that is for a name of its size, never
-  // for what a number in the file claims. Returns false at the end of the file.
-  bool read_more(const char *primitive) {
-    std::copy(buffer_.begin() + static_cast<std::ptrdiff_t>(begin_),
-              buffer_.begin() + static_cast<std::ptrdiff_t>(end_),
-              buffer_.begin());
-    end_ -= begin_;
-    begin_ = 0;
-    if (end_ == buffer_.size())
-      buffer_.resize(2 * buffer_.size());
-    const gssize count = retry([this] {
-      return read(fd_, buffer_.data() + end_, buffer_.size() - end_);
-    });
-    if (count < 0)
-      fail(primitive);
-    end_ += static_cast<gsize>(count);
-    return count > 0;
-  }
-
-  [[noreturn]] void end_too_early(const char *primitive, gsize count,
-                                  gsize wanted) const {
-    check_read(primitive, static_cast<gssize>(count), wanted);
-    refuse("it ends too early");
-  }
-
-  int fd_;
-  const char *path_;
-  std::vector<unsigned char> buffer_;
-  gsize begin_ = 0;  // of the unread bytes in `buffer_`
-  gsize end_ = 0;
-};
-
-guint32 read_unsigned(IndexReader &reader) {
-  return reader.read_number("read_unsigned");
-}
-gint32 read_off_t(IndexReader &reader) {
-  return static_cast<gint32>(reader.read_number("read_off_t"));
-}
-guint32 read_size_t(IndexReader &reader) {
-  return reader.read_number("read_size_t");
-}
-guint32 read_time_t(IndexReader &reader) {
-  return reader.read_number("read_time_t");
-}
-char *read_str(IndexReader &reader) {
-  return reader.read_string("read_str");
+[[noreturn, gnu::format(printf, 2, 3)]] void refuse_index(const char *idx_path,
+                                                          const char *format,
+                                                          ...) {
+  std::fprintf(stderr, "filestore_open: damaged index file `%s': ", idx_path);
+  std::va_list values;
+  va_start(values, format);
+  std::vfprintf(stderr, format, values);
+  va_end(values);
+  std::fputc('\n', stderr);
+  std::exit(1);
 }
 
-// For each repository the end of its last block, as the index has it.
-using BlockEnds = std::array<gint64, MAX_NR_STORES>;
-
-// `number` counts the entries from 1, for the messages.
-void read_entry(FileStore *fstore, IndexReader &reader, guint32 number,
-                BlockEnds &block_ends) {
-  auto *node = g_new0(FileStoreNode, 1);
-  node->name = read_str(reader);
-  node->repository_id = read_unsigned(reader);
-  g_assert(node->repository_id < MAX_NR_STORES);
-  node->offset = read_off_t(reader);
-  node->size = read_size_t(reader);
-  node->time = read_time_t(reader);
-  if (node->repository_id >= fstore->nr_stores) {
-    reader.refuse("entry %u lies in repository %u of %u", number,
-                  node->repository_id, fstore->nr_stores);
+[[noreturn]] void report_fault(const vek::IndexFault &fault,
+                               const char *idx_path) {
+  using Kind = vek::IndexFault::Kind;
+  if (fault.kind == Kind::cannot_read)
+    fail(fault.primitive);
+  if (fault.kind == Kind::ends_early) {
+    check_read(fault.primitive, static_cast<gssize>(fault.count), fault.wanted);
+    refuse_index(idx_path, "it ends too early");
   }
-  if (node->offset < 0)
-    reader.refuse("entry %u has no position", number);
-  gint64 &block_end = block_ends[node->repository_id];
-  block_end = std::max(block_end, gint64{node->offset} + node->size);
+  refuse_index(idx_path, "%s", fault.text.c_str());
+}
 
-  if (g_tree_lookup(fstore->tree, node->name) != nullptr) {
-    reader.refuse("entry %u has the name of another", number);
-  }
-  g_tree_insert(fstore->tree, node->name, node);
+std::string repository_path(const FileStore *fstore, guint32 id) {
+  return std::string(fstore->name) + ".00" + std::to_string(id);
 }
 
 void open_repository(FileStore *fstore, guint32 id, gint64 block_end,
-                     const IndexReader &reader) {
+                     const char *idx_path) {
   FileStoreRepository &repository = fstore->stores[id];
-  char *path_P = g_strdup_printf("%s.%03d", fstore->name, static_cast<int>(id));
-  repository.fd = open_file(path_P, 0);
+  const std::string path = repository_path(fstore, id);
+  repository.fd = open_file(path.c_str(), 0);
   if (repository.fd < 0)
     fail("filestore_open");
-  repository.size = length_of(repository.fd);
-  if (repository.size < 0)
-    fail("filestore_open");
+  repository.size = length_of("filestore_open", repository.fd);
   if (block_end > repository.size) {
-    reader.refuse("it has a block up to byte %" G_GINT64_FORMAT
-                  " of `%s', which has %" G_GINT64_FORMAT,
-                  block_end, path_P, repository.size);
+    refuse_index(idx_path,
+                 "it has a block up to byte %" G_GINT64_FORMAT
+                 " of `%s', which has %" G_GINT64_FORMAT,
+                 block_end, path.c_str(), repository.size);
   }
-  g_free(path_P);
 }
 
-void read_index(FileStore *res, const char *idx_path) {
-  IndexReader reader(res->idx_fd, idx_path);
-  res->nr_stores = read_unsigned(reader);
+void load_index(FileStore *res, const char *idx_path) {
+  const auto source = [res](void *buffer, gsize size) {
+    // The smallest entry has 17 bytes, and about 150 in memory.
+    need_memory("filestore_open", 16 * size);
+    return retry([=] { return read(res->idx_fd, buffer, size); });
+  };
+  vek::IndexSummary summary;
+  vek::IndexFault fault;
+  const bool complete = vek::read_index(source, res->tree, summary, fault);
+  res->nr_stores = summary.nr_stores;
   g_assert(res->nr_stores <= MAX_NR_STORES);
-  BlockEnds block_ends{};
-  const guint32 nr_entries = read_unsigned(reader);
-  for (guint32 nr_read = 0; nr_read < nr_entries; ++nr_read) {
-    read_entry(res, reader, nr_read + 1, block_ends);
-  }
-  // Entries are never removed, so that no sync leaves bytes behind its own.
-  if (!reader.at_end())
-    reader.refuse("it has bytes behind its last entry");
+  const vek::IndexSummary *node = &summary;  // what the assertion calls it
+  g_assert(node->repository_id < MAX_NR_STORES);
+  if (!complete)
+    report_fault(fault, idx_path);
   for (guint32 id = 0; id < res->nr_stores; ++id) {
-    open_repository(res, id, block_ends[id], reader);
+    open_repository(res, id, summary.block_ends[id], idx_path);
   }
 }
 
@@ -288,31 +277,7 @@ void create_index(FileStore *res, const char *idx_path) {
     fail("filestore_open");
 }
 
-// ---- Writing the index: into memory, in the format of the file, and from
-// there by one call.
-
-void write_number(GString *out, guint32 value) {
-  const char bytes[4] = {
-      static_cast<char>(value & 0xFF), static_cast<char>(value >> 8 & 0xFF),
-      static_cast<char>(value >> 16 & 0xFF), static_cast<char>(value >> 24)};
-  g_string_append_len(out, bytes, sizeof bytes);
-}
-
-void write_unsigned(GString *out, guint32 value) {
-  write_number(out, value);
-}
-void write_off_t(GString *out, gint32 value) {
-  write_number(out, static_cast<guint32>(value));
-}
-void write_size_t(GString *out, guint32 value) {
-  write_number(out, value);
-}
-void write_time_t(GString *out, guint32 value) {
-  write_number(out, value);
-}
-void write_str(GString *out, const char *text) {
-  g_string_append_len(out, text, static_cast<gssize>(std::strlen(text) + 1));
-}
+// ---- Writing the index: into memory, and from there by one call.
 
 gboolean idx_write_func(gpointer key, gpointer value, gpointer data) {
   const auto *node = static_cast<const FileStoreNode *>(value);
@@ -320,11 +285,7 @@ gboolean idx_write_func(gpointer key, gpointer value, gpointer data) {
   g_assert(key);
   g_assert(node);
   g_assert(fstore);
-  write_str(fstore->idx_image, node->name);
-  write_unsigned(fstore->idx_image, node->repository_id);
-  write_off_t(fstore->idx_image, node->offset);
-  write_size_t(fstore->idx_image, node->size);
-  write_time_t(fstore->idx_image, node->time);
+  vek::append_index_entry(fstore->idx_image, *node);
   return FALSE;
 }
 
@@ -337,35 +298,9 @@ void traverse(FileStore *fstore, GTraverseFunc function, GTraverseType order,
   G_GNUC_END_IGNORE_DEPRECATIONS
 }
 
-// The field of the index that byte `position` of it belongs to.
-struct Field {
-  const char *primitive;
-  gsize start;
-  gsize size;
-};
-
-Field field_at(const GString *image, gsize position) {
-  static constexpr std::array<const char *, 4> numbers = {
-      "write_unsigned", "write_off_t", "write_size_t", "write_time_t"};
-  if (position < 8)
-    return {"write_unsigned", position / 4 * 4, 4};
-  gsize start = 8;
-  for (;;) {
-    const gsize name_size = std::strlen(image->str + start) + 1;
-    if (position < start + name_size)
-      return {"write_str", start, name_size};
-    start += name_size;
-    for (const char *primitive : numbers) {
-      if (position < start + 4)
-        return {primitive, start, 4};
-      start += 4;
-    }
-  }
-}
-
 // Warns of a write that ended before byte `end`, unless it ended with a field.
 void warn_of_cut(const GString *image, gsize end) {
-  const Field field = field_at(image, end);
+  const vek::IndexField field = vek::index_field_at(image, end);
   if (end == field.start)
     return;
   check_write(field.primitive, static_cast<gssize>(end - field.start),
@@ -382,7 +317,7 @@ void write_index(int fd, const GString *image) {
     if (count == 0)
       errno = EIO;
     if (count <= 0)
-      fail(field_at(image, done).primitive);
+      fail(vek::index_field_at(image, done).primitive);
     done += static_cast<gsize>(count);
     if (done < image->len)
       warn_of_cut(image, done);
@@ -408,16 +343,86 @@ void flush(int fd) {
     fail("filestore_sync");
 }
 
-// ---- Putting blocks.
-
-// A block that was written short counts as written, so the file must reach as
-// far as its entry says: else the next filestore_open() would refuse the index.
-void extend_to(int fd, gint64 size) {
-  if (length_of(fd) >= size)
-    return;
-  if (ftruncate(fd, static_cast<off_t>(size)) != 0)
-    fail("filestore_put_file");
+void write_image(int fd, const GString *image) {
+  seek("filestore_sync", fd, 0);
+  write_index(fd, image);
 }
+
+// ---- The copy of the index. To overwrite a file in place is to risk it, so a
+// copy of its next content is on the disk while that is done, under a name that
+// it gets when it is complete.
+
+std::string path_while_written(const FileStore *fstore) {
+  return std::string(fstore->name) + ".tmp";
+}
+std::string path_of_copy(const FileStore *fstore) {
+  return std::string(fstore->name) + ".new";
+}
+
+// The names of the store's files, those of new repositories too.
+void flush_directory(const FileStore *fstore) {
+  const std::string name(fstore->name);
+  const std::size_t slash = name.rfind('/');
+  const std::string path =
+      slash == std::string::npos ? "." : name.substr(0, slash + 1);
+  const int fd =
+      retry([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC); });
+  if (fd < 0)
+    fail("filestore_sync");
+  flush(fd);
+  close(fd);
+}
+
+void save_copy(const FileStore *fstore) {
+  const std::string path = path_while_written(fstore);
+  const int fd = open_file(path.c_str(), O_CREAT | O_TRUNC);
+  if (fd < 0)
+    fail("filestore_sync");
+  write_index(fd, fstore->idx_image);
+  flush(fd);
+  if (close(fd) != 0 && errno != EINTR)
+    fail("filestore_sync");
+  if (std::rename(path.c_str(), path_of_copy(fstore).c_str()) != 0)
+    fail("filestore_sync");
+  flush_directory(fstore);
+}
+
+void remove_copy(const FileStore *fstore) {
+  if (unlink(path_of_copy(fstore).c_str()) != 0)
+    fail("filestore_sync");
+}
+
+GString *read_copy(int fd) {
+  const auto size = static_cast<gsize>(length_of("filestore_open", fd));
+  need_memory("filestore_open", 4 * size + small_memory);
+  void *data_P = read_data(fd, size);
+  GString *image =
+      g_string_new_len(static_cast<char *>(data_P), static_cast<gssize>(size));
+  g_free(data_P);
+  return image;
+}
+
+// If there is a copy, a sync was broken off: makes the index equal to it.
+void restore_index(FileStore *fstore, const char *idx_path) {
+  const int errno_before = errno;
+  const int fd = open_file(path_of_copy(fstore).c_str(), 0);
+  if (fd < 0 && errno != ENOENT)
+    fail("filestore_open");
+  if (fd >= 0) {
+    GString *image = read_copy(fd);
+    close(fd);
+    if (fstore->idx_fd < 0)
+      create_index(fstore, idx_path);
+    write_image(fstore->idx_fd, image);
+    flush(fstore->idx_fd);
+    g_string_free(image, TRUE);
+    remove_copy(fstore);
+    seek("filestore_open", fstore->idx_fd, 0);
+  }
+  errno = errno_before;
+}
+
+// ---- Putting blocks.
 
 // Refuses a block that the store cannot hold.
 [[noreturn, gnu::format(printf, 1, 2)]] void refuse_block(const char *format,
@@ -437,13 +442,11 @@ FileStoreRepository &begin_repository(FileStore *fstore) {
                  static_cast<int>(MAX_NR_STORES), fstore->name);
   }
   FileStoreRepository &repository = fstore->stores[fstore->nr_stores];
-  char *path_P = g_strdup_printf("%s.%03d", fstore->name,
-                                 static_cast<int>(fstore->nr_stores));
+  const std::string path = repository_path(fstore, fstore->nr_stores);
   // Not truncated: what a run without a sync left there is overwritten.
-  repository.fd = open_file(path_P, O_CREAT);
+  repository.fd = open_file(path.c_str(), O_CREAT);
   if (repository.fd < 0)
     fail("filestore_put_file");
-  g_free(path_P);
   repository.size = 0;
   // Counted last, because exit() may write the index: it must not name a file
   // that there is not.
@@ -460,25 +463,27 @@ FileStoreRepository &repository_for(FileStore *fstore, guint32 len) {
   return begin_repository(fstore);
 }
 
+gsize index_entry_size(const char *name) {
+  return std::strlen(name) + 1 + 16;
+}
+
 // Enters a node in place of the one of its name, if there is one.
 void enter_node(FileStore *fstore, FileStoreNode *node) {
   gpointer old_P = g_tree_lookup(fstore->tree, node->name);
   if (old_P != nullptr) {
     fstore->replaced = g_slist_prepend(fstore->replaced, old_P);
+  } else {
+    fstore->idx_size += index_entry_size(node->name);
   }
   g_tree_replace(fstore->tree, node->name, node);
 }
 
 // ---- The rest.
 
-gint compare_names(gconstpointer left, gconstpointer right) {
-  return std::strcmp(static_cast<const char *>(left),
-                     static_cast<const char *>(right));
-}
-
 FileStore *new_store(const char *fname) {
+  need_memory("filestore_open", small_memory);
   auto *res = g_new0(FileStore, 1);
-  res->tree = g_tree_new(compare_names);
+  res->tree = vek::new_index_tree();
   res->name = g_strdup(fname);
   res->idx_fd = -1;
   for (FileStoreRepository &repository : res->stores)
@@ -505,7 +510,7 @@ gboolean fs_free_func(gpointer key, gpointer value, gpointer) {
 }
 
 void free_replaced(gpointer value) {
-  fs_free_func(static_cast<FileStoreNode *>(value)->name, value, nullptr);
+  vek::free_node(static_cast<FileStoreNode *>(value));
 }
 
 }  // namespace
@@ -513,14 +518,22 @@ void free_replaced(gpointer value) {
 FileStore *filestore_open(const char *fname) {
   g_assert(fname);
   FileStore *res = new_store(fname);
-  char *idx_path_P = g_strdup_printf("%s.idx", fname);
-  res->idx_fd = open_file(idx_path_P, 0);
-  if (res->idx_fd >= 0 && length_of(res->idx_fd) > 0) {
-    read_index(res, idx_path_P);
+  const std::string idx_path = std::string(fname) + ".idx";
+  res->idx_fd = open_file(idx_path.c_str(), 0);
+  // Only an index that is not there is none. One that cannot be opened would
+  // be overwritten as a new one.
+  if (res->idx_fd < 0 && errno != ENOENT)
+    fail("filestore_open");
+  restore_index(res, idx_path.c_str());
+  const gint64 length =
+      res->idx_fd < 0 ? 0 : length_of("filestore_open", res->idx_fd);
+  if (length > 0) {
+    load_index(res, idx_path.c_str());
   } else {
-    create_index(res, idx_path_P);
+    create_index(res, idx_path.c_str());
   }
-  g_free(idx_path_P);
+  res->idx_size = static_cast<gsize>(MAX(length, 8));
+  res->is_index_old = TRUE;
   return res;
 }
 
@@ -535,6 +548,7 @@ void filestore_close(FileStore *fstore) {
   close(fstore->idx_fd);
   if (fstore->idx_image != nullptr)
     g_string_free(fstore->idx_image, TRUE);
+  g_free(fstore->window.data);
   g_free(fstore->name);
   traverse(fstore, fs_free_func, G_PRE_ORDER, nullptr);
   g_tree_destroy(fstore->tree);
@@ -549,21 +563,26 @@ void filestore_sync(FileStore *fstore) {
   if (fstore->in_sync)
     return;
   fstore->in_sync = TRUE;
-  fstore->idx_image = g_string_new(nullptr);
-  write_unsigned(fstore->idx_image, fstore->nr_stores);
-  write_unsigned(fstore->idx_image,
-                 static_cast<guint32>(g_tree_nnodes(fstore->tree)));
+  need_memory("filestore_sync", 2 * fstore->idx_size + small_memory);
+  fstore->idx_image = g_string_sized_new(fstore->idx_size + 1);
+  vek::append_index_head(fstore->idx_image, fstore->nr_stores,
+                         static_cast<guint32>(g_tree_nnodes(fstore->tree)));
   traverse(fstore, idx_write_func, G_POST_ORDER, fstore);
-  reserve_room(fstore->idx_fd, fstore->idx_image->len);
-  seek("filestore_sync", fstore->idx_fd, 0);
-  write_index(fstore->idx_fd, fstore->idx_image);
-  g_string_free(fstore->idx_image, TRUE);
-  fstore->idx_image = nullptr;
-  flush(fstore->idx_fd);
+  // The blocks first: an entry must not lead to bytes that are not there yet.
   for (const FileStoreRepository &repository : fstore->stores) {
     if (repository.fd >= 0)
       flush(repository.fd);
   }
+  reserve_room(fstore->idx_fd, fstore->idx_image->len);
+  if (fstore->is_index_old)
+    save_copy(fstore);
+  write_image(fstore->idx_fd, fstore->idx_image);
+  flush(fstore->idx_fd);
+  if (fstore->is_index_old)
+    remove_copy(fstore);
+  fstore->is_index_old = FALSE;
+  g_string_free(fstore->idx_image, TRUE);
+  fstore->idx_image = nullptr;
   fstore->in_sync = FALSE;
 }
 
@@ -578,15 +597,16 @@ void filestore_put_file(FileStore *fstore, const char *fname, const void *data,
   g_assert(fstore);
   g_assert(fname);
   g_assert(data);
+  need_memory("filestore_put_file", small_memory);
   if (len > MAX_BLOCK_SIZE)
     refuse_block("a block of %u bytes is too big", len);
   FileStoreRepository &repository = repository_for(fstore, len);
   const gint64 offset = repository.size;
+  // It may hold old bytes of where the block goes.
+  fstore->window.length = 0;
   seek("filestore_put_file", repository.fd, offset);
-  const bool complete = write_data(repository.fd, data, len);
+  write_data(repository.fd, data, len);
   repository.size += len;
-  if (!complete)
-    extend_to(repository.fd, repository.size);
 
   auto *node = g_new0(FileStoreNode, 1);
   node->name = g_strdup(fname);
@@ -595,6 +615,7 @@ void filestore_put_file(FileStore *fstore, const char *fname, const void *data,
   node->size = len;
   node->time = static_cast<guint32>(std::time(nullptr));
   enter_node(fstore, node);
+  fstore->is_index_old = TRUE;
 }
 
 gboolean filestore_get_file(FileStore *fstore, const char *fname,
@@ -606,8 +627,12 @@ gboolean filestore_get_file(FileStore *fstore, const char *fname,
   const FileStoreNode *node_P = find_node(fstore, fname);
   if (node_P == nullptr)
     return FALSE;
-  const int fd = fstore->stores[node_P->repository_id].fd;
   *len_ptr = node_P->size;
+  if (const char *block_P = find_in_window(fstore, node_P)) {
+    *data_ptr = g_memdup2(block_P, node_P->size);
+    return TRUE;
+  }
+  const int fd = fstore->stores[node_P->repository_id].fd;
   seek("filestore_get_file", fd, node_P->offset);
   *data_ptr = read_data(fd, node_P->size);
   return TRUE;
@@ -615,6 +640,8 @@ gboolean filestore_get_file(FileStore *fstore, const char *fname,
 
 GList *filestore_get_filenames(FileStore *fstore) {
   g_assert(fstore);
+  need_memory("filestore_get_filenames",
+              static_cast<gsize>(g_tree_nnodes(fstore->tree)) * 64);
   GList *names_P = nullptr;
   traverse(fstore, list_func, G_POST_ORDER, &names_P);
   return g_list_reverse(names_P);

@@ -14,7 +14,7 @@
 // 2. There are no error results. A failed system call ends the program by
 //    perror() and exit(1); so does, with a message of its own, what the format
 //    cannot hold and an index that is damaged. A read or write that moves too
-//    few bytes only warns on standard error.
+//    few bytes only warns on standard error, and the rest is moved after it.
 // 3. After such an exit(1) destructors may still call filestore_close(): it
 //    saves the blocks that were put before, unless writing the index is what
 //    failed.

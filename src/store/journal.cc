@@ -1,6 +1,5 @@
 #include "store/journal.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -22,24 +21,103 @@ namespace {
 constexpr std::string_view first_line = "vek journal 1\n";
 constexpr std::string_view last_line = "end\n";
 
+// Of a table's file, which may be missing.
 std::uint64_t size_or_zero(const std::string &path) {
   const KeepErrno keep;
-  return static_cast<std::uint64_t>(std::max<std::int64_t>(file_size(path), 0));
+  const std::int64_t size = file_size(path);
+  if (size >= 0)
+    return static_cast<std::uint64_t>(size);
+  if (file_is_there(path)) {
+    report_file_error(path, FileError::read);
+    abort_run();
+  }
+  return 0;
 }
 
-bool sync_file(const std::string &path) {
-  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0)
+// Takes the numbers of the second line.
+bool parse_numbers(std::string_view line, JournalContent &content,
+                   std::uint32_t &nr_new_atoms, std::uint32_t &nr_new_terms) {
+  FieldReader fields(line);
+  return fields.read(content.nr_atoms) && fields.read(content.atoms_size) &&
+         fields.read(content.nr_terms) && fields.read(content.terms_size) &&
+         fields.read(nr_new_atoms) && fields.read(nr_new_terms) &&
+         fields.at_end();
+}
+
+bool parse_atom(std::string_view line, JournalContent &content) {
+  content.new_atoms.push_back(line);
+  return !line.empty() && line.find('\0') == std::string_view::npos;
+}
+
+bool parse_term(std::string_view line, JournalContent &content) {
+  FieldReader fields(line);
+  JournalContent::Pair term = {};
+  if (!fields.read(term.head) || !fields.read(term.mod) || !fields.at_end())
     return false;
-  const bool ok = fsync(fd) == 0;
-  const KeepErrno keep;
-  ::close(fd);
-  return ok;
+  content.new_terms.push_back(term);
+  const std::uint64_t nr_atoms =
+      std::uint64_t{content.nr_atoms} + content.new_atoms.size();
+  return term.head < nr_atoms && term.head != EmptyAtom &&
+         (term.mod < nr_atoms || term.mod == EmptyAtom);
 }
 
 }  // namespace
 
+bool parse_journal(std::string_view text, JournalContent &content) {
+  if (!text.starts_with(first_line) || !text.ends_with(last_line))
+    return false;
+  text.remove_prefix(first_line.size());
+  text.remove_suffix(last_line.size());
+  // Else the end of the line before would be lost on the way to the last one.
+  if (!text.ends_with('\n'))
+    return false;
+  std::uint32_t nr_new_atoms = 0;
+  std::uint32_t nr_new_terms = 0;
+  std::string_view line;
+  take_line(text, line);
+  if (!parse_numbers(line, content, nr_new_atoms, nr_new_terms))
+    return false;
+  while (content.new_atoms.size() < nr_new_atoms) {
+    if (!take_line(text, line) || !parse_atom(line, content))
+      return false;
+  }
+  while (content.new_terms.size() < nr_new_terms) {
+    if (!take_line(text, line) || !parse_term(line, content))
+      return false;
+  }
+  return text.empty();
+}
+
+std::string journal_text(const JournalContent &content) {
+  std::string text(first_line);
+  append_number(text, content.nr_atoms);
+  text += ' ';
+  append_number(text, content.atoms_size);
+  text += ' ';
+  append_number(text, content.nr_terms);
+  text += ' ';
+  append_number(text, content.terms_size);
+  text += ' ';
+  append_number(text, content.new_atoms.size());
+  text += ' ';
+  append_number(text, content.new_terms.size());
+  text += '\n';
+  for (const std::string_view atom : content.new_atoms) {
+    text += atom;
+    text += '\n';
+  }
+  for (const auto &[head, mod] : content.new_terms) {
+    append_number(text, head);
+    text += ' ';
+    append_number(text, mod);
+    text += '\n';
+  }
+  text += last_line;
+  return text;
+}
+
 void Journal::set_directory(const std::string &directory) {
+  directory_ = directory;
   path_ = Path(directory, "journal", ".dat");
   temporary_path_ = Path(directory, "journal", ".tmp");
   atoms_path_ = Path(directory, "atoms", ".dat");
@@ -48,7 +126,7 @@ void Journal::set_directory(const std::string &directory) {
 
 bool Journal::exists() const {
   const KeepErrno keep;
-  return file_exists(path_);
+  return file_is_there(path_);
 }
 
 void Journal::reject(const std::string &path) const {
@@ -56,26 +134,8 @@ void Journal::reject(const std::string &path) const {
   abort_run();
 }
 
-bool Journal::parse(const std::string &text, Header &header,
-                    std::string &body) const {
-  std::string_view rest(text);
-  std::string_view line;
-  if (!rest.starts_with(first_line) || !rest.ends_with(last_line))
-    return false;
-  rest.remove_prefix(first_line.size());
-  rest.remove_suffix(last_line.size());
-  if (!take_line(rest, line))
-    return false;
-  FieldReader fields(line);
-  body = rest;
-  return fields.read(header.nr_atoms) && fields.read(header.atoms_size) &&
-         fields.read(header.nr_terms) && fields.read(header.terms_size) &&
-         fields.read(header.nr_new_atoms) && fields.read(header.nr_new_terms) &&
-         fields.at_end();
-}
-
-void Journal::load(Header &header, std::string &body) const {
-  std::string text;
+// Reads the file into `text`, in which the atoms of `content` then lie.
+void Journal::load(std::string &text, JournalContent &content) const {
   const ReadResult result = read_file(path_, text);
   if (result != ReadResult::ok) {
     report_file_error(path_, result == ReadResult::cannot_open
@@ -83,20 +143,20 @@ void Journal::load(Header &header, std::string &body) const {
                                  : FileError::read);
     abort_run();
   }
-  if (!parse(text, header, body))
+  if (!parse_journal(text, content))
     reject(path_);
 }
 
 void Journal::prepare_tables() {
-  Header header = {};
-  std::string body;
-  load(header, body);
+  std::string text;
+  JournalContent journal;
+  load(text, journal);
   struct Table {
     const std::string &path;
     std::uint64_t size;
   };
-  for (const Table &table : {Table{atoms_path_, header.atoms_size},
-                             Table{terms_path_, header.terms_size}}) {
+  for (const Table &table : {Table{atoms_path_, journal.atoms_size},
+                             Table{terms_path_, journal.terms_size}}) {
     const std::uint64_t size = size_or_zero(table.path);
     if (size < table.size)
       reject(table.path);
@@ -109,73 +169,49 @@ void Journal::prepare_tables() {
 }
 
 void Journal::enter_pending() {
-  Header header = {};
-  std::string body;
-  load(header, body);
-  if (atom_table.size() != header.nr_atoms ||
-      term_table.size() != header.nr_terms || !enter_body(header, body)) {
+  std::string text;
+  JournalContent journal;
+  load(text, journal);
+  if (!enter(journal))
     reject(path_);
-  }
   nr_atoms_saved_ = atom_table.size();
   nr_terms_saved_ = term_table.size();
 }
 
-// False if a record is malformed or already known: its id would not be the
-// one that the stored profiles use.
-bool Journal::enter_body(const Header &header, const std::string &body) const {
-  std::string_view rest(body);
-  std::string_view line;
-  for (std::uint32_t i = 0; i < header.nr_new_atoms; ++i) {
-    if (!take_line(rest, line) || line.empty() ||
-        line.find('\0') != std::string_view::npos ||
-        atom_table.enter(line) != header.nr_atoms + i) {
-      return false;
-    }
+// False if the tables are others, or if an atom or term is known already: its
+// id would not be the one that the stored profiles use.
+bool Journal::enter(const JournalContent &content) const {
+  if (atom_table.size() != content.nr_atoms ||
+      term_table.size() != content.nr_terms) {
+    return false;
   }
-  for (std::uint32_t i = 0; i < header.nr_new_terms; ++i) {
-    if (!take_line(rest, line))
+  for (const std::string_view atom : content.new_atoms) {
+    const std::uint32_t id = atom_table.size();
+    if (atom_table.enter(atom) != id)
       return false;
-    FieldReader fields(line);
-    std::uint32_t head = 0;
-    std::uint32_t mod = 0;
-    if (!fields.read(head) || !fields.read(mod) || !fields.at_end() ||
-        head >= atom_table.size() ||
-        (mod != EmptyAtom && mod >= atom_table.size()) ||
-        term_table.enter(head, mod) != header.nr_terms + i) {
-      return false;
-    }
   }
-  return rest.empty();
+  for (const auto &[head, mod] : content.new_terms) {
+    const std::uint32_t id = term_table.size();
+    if (term_table.enter(head, mod) != id)
+      return false;
+  }
+  return true;
 }
 
-std::string Journal::content() const {
-  std::string text(first_line);
-  append_number(text, atom_table.nr_written());
-  text += ' ';
-  append_number(text, size_or_zero(atoms_path_));
-  text += ' ';
-  append_number(text, term_table.nr_written());
-  text += ' ';
-  append_number(text, size_or_zero(terms_path_));
-  text += ' ';
-  append_number(text, atom_table.size() - atom_table.nr_written());
-  text += ' ';
-  append_number(text, term_table.size() - term_table.nr_written());
-  text += '\n';
-  for (std::uint32_t id = atom_table.nr_written(); id < atom_table.size();
-       ++id) {
-    text += atom_table.text(id);
-    text += '\n';
+// What the tables' files lack.
+JournalContent Journal::content() const {
+  JournalContent content;
+  content.nr_atoms = atom_table.nr_written();
+  content.atoms_size = size_or_zero(atoms_path_);
+  content.nr_terms = term_table.nr_written();
+  content.terms_size = size_or_zero(terms_path_);
+  for (std::uint32_t id = content.nr_atoms; id < atom_table.size(); ++id) {
+    content.new_atoms.push_back(atom_table.text(id));
   }
-  for (std::uint32_t id = term_table.nr_written(); id < term_table.size();
-       ++id) {
-    append_number(text, term_table.head(id));
-    text += ' ';
-    append_number(text, term_table.mod(id));
-    text += '\n';
+  for (std::uint32_t id = content.nr_terms; id < term_table.size(); ++id) {
+    content.new_terms.push_back({term_table.head(id), term_table.mod(id)});
   }
-  text += last_line;
-  return text;
+  return content;
 }
 
 bool Journal::write_file(const std::string &text) const {
@@ -188,7 +224,8 @@ bool Journal::write_file(const std::string &text) const {
     return false;
   file.close();
   return file.good() &&
-         std::rename(temporary_path_.c_str(), path_.c_str()) == 0;
+         std::rename(temporary_path_.c_str(), path_.c_str()) == 0 &&
+         sync_path(directory_);
 }
 
 bool Journal::save() {
@@ -198,7 +235,7 @@ bool Journal::save() {
       nr_terms_saved_ == term_table.size() && exists()) {
     return true;
   }
-  if (!write_file(content()))
+  if (!write_file(journal_text(content())))
     return false;
   nr_atoms_saved_ = atom_table.size();
   nr_terms_saved_ = term_table.size();
@@ -208,8 +245,12 @@ bool Journal::save() {
 void Journal::drop() {
   if (!exists())
     return;
-  if (!sync_file(atoms_path_) || !sync_file(terms_path_))
-    return;
+  for (const std::string &path : {atoms_path_, terms_path_, directory_}) {
+    if (sync_path(path))
+      continue;
+    report_file_error(path, FileError::write);
+    abort_run();
+  }
   if (unlink(path_.c_str()) != 0) {
     report_file_error(path_, FileError::remove);
     abort_run();

@@ -17,8 +17,33 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace vek {
+
+// What the file says. The atoms lie in the text that it was parsed from, or in
+// the atom table.
+struct JournalContent {
+  struct Pair {
+    std::uint32_t head;
+    std::uint32_t mod;
+  };
+  std::uint32_t nr_atoms = 0;    // in atoms.dat
+  std::uint64_t atoms_size = 0;  // its length in bytes
+  std::uint32_t nr_terms = 0;    // in terms.dat
+  std::uint64_t terms_size = 0;  // its length in bytes
+  std::vector<std::string_view> new_atoms;
+  std::vector<Pair> new_terms;
+};
+
+// Fills the empty `content`. Returns false if no journal_text() can be that
+// text: it is cut, has bytes to spare, an atom that none can be, or a term of
+// atoms that are not there.
+bool parse_journal(std::string_view text, JournalContent &content);
+
+// The whole file.
+std::string journal_text(const JournalContent &content);
 
 class Journal {
  public:
@@ -43,26 +68,17 @@ class Journal {
   bool save();
 
   // To be called when the tables' files hold everything: syncs them and
-  // removes the journal, if there is one. Ends the run if it can't be removed.
+  // removes the journal, if there is one. Ends the run if either fails.
   void drop();
 
  private:
-  struct Header {
-    std::uint32_t nr_atoms;      // in atoms.dat
-    std::uint64_t atoms_size;    // its length in bytes
-    std::uint32_t nr_terms;      // in terms.dat
-    std::uint64_t terms_size;    // its length in bytes
-    std::uint32_t nr_new_atoms;  // in the journal
-    std::uint32_t nr_new_terms;
-  };
-
-  std::string content() const;
-  bool parse(const std::string &text, Header &header, std::string &body) const;
-  void load(Header &header, std::string &body) const;
-  bool enter_body(const Header &header, const std::string &body) const;
+  JournalContent content() const;
+  void load(std::string &text, JournalContent &content) const;
+  bool enter(const JournalContent &content) const;
   bool write_file(const std::string &text) const;
   [[noreturn]] void reject(const std::string &path) const;
 
+  std::string directory_;
   std::string path_;
   std::string temporary_path_;
   std::string atoms_path_;

@@ -88,33 +88,45 @@ const std::string &AtomTable::text(std::uint32_t atom_id) const {
   return texts_[atom_id];
 }
 
-void AtomTable::read() {
+bool AtomTable::parse(std::string_view content) {
   assert(empty());
-  const std::string content = file_.load();
   // No atom holds a zero byte: analysis text ends at the first one.
-  if (content.find('\0') != std::string::npos)
-    file_.reject();
+  if (content.find('\0') != std::string_view::npos)
+    return false;
   const std::size_t nr_lines = count_lines(content);
   if (nr_lines >= EmptyAtom)
-    file_.reject();
+    return false;
   index_.reserve(nr_lines);
-  std::string_view rest = content;
-  std::string_view line;
-  while (take_line(rest, line)) {
-    if (line.empty())
-      file_.reject();
-    const std::uint32_t nr_atoms = size();
-    enter(line);
-    if (size() == nr_atoms)
-      file_.reject();
+  std::array<std::string_view, batch_size> lines;
+  std::vector<std::uint32_t> ids;
+  while (!content.empty()) {
+    std::size_t nr_read = 0;
+    while (nr_read < lines.size() && take_line(content, lines[nr_read])) {
+      if (lines[nr_read++].empty())
+        return false;
+    }
+    const std::size_t nr_before = size();
+    enter_all(std::span(lines).first(nr_read), ids);
+    if (size() != nr_before + nr_read)
+      return false;
   }
+  return true;
+}
+
+void AtomTable::append_line(std::string &out, std::uint32_t atom_id) const {
+  out += text(atom_id);
+  out += '\n';
+}
+
+void AtomTable::read() {
+  if (!parse(file_.load()))
+    file_.reject();
   file_.accept(size());
 }
 
 void AtomTable::write() {
   file_.append(size(), "atoms", [this](std::string &out, std::uint32_t id) {
-    out += texts_[id];
-    out += '\n';
+    append_line(out, id);
   });
 }
 

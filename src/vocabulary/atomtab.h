@@ -59,9 +59,18 @@ class AtomTable {
   std::uint32_t nr_written() const { return file_.nr_written(); }
   bool has_unwritten() const { return nr_written() < size(); }
 
-  // Loads the file into the empty table. The run ends with a report if the
-  // file can't be read, or if it is damaged: an empty line, a line that was
-  // there before, a zero byte. A last line without its line end counts.
+  // Enters the content of a file in the empty table. Returns false if it is
+  // damaged: an empty line, a line that was there before, a zero byte. The
+  // table then holds the lines before that. A last line without its line end
+  // counts.
+  bool parse(std::string_view content);
+
+  // Adds to `out` the line of the file that stands for an atom, whose id must
+  // be below size().
+  void append_line(std::string &out, std::uint32_t atom_id) const;
+
+  // Loads the file into the empty table by parse(). The run ends with a report
+  // if the file can't be read or is damaged.
   void read();
 
   // Appends the atoms that the file does not hold yet, and logs how many. The

@@ -1,6 +1,7 @@
 #include "vocabulary/termtab.h"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <charconv>
 #include <cstddef>
@@ -12,6 +13,9 @@
 
 namespace vek {
 namespace {
+
+// Lines that are searched for together: each search waits for memory.
+constexpr std::size_t batch_size = 16;
 
 // A pair as one number, whose order is that of head and then modifier.
 constexpr std::uint64_t pair_key(std::uint32_t head, std::uint32_t mod) {
@@ -136,46 +140,58 @@ void TermTable::link() const {
   linked_ = true;
 }
 
-void TermTable::read() {
+bool TermTable::parse(std::string_view content) {
   assert(empty());
-  const std::string content = file_.load();
   const std::size_t nr_lines = count_lines(content);
   if (nr_lines >= EmptyAtom)
-    file_.reject();
+    return false;
   terms_.reserve(nr_lines);
   index_.reserve(nr_lines);
-  std::string_view rest = content;
-  std::string_view line;
-  while (take_line(rest, line)) {
-    if (!add_line(line))
-      file_.reject();
+  while (!content.empty()) {
+    if (!add_lines(content))
+      return false;
   }
-  file_.accept(size());
+  return true;
 }
 
 // Returns false if the line is none that write() leaves.
-bool TermTable::add_line(std::string_view line) {
-  Term term = {};
-  if (!parse_line(line, term) || !has_known_atoms(term))
-    return false;
-  const std::uint32_t nr_terms = size();
-  enter(term.head, term.mod);
-  return size() > nr_terms;
+bool TermTable::add_lines(std::string_view &content) {
+  std::array<Term, batch_size> batch;
+  std::size_t nr_lines = 0;
+  std::string_view line;
+  while (nr_lines < batch.size() && take_line(content, line)) {
+    Term &term = batch[nr_lines++];
+    if (!parse_line(line, term) || !has_known_atoms(term))
+      return false;
+    index_.prefetch(Slot{pair_key(term.head, term.mod), 0}.hash());
+  }
+  const std::size_t nr_before = size();
+  for (std::size_t i = 0; i < nr_lines; ++i)
+    enter(batch[i].head, batch[i].mod);
+  return size() == nr_before + nr_lines;
+}
+
+void TermTable::append_line(std::string &out, std::uint32_t term_id) const {
+  const Term &term = get_term(term_id);
+  append_number(out, term.head);
+  out += ' ';
+  append_number(out, term.mod);
+  out += ' ';
+  append_number(out, term.id);
+  out += ' ';
+  append_number(out, term.next);
+  out += '\n';
+}
+
+void TermTable::read() {
+  if (!parse(file_.load()))
+    file_.reject();
+  file_.accept(size());
 }
 
 void TermTable::write() {
-  if (has_unwritten())
-    link();
   file_.append(size(), "terms", [this](std::string &out, std::uint32_t id) {
-    const Term &term = terms_[id];
-    append_number(out, term.head);
-    out += ' ';
-    append_number(out, term.mod);
-    out += ' ';
-    append_number(out, term.id);
-    out += ' ';
-    append_number(out, term.next);
-    out += '\n';
+    append_line(out, id);
   });
 }
 

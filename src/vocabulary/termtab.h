@@ -67,12 +67,21 @@ class TermTable {
   std::uint32_t nr_written() const { return file_.nr_written(); }
   bool has_unwritten() const { return nr_written() < size(); }
 
-  // Loads the file into the empty table; the atom table must have been read.
-  // Of a line only head and modifier are used: the term's place is its id, and
-  // the chain has grown since the line was written. The run ends with a report
-  // if the file can't be read, or if it is damaged: a line that is not four
-  // 32-bit decimal numbers with one blank between them, a pair that was there
-  // before, no head, or an atom that the atom table does not hold.
+  // Enters the content of a file in the empty table; the atom table must have
+  // been read. Of a line only head and modifier are used: the term's place is
+  // its id, and the chain has grown since the line was written. Returns false
+  // if the content is damaged: a line that is not four 32-bit decimal numbers
+  // with one blank between them, a pair that was there before, no head, or an
+  // atom that the atom table does not hold. The table then holds the lines
+  // before that.
+  bool parse(std::string_view content);
+
+  // Adds to `out` the line of the file that stands for a term, as get_term()
+  // has it.
+  void append_line(std::string &out, std::uint32_t term_id) const;
+
+  // Loads the file into the empty table by parse(). The run ends with a report
+  // if the file can't be read or is damaged.
   void read();
 
   // Appends the terms that the file does not hold yet, and logs how many.
@@ -91,7 +100,8 @@ class TermTable {
   };
 
   void create_term(std::uint32_t head, std::uint32_t mod);
-  bool add_line(std::string_view line);
+  // Cuts some lines off the file's content and enters what they say.
+  bool add_lines(std::string_view &content);
   void link() const;
 
   // The chains are made on demand, in const functions too.

@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "classes/classtab.h"
 #include "params/params.h"
 #include "run/output_file.h"
 
@@ -27,20 +26,6 @@ bool reads(const std::string &text) {
   return profile.read(stream, nr_terms);
 }
 
-TEST(ClassProfile, CreatesEntriesOnlyWhenAskedTo) {
-  ClassProfile profile;
-  EXPECT_EQ(profile.tf(7), 0U);
-  EXPECT_EQ(profile.df(7), 0U);
-  EXPECT_EQ(profile.find(7), nullptr);
-  profile.erase(7);
-  EXPECT_EQ(profile.size(), 0U);
-  profile[7].tf = 3;
-  EXPECT_EQ(profile.tf(7), 3U);
-  EXPECT_EQ(profile.df(7), 0U);
-  EXPECT_EQ(profile.find(7)->weight, 0.0);
-  EXPECT_EQ(profile.size(), 1U);
-}
-
 // Compares with an ordered map after every few of many mixed steps.
 TEST(ClassProfile, BehavesAsAMapWalkedByAscendingTerm) {
   ClassProfile profile;
@@ -57,6 +42,8 @@ TEST(ClassProfile, BehavesAsAMapWalkedByAscendingTerm) {
       model[term] += 1;
     }
     ASSERT_EQ(profile.tf(term), model.contains(term) ? model[term] : 0);
+    ASSERT_EQ(profile.find(term) != nullptr, model.contains(term));
+    ASSERT_EQ(profile.df(term), 0U);
     if (step % 7 != 0)
       continue;
     auto expected = model.begin();
@@ -66,19 +53,6 @@ TEST(ClassProfile, BehavesAsAMapWalkedByAscendingTerm) {
       ASSERT_EQ(slot.entry.tf, (expected++)->second);
     }
   }
-}
-
-TEST(ClassProfile, AddsItsWeightsToTheSumOfAClass) {
-  class_table.enter("top", 0);
-  class_table.enter("son", 0);
-  ClassProfile &profile = class_table.get_profile(1);
-  profile[3].weight = 0.5;
-  profile[1].weight = -2.0;
-  class_table.get_data(0).weight_sum = 10.0;
-  profile.add_to_weight_sum(0);
-  profile.add_to_weight_sum(0);
-  EXPECT_EQ(class_table.get_data(0).weight_sum, 7.0);
-  EXPECT_EQ(class_table.get_data(1).weight_sum, 0.0);
 }
 
 struct Layout {
@@ -93,7 +67,7 @@ const std::vector<Layout> layouts = {
     {Algorithm::sbc, "2\t42\t1.23457\n5\t6\t7\t\n9\t1\t2\t\n"},
 };
 
-TEST(ClassProfile, WritesTheColumnsOfTheAlgorithm) {
+TEST(ClassProfile, WritesTheColumnsOfTheAlgorithmAndReadsZeroForTheRest) {
   ClassProfile profile;
   profile.set_threshold(1.23456789);
   profile[9] = {1, 2, 8.0, 1.0 / 3.0, 8.0, 3, 4};
@@ -101,29 +75,17 @@ TEST(ClassProfile, WritesTheColumnsOfTheAlgorithm) {
   for (const Layout &layout : layouts) {
     params.set_algorithm(layout.algorithm);
     EXPECT_EQ(written(profile, 42), layout.text);
-    EXPECT_EQ(written(ClassProfile(), 4294967295), "0\t4294967295\t1\n");
-  }
-}
-
-TEST(ClassProfile, ReadsWhatItWroteAndZeroForTheRest) {
-  for (const Layout &layout : layouts) {
-    params.set_algorithm(layout.algorithm);
     std::istringstream stream(layout.text);
-    ClassProfile profile;
+    ClassProfile again;
     std::uint32_t nr_terms = 0;
-    ASSERT_TRUE(profile.read(stream, nr_terms));
-    EXPECT_EQ(nr_terms, 42U);
-    EXPECT_EQ(profile.threshold(), 1.23457);
-    EXPECT_EQ(written(profile, nr_terms), layout.text);
-    const ClassProfileEntry &entry = *profile.find(5);
-    const bool winnow = layout.algorithm == Algorithm::winnow;
-    const bool rocchio = layout.algorithm == Algorithm::rocchio;
-    EXPECT_EQ(entry.promotions, winnow ? -1 : 0);
-    EXPECT_EQ(entry.demotions, winnow ? 2 : 0);
-    EXPECT_EQ(entry.pos_weight, rocchio ? -1.5e-7 : 0.0);
-    EXPECT_EQ(entry.neg_weight, 0.0);
-    EXPECT_EQ(entry.weight, 0.0);
+    ASSERT_TRUE(again.read(stream, nr_terms));
+    EXPECT_EQ(written(again, nr_terms), layout.text);
+    const ClassProfileEntry &entry = *again.find(5);
+    EXPECT_EQ(entry.pos_weight,
+              layout.algorithm == Algorithm::rocchio ? -1.5e-7 : 0.0);
+    EXPECT_EQ(entry.neg_weight + entry.weight, 0.0);
   }
+  EXPECT_EQ(written(ClassProfile(), 4294967295), "0\t4294967295\t1\n");
 }
 
 TEST(ClassProfile, ReadsNoFileOfAnotherAlgorithmOrOneThatIsCutShort) {
@@ -144,43 +106,32 @@ TEST(ClassProfile, ReadsNoFileOfAnotherAlgorithmOrOneThatIsCutShort) {
 }
 
 TEST(ClassProfile, ReadsNoDamagedFile) {
-  struct Case {
-    Algorithm algorithm;
-    std::string text;
-    bool readable = false;
-  };
   const auto winnow = Algorithm::winnow;
   const auto rocchio = Algorithm::rocchio;
   const auto sbc = Algorithm::sbc;
-  const std::vector<Case> cases = {
-      {sbc, "0\t0\t1\n", true},
+  const struct {
+    Algorithm algorithm;
+    std::string text;
+    bool readable = false;
+  } cases[] = {
       {sbc, " 1 \r\n 7 1e0 \v 5 6 7 \n\n", true},
       {sbc, "1\t0\t1\n5\t6\t7\t\n9\t1\t2\t\n"},
-      {sbc, "1\t0\t1\n5\t6\t7\t\nx"},
       {sbc, std::string("1\t0\t1\n5\t6\t7\t\n\0", 14)},
       {sbc, "2\t0\t1\n5\t6\t7\t\n5\t6\t7\t\n"},
       {sbc, "4294967295\t0\t1\n5\t6\t7\t\n"},
-      {sbc, "4294967296\t0\t1\n"},
-      {sbc, "-1\t0\t1\n"},
       {sbc, "0\t4294967296\t1\n"},
       {sbc, "0\t0\tnan\n"},
-      {sbc, "0\t0\t-infinity\n"},
       {sbc, "0\t0\t1e309\n"},
-      {sbc, "0\t0\t1x\n"},
-      {sbc, "0\t0\t1.7e308\n", true},
       {sbc, "1\t0\t1\n4294967295\t4294967295\t4294967295\n", true},
-      {sbc, "1\t0\t1\n4294967296\t6\t7\t\n"},
       {sbc, "1\t0\t1\n5\t4294967296\t7\t\n"},
-      {sbc, "1\t0\t1\n5\t6\t1.5\t\n"},
       {winnow, "1\t0\t1\n5\t6\t7\t2147483647\t-2147483648\n", true},
       {winnow, "1\t0\t1\n5\t6\t7\t2147483648\t0\n"},
       {winnow, "1\t0\t1\n5\t6\t7\t0\t-2147483649\n"},
       {rocchio, "1\t0\t1\n5\t6\t7\tinf\n"},
-      {rocchio, "1\t0\t1\n5\t6\t7\t-1e400\n"},
   };
-  for (const Case &one : cases) {
-    params.set_algorithm(one.algorithm);
-    EXPECT_EQ(reads(one.text), one.readable) << one.text;
+  for (const auto &[algorithm, text, readable] : cases) {
+    params.set_algorithm(algorithm);
+    EXPECT_EQ(reads(text), readable) << text;
   }
 }
 
@@ -199,7 +150,6 @@ TEST(ClassProfile, KeepsALargeTableAndTellsOfAFullDisk) {
   OutputFile full;
   full.open("/dev/full", OutputFile::Mode::truncate);
   EXPECT_FALSE(profile.write(full, 0));
-  EXPECT_FALSE(ClassProfile().write(full, 0));
 }
 
 }  // namespace

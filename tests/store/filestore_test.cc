@@ -556,7 +556,7 @@ TEST_F(StoreDeathTest, AssertsThatNoArgumentIsNull) {
   }
 }
 
-TEST_F(StoreDeathTest, GoesOnAfterAShortWriteOfABlock) {
+TEST_F(StoreDeathTest, TellsAShortWriteOfABlockAndWritesTheRest) {
   const auto put_short = [this] {
     OpenStore store = open();
     write_fault = {.call = 1, .moves = 3};
@@ -567,9 +567,22 @@ TEST_F(StoreDeathTest, GoesOnAfterAShortWriteOfABlock) {
   EXPECT_EXIT(put_short(), ExitedWithCode(0),
               "^warning: write_data wrote 3 bytes in stead of 10\n$");
   OpenStore store = open();
-  EXPECT_EQ(get(store, "a"), std::string("012\0\0\0\0\0\0\0", 10));
+  EXPECT_EQ(get(store, "a"), "0123456789");
   put(store, "b", "next");
   EXPECT_EQ(filestore_get_node(store.get(), "b")->offset, 10);
+}
+
+// A sync that was broken off in the middle of the index.
+TEST_F(Store, TakesTheIndexFromTheCopyIfThereIsOne) {
+  const std::string index = word(1) + word(1) + entry("a", 0, 0, 1);
+  set_file(".000", "xy");
+  for (const std::string &torn : {index.substr(0, 11), std::string(), index}) {
+    set_file(".idx", torn);
+    set_file(".new", index);
+    EXPECT_EQ(get(open(), "a"), "x");
+    EXPECT_EQ(hex(file(".idx")), hex(index));
+    EXPECT_FALSE(exists(".new"));
+  }
 }
 
 TEST_F(Store, WritesAgainAfterAnInterruption) {

@@ -13,7 +13,7 @@
 #include <string>
 
 #include "run/log.h"
-#include "support/temporary_directory.h"
+#include "support/messages.h"
 
 namespace vek {
 
@@ -40,11 +40,8 @@ RunResult run_in_child(Body body) {
   }
   int status = 0;
   waitpid(pid, &status, 0);
-  const std::string log = read_text("vek.log");
-  const std::size_t opening = log.find("\n\n");
   return {WIFSIGNALED(status) ? 1000 + WTERMSIG(status) : WEXITSTATUS(status),
-          read_text("screen"),
-          opening == std::string::npos ? log : log.substr(opening + 2)};
+          read_text("screen"), logged()};
 }
 
 // Ends such a run as a power cut does: no destructor, no last write.

@@ -28,41 +28,28 @@ struct PlainWinnow {
     WeightType score = params.algorithm() == Algorithm::sbc ? 1.0 : 0.0;
     for (const DocProfileEntry &entry : doc) {
       const ClassProfileEntry *e = profile.find(entry.term);
-      switch (params.algorithm()) {
-        case Algorithm::winnow:
-          if (e == nullptr)
-            break;
-          if (params.winnow().negative_weights()) {
-            score += (e->pos_weight - e->neg_weight) * entry.weight;
-          } else {
-            score += e->pos_weight * entry.weight;
-          }
-          break;
-        case Algorithm::rocchio:
-          if (e != nullptr)
-            score += e->pos_weight * entry.weight;
-          break;
-        case Algorithm::sbc:
-          score *= e != nullptr ? e->pos_weight : 0.01;
-          break;
+      if (params.algorithm() == Algorithm::sbc) {
+        score *= e != nullptr ? e->pos_weight : 0.01;
+      } else if (e != nullptr) {
+        const bool both = params.algorithm() == Algorithm::winnow &&
+                          params.winnow().negative_weights();
+        score += (both ? e->pos_weight - e->neg_weight : e->pos_weight) *
+                 entry.weight;
       }
     }
     return score;
   }
 
   static void init_winnow_weights(ClassData &data) {
-    WeightType pos = 2.0;
-    WeightType neg = 1.0;
-    if (params.normalize() != Normalize::linear) {
-      const ClassData &father = *data.father;
-      WeightType d = 10000.0;
-      // Documents that weigh nothing count as none.
-      if (father.nr_docs != 0 && father.weight_sum != 0.0) {
-        d = father.weight_sum / father.nr_docs;
-      }
-      pos = 2.0 / d;
-      neg = 1.0 / d;
-    }
+    const ClassData &father = *data.father;
+    WeightType d = 10000.0;
+    // Documents that weigh nothing count as none.
+    if (father.nr_docs != 0 && father.weight_sum != 0.0)
+      d = father.weight_sum / father.nr_docs;
+    if (params.normalize() == Normalize::linear)
+      d = 1.0;
+    const WeightType pos = 2.0 / d;
+    const WeightType neg = 1.0 / d;
     data.profile.set_init_weights(pos, neg);
     for (auto &[term, entry] : data.profile) {
       entry.pos_weight = pos;
@@ -70,45 +57,29 @@ struct PlainWinnow {
     }
   }
 
-  static void make_training_list(const DocumentMap &docs, TrainingList &list) {
-    for (const auto &[name, classes] : docs)
-      list.emplace_back(name, classes);
+  static TrainingList make_training_list(const DocumentMap &docs) {
+    TrainingList list(docs.begin(), docs.end());
     for (std::size_t i = 1; i < list.size(); ++i) {
       const auto other = static_cast<std::size_t>(lrand48()) % (i + 1);
       std::swap(list[i], list[other]);
     }
+    return list;
   }
 
-  // Calls change(entry) for the terms of the document that the class knows.
-  template <class Change>
-  static void for_known_terms(ClassProfile &profile, const DocProfile &doc,
-                              Change change) {
+  // Promotes a class that missed a member, demotes one that took another
+  // document; of the terms of the document, those that the class knows.
+  static void update(ClassProfile &profile, const DocProfile &doc,
+                     bool promoted) {
+    const double alpha = params.winnow().alpha();
+    const double beta = params.winnow().beta();
     for (const DocProfileEntry &entry : doc) {
       ClassProfileEntry *e = profile.find(entry.term);
-      if (e != nullptr)
-        change(*e);
+      if (e == nullptr)
+        continue;
+      e->pos_weight *= promoted ? alpha : beta;
+      e->neg_weight *= promoted ? beta : alpha;
+      ++(promoted ? e->promotions : e->demotions);
     }
-  }
-
-  static void promote(ClassProfile &profile, const DocProfile &doc) {
-    for_known_terms(profile, doc, [](ClassProfileEntry &e) {
-      e.pos_weight *= params.winnow().alpha();
-      e.neg_weight *= params.winnow().beta();
-    });
-  }
-
-  static void demote(ClassProfile &profile, const DocProfile &doc) {
-    for_known_terms(profile, doc, [](ClassProfileEntry &e) {
-      e.pos_weight *= params.winnow().beta();
-      e.neg_weight *= params.winnow().alpha();
-    });
-  }
-
-  static void count_update(ClassProfile &profile, const DocProfile &doc,
-                           bool promoted) {
-    for_known_terms(profile, doc, [&](ClassProfileEntry &e) {
-      ++(promoted ? e.promotions : e.demotions);
-    });
   }
 
   static int winnow_update(const std::vector<ClassData *> &sons,
@@ -118,31 +89,13 @@ struct PlainWinnow {
     for (ClassData *son_P : sons) {
       const WeightType s = score_document(son_P->profile, doc);
       const bool is_member = std::ranges::count(classes, son_P) > 0;
-      if (!is_member && s >= params.winnow().theta_min()) {
-        demote(son_P->profile, doc);
-        count_update(son_P->profile, doc, false);
-        result = -1;
-      }
-      if (is_member && s <= params.winnow().theta_plus()) {
-        promote(son_P->profile, doc);
-        count_update(son_P->profile, doc, true);
-        result = 1;
+      if (is_member ? s <= params.winnow().theta_plus()
+                    : s >= params.winnow().theta_min()) {
+        update(son_P->profile, doc, is_member);
+        result = is_member ? 1 : -1;
       }
     }
     return result;
-  }
-
-  static void winnow_pass(ClassData &father, int &promotions, int &demotions) {
-    TrainingList list;
-    make_training_list(father.train_docs, list);
-    for (const auto &[name, classes] : list) {
-      const int result =
-          winnow_update(father.sons, *data_base.get(name), classes);
-      if (result >= 1)
-        ++promotions;
-      if (result < 0)
-        ++demotions;
-    }
   }
 
   // Returns a line for each pass, as the log has it.
@@ -154,10 +107,16 @@ struct PlainWinnow {
     for (ClassData *son_P : father.sons)
       init_winnow_weights(*son_P);
     std::string lines;
+    int unchanged = 0;
     for (unsigned pass = 1; pass <= params.winnow().max_iters(); ++pass) {
       int promotions = 0;
       int demotions = 0;
-      winnow_pass(father, promotions, demotions);
+      for (const auto &[name, classes] :
+           make_training_list(father.train_docs)) {
+        const int result =
+            winnow_update(father.sons, *data_base.get(name), classes);
+        ++(result > 0 ? promotions : result < 0 ? demotions : unchanged);
+      }
       lines += "iteration " + std::to_string(pass) + ": " +
                std::to_string(promotions) + " promotions, " +
                std::to_string(demotions) + " demotions\n";

@@ -36,11 +36,6 @@ void wait_for_test() {
   fifo.get();
 }
 
-std::string text_of(const std::string &path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 std::string one_by_one(const std::string &text) {
   for (const char byte : text)
     write_bytes(std::string(1, byte));
@@ -69,7 +64,8 @@ std::string inheritance() {
 void answer(const std::string &script, const std::string &path) {
   if (script == "die before")
     std::exit(3);
-  std::string text = text_of(path);
+  std::ifstream stream(path, std::ios::binary);
+  std::string text(std::istreambuf_iterator<char>(stream), {});
   if (script == "die within") {
     write_bytes(text);
     std::exit(3);
@@ -106,10 +102,6 @@ void at_start(const std::string &script) {
     close(STDIN_FILENO);
     signal_test();
     pause();
-  }
-  if (script == "unasked") {
-    write_bytes("word\x01");
-    signal_test();
   }
 }
 
