@@ -3,9 +3,11 @@
 // and one that makes them better raises them.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <map>
 #include <set>
 #include <sstream>
@@ -19,28 +21,25 @@ namespace {
 // "[ head , modifier ]" for each pair.
 using Pairs = std::multiset<std::string>;
 
-struct Sentence {
-  std::string language;
-  std::string text;
-  std::string pairs;  // as in the file
+struct Score {
+  std::size_t nr_sentences = 0, nr_expected = 0, nr_found = 0, nr_right = 0;
+
+  void add(const Pairs &expected, const Pairs &found) {
+    ++nr_sentences;
+    nr_expected += expected.size();
+    nr_found += found.size();
+    Pairs right;
+    std::ranges::set_intersection(expected, found,
+                                  std::inserter(right, right.end()));
+    nr_right += right.size();
+  }
+  // In per mille, rounded down.
+  std::size_t precision() const { return 1000 * nr_right / nr_found; }
+  std::size_t recall() const { return 1000 * nr_right / nr_expected; }
 };
 
-std::vector<Sentence> read_gold() {
-  std::ifstream file(GOLD_FILE);
-  std::vector<Sentence> sentences;
-  for (std::string line; std::getline(file, line);) {
-    if (line.empty() || line[0] == '#')
-      continue;
-    if (line.starts_with("    ")) {
-      sentences.back().pairs = line.substr(4);
-    } else {
-      sentences.push_back({line.substr(0, 2), line.substr(4), ""});
-    }
-  }
-  return sentences;
-}
-
-Pairs expected_pairs(const std::string &text, Lexicon &lexicon) {
+Pairs expected_pairs(const std::string &text, const std::string &language) {
+  Lexicon lexicon(*find_language(language), Numbers::drop);
   Pairs pairs;
   std::istringstream all(text);
   for (std::string pair; std::getline(all, pair, ';');) {
@@ -56,48 +55,28 @@ Pairs expected_pairs(const std::string &text, Lexicon &lexicon) {
 }
 
 Pairs found_pairs(const std::string &text, const std::string &language) {
-  std::string analysis = TextAnalyser(language, Terms::pairs).analyse(text);
+  std::istringstream analysis(
+      TextAnalyser(language, Terms::pairs).analyse(text));
   Pairs pairs;
-  std::size_t begin = 0;
-  for (std::size_t end = analysis.find(']'); end != analysis.npos;
-       end = analysis.find(']', begin)) {
-    pairs.insert(analysis.substr(begin, end + 1 - begin));
-    begin = end + 2;
-  }
+  for (std::string pair; std::getline(analysis >> std::ws, pair, ']');)
+    pairs.insert(pair + ']');
   return pairs;
 }
 
-struct Score {
-  std::size_t nr_sentences = 0;
-  std::size_t nr_expected = 0;
-  std::size_t nr_found = 0;
-  std::size_t nr_right = 0;
-
-  void add(const Pairs &expected, const Pairs &found) {
-    ++nr_sentences;
-    nr_expected += expected.size();
-    nr_found += found.size();
-    Pairs rest = expected;
-    for (const std::string &pair : found) {
-      const auto match = rest.find(pair);
-      if (match == rest.end())
-        continue;
-      rest.erase(match);
-      ++nr_right;
-    }
-  }
-  // In per mille, rounded down.
-  std::size_t precision() const { return 1000 * nr_right / nr_found; }
-  std::size_t recall() const { return 1000 * nr_right / nr_expected; }
-};
-
 std::map<std::string, Score> score_by_language() {
   std::map<std::string, Score> scores;
-  for (const Sentence &sentence : read_gold()) {
-    Lexicon lexicon(*find_language(sentence.language), Numbers::drop);
-    scores[sentence.language].add(
-        expected_pairs(sentence.pairs, lexicon),
-        found_pairs(sentence.text, sentence.language));
+  std::ifstream file(GOLD_FILE);
+  std::string sentence;
+  for (std::string line; std::getline(file, line);) {
+    if (line.empty() || line[0] == '#')
+      continue;
+    if (!line.starts_with("    ")) {
+      sentence = line;
+      continue;
+    }
+    const std::string language = sentence.substr(0, 2);
+    scores[language].add(expected_pairs(line, language),
+                         found_pairs(sentence.substr(4), language));
   }
   return scores;
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <libstemmer.h>
 
+#include <iterator>
 #include <set>
 #include <sstream>
 #include <string>
@@ -17,20 +18,17 @@ namespace {
 
 std::vector<std::string> words_of(const std::string &list) {
   std::istringstream stream(list);
-  std::vector<std::string> words;
-  for (std::string word; stream >> word;)
-    words.push_back(word);
-  return words;
+  return {std::istream_iterator<std::string>(stream), {}};
 }
 
 // The names of all languages, without "none".
-std::vector<std::string> names() {
+std::set<std::string> names() {
   std::istringstream lines(list_of_languages());
-  std::vector<std::string> names;
+  std::set<std::string> names;
   for (std::string line; std::getline(lines, line);) {
     const std::string name = line.substr(0, line.find(' '));
     if (name != "none")
-      names.push_back(name);
+      names.insert(name);
   }
   return names;
 }
@@ -45,8 +43,7 @@ TEST(Language, HasEveryAlgorithmOfTheLibrary) {
   for (const char **name = sb_stemmer_list(); *name != nullptr; ++name) {
     algorithms.insert(*name);
   }
-  const std::vector<std::string> listed = names();
-  EXPECT_EQ(std::set<std::string>(listed.begin(), listed.end()), algorithms);
+  EXPECT_EQ(names(), algorithms);
 }
 
 TEST(Language, IsFoundByNameAndByItsOwnCodesOnly) {
@@ -64,17 +61,8 @@ TEST(Language, IsFoundByNameAndByItsOwnCodesOnly) {
       sb_stemmer_delete(stemmer_P);
     }
   }
-  for (const char *name : {"", " ", "klingon", "English", "e", "en eng"}) {
+  for (const char *name : {"", " ", "English", "e", "en eng"})
     EXPECT_EQ(find_language(name), nullptr) << name;
-  }
-}
-
-TEST(Language, HasFunctionWordsWhereTheyArePromised) {
-  for (const char *code : {"da", "nl", "en", "fi", "fr", "de", "hu", "it", "no",
-                           "pt", "ro", "ru", "es", "sv"}) {
-    const FunctionWords &words = find_language(code)->words;
-    EXPECT_GT(words_of(all_function_words(words)).size(), 150U) << code;
-  }
 }
 
 // A word that is listed in another form than words come in would never match.
@@ -95,11 +83,10 @@ TEST(Language, ListsItsFunctionWordsInTheirNormalForm) {
 }
 
 TEST(Language, KeepsWordsThatNameATopic) {
-  struct Case {
+  const struct {
     const char *language;
     const char *words;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"en",
        "computer world research system state mine well new york second "
        "back power bank network case part point number man time"},
@@ -120,8 +107,10 @@ TEST(Language, KeepsWordsThatNameATopic) {
       {"no", "verden system tid stat"},
       {"fi", "maailma kone aika kuusi"},
       {"hu", "világ rendszer idő ember"}};
-  for (const Case &c : cases) {
-    Lexicon lexicon(*find_language(c.language), Numbers::drop);
+  for (const auto &c : cases) {
+    const Language &language = *find_language(c.language);
+    EXPECT_GT(words_of(all_function_words(language.words)).size(), 150U);
+    Lexicon lexicon(language, Numbers::drop);
     for (const std::string &word : words_of(c.words)) {
       EXPECT_EQ(lexicon.look_up(word).kind, WordKind::content)
           << c.language << ' ' << word;

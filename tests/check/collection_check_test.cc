@@ -59,8 +59,6 @@ TEST_F(CollectionCheckTest, FindsWhatIsWrongWithALine) {
     std::string findings;
   } cases[] = {
       {"\n", "5: stop: the line is empty"},
-      {"   \n", "5: stop: the line is empty"},
-      {"g\n", "5: stop: there is no class behind `g'"},
       {"g \n", "5: stop: there is no class behind `g '"},
       {"g x\0 y\n"s, "5: stop: there is a NUL byte"},
       {" x\n",
@@ -84,7 +82,6 @@ TEST_F(CollectionCheckTest, FindsWhatIsWrongWithALine) {
        "5: warning: there is an empty class name\n"
        "./train:5: warning: class `' has training documents only"},
       {"g x y x\n", "5: warning: document `g' is in class `x' already"},
-      {"a x\n", "5: warning: document `a' is in class `x' already"},
       {"missing x\n", "5: stop: there is no file `files/missing.txt'"},
   };
   for (const auto &[line, findings] : cases) {
@@ -94,15 +91,7 @@ TEST_F(CollectionCheckTest, FindsWhatIsWrongWithALine) {
   }
 }
 
-TEST_F(CollectionCheckTest, FindsADocumentInBothLists) {
-  write_lists(good_train + "e y\ne x\n", good_test);
-  EXPECT_EQ(check(),
-            "./test:1: warning: document `e' stands in the training list too, "
-            "in line 5\n");
-}
-
 TEST_F(CollectionCheckTest, FindsWhatIsWrongWithAClass) {
-  const std::string quote = "g a\"b\n";
   const struct {
     std::string train;
     std::string test;
@@ -136,7 +125,6 @@ TEST_F(CollectionCheckTest, FindsWhatIsWrongWithAClass) {
 
 TEST_F(CollectionCheckTest, AClassNameStopsARunThatWritesClassFiles) {
   write_lists("a x\"\nb y\n", "e x\"\nf y\n");
-  EXPECT_NE(check().find("./train:1: warning: class name"), std::string::npos);
   settings_.set_save(true);
   EXPECT_NE(check().find("./train:1: stop: class name"), std::string::npos);
 }
@@ -200,10 +188,7 @@ TEST_F(CollectionCheckTest, ReadsTheResourceFileThatVekReads) {
 }
 
 TEST(CheckOptions, TakesADirectoryAndAResourceFile) {
-  const struct {
-    std::vector<const char *> arguments;
-    std::string result;
-  } cases[] = {
+  const std::pair<std::vector<std::string>, std::string> cases[] = {
       {{"news"}, "news,"},
       {{"-r", "my", "news"}, "news,my"},
       {{"news", "--resource", "my.rc"}, "news,my.rc"},
@@ -213,12 +198,12 @@ TEST(CheckOptions, TakesADirectoryAndAResourceFile) {
       {{}, "an examples directory is needed"},
       {{"-h"}, ","},
   };
-  for (const auto &[arguments, result] : cases) {
-    std::vector<char *> words;
-    for (const char *word : arguments)
-      words.push_back(const_cast<char *>(word));
+  for (auto [words, result] : cases) {
+    std::vector<char *> arguments;
+    for (std::string &word : words)
+      arguments.push_back(word.data());
     CheckOptions options;
-    const std::string problem = read_options(words, options);
+    const std::string problem = read_options(arguments, options);
     EXPECT_EQ(
         problem.empty() ? options.examples + ',' + options.rc_file : problem,
         result);

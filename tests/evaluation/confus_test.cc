@@ -1,9 +1,7 @@
 #include "evaluation/confus.h"
 
-#include <cstdint>
 #include <sstream>
 #include <string>
-#include <vector>
 
 #include "support/collection_fixture.h"
 
@@ -46,8 +44,6 @@ TEST_F(Confusion, ReportsCountsAndMeasures) {
             "Total       75.00%        80.00%        77.42%         4.71% \n"
             "sport       75.00%        80.00%        77.42%         4.71% \n"
             "\n");
-  matrix.report(3);
-  EXPECT_TRUE(read_text("vek.log").ends_with("\n\n" + text(matrix) + "\n"));
 }
 
 TEST_F(Confusion, LeavesOutMeasuresThatAreNotDefined) {
@@ -57,23 +53,18 @@ TEST_F(Confusion, LeavesOutMeasuresThatAreNotDefined) {
   make_test_documents(3);
   ConfusionMatrix matrix;
   enter(matrix, missed, 0, 2, 0);
-  EXPECT_EQ(text(matrix),
-            "Contingency table:RS/RNS/NRS/NRNS\n"
-            "top           0             2             0             1  \n"
-            "unused           0             0             0             3  \n"
-            "missed           0             2             0             1  \n"
-            "a           0             0             0             3  \n"
-            "a/deep           0             0             0             3  \n"
-            "\n"
-            "Precision/Recall/F-Measure/Fallout\n"
-            "\n");
+  EXPECT_TRUE(text(matrix).ends_with(
+      "a/deep           0             0             0             3  \n"
+      "\n"
+      "Precision/Recall/F-Measure/Fallout\n"
+      "\n"));
   // Relevant or not, but never right: all measures are 0, and defined.
   enter(matrix, deep, 0, 1, 1);
-  const std::string report = text(matrix);
-  EXPECT_EQ(report.substr(report.find("Total")),
-            "Total        0.00%         0.00%         0.00%         0.00% \n"
-            "a/deep        0.00%         0.00%         0.00%        50.00% \n"
-            "\n");
+  EXPECT_TRUE(text(matrix).ends_with(
+      "Fallout\n"
+      "Total        0.00%         0.00%         0.00%         0.00% \n"
+      "a/deep        0.00%         0.00%         0.00%        50.00% \n"
+      "\n"));
 }
 
 // Two documents in two classes each: RS + RNS exceeds the number of documents.
@@ -106,26 +97,14 @@ TEST_F(Confusion, MeasuresAreZeroWhereTheDivisorIs) {
   enter(matrix, a, 1, 0, 2);
   matrix.fallout(a.id, fallout);
   EXPECT_EQ(precision + recall + fallout, 0.0);
-}
-
-TEST_F(Confusion, CountsTheTopClassInEachRow) {
-  const ClassData &a = at("a");
-  ConfusionMatrix matrix;
-  enter(matrix, a, 3, 2, 1);
-  enter(matrix, top(), 0, 0, 1);
-  const std::vector<std::uint32_t> expected = {3, 3, 2, 2, 3, 1};
-  for (std::uint32_t i = 0; i < 6; ++i) {
-    EXPECT_EQ(matrix.get_confusion(i / 2, i % 2), expected[i]) << i;
-  }
   EXPECT_DEATH(matrix.enterNRS(2), "pos < size\\(\\)");
   EXPECT_DEATH(matrix.get_confusion(3, 0), "pos < size\\(\\)");
 }
 
 TEST(FMeasure, WeighsPrecisionAgainstRecall) {
-  struct Case {
+  const struct {
     double precision, recall, f, value;
-  };
-  const std::vector<Case> cases = {
+  } cases[] = {
       {0.75, 0.8, 1.0, 2.0 * 0.75 * 0.8 / (0.75 + 0.8)},
       {0.5, 1.0, 2.0, 2.5 / 3.0},
       {0.0, 0.0, 1.0, 0.0},
@@ -133,7 +112,7 @@ TEST(FMeasure, WeighsPrecisionAgainstRecall) {
       // Another order of multiplying ends in other bits.
       {0.8, 0.9, 3.0, 0.888888888888889},
   };
-  for (const Case &one : cases) {
+  for (const auto &one : cases) {
     EXPECT_EQ(f_measure(one.precision, one.recall, one.f), one.value);
   }
 }

@@ -2,13 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <sstream>
 #include <string>
-#include <vector>
 
 namespace vek {
 namespace {
@@ -33,60 +34,39 @@ std::string line_of(const Ranks &ranks, const std::string &name) {
 TEST_F(RanksTest, SortsHighestFirstAndWhatIsNoNumberLast) {
   const double infinity = std::numeric_limits<double>::infinity();
   Ranks ranks;
+  EXPECT_EQ(line_of(ranks, "d"), "d.txt \n");
   for (const double score :
        {1.0, std::nan(""), 2.0, -infinity, infinity, std::nan(""), 2.5}) {
     ranks.add(sport_P, score);
   }
   ranks.add(local_P, 1.0);
   ranks.add(local_P, 2.0);
+  ranks.add(local_P, std::nan(""));
   ranks.sort();
   EXPECT_EQ(line_of(ranks, "d"),
             "d.txt sport:inf sport:2.5 sport:2 news/local:2 sport:1 "
-            "news/local:1 sport:-inf sport:nan sport:nan\n");
+            "news/local:1 sport:-inf sport:nan sport:nan news/local:nan\n");
 }
 
 TEST_F(RanksTest, KeepsTheOrderOfManyEqualScores) {
   Ranks ranks;
   for (int i = 0; i < 99; ++i)
     ranks.add(i % 3 == 0 ? sport_P : local_P, i % 2);
-  Ranks expected;
-  for (const int score : {1, 0}) {
-    for (int i = score; i < 99; i += 2) {
-      expected.add(i % 3 == 0 ? sport_P : local_P, i % 2);
-    }
-  }
+  Ranks expected = ranks;
+  std::ranges::stable_sort(expected, std::greater(), &Ranking::score);
   ranks.sort();
   EXPECT_EQ(line_of(ranks, "d"), line_of(expected, "d"));
 }
 
 TEST_F(RanksTest, PrintsFiveSignificantDigits) {
-  struct Case {
-    double score;
-    std::string text;
-  };
-  const std::vector<Case> cases = {
-      {0.123456789, "0.12346"},
-      {1234567.0, "1.2346e+06"},
-      {2.0, "2"},
-      {-0.00001234, "-1.234e-05"},
-      {99999.5, "1e+05"},
-      {12345.0, "12345"},
-      {1e-300, "1e-300"},
-      {0.0, "0"},
-  };
-  for (const Case &one : cases) {
-    Ranks ranks;
-    ranks.add(sport_P, one.score);
-    EXPECT_EQ(line_of(ranks, "d12"), "d12.txt sport:" + one.text + "\n");
-  }
-}
-
-TEST_F(RanksTest, PrintsOneLine) {
   Ranks ranks;
-  EXPECT_EQ(line_of(ranks, "d12"), "d12.txt \n");
-  ranks.add(sport_P, 1.42713);
-  ranks.add(local_P, 0.87);
-  EXPECT_EQ(line_of(ranks, "d12"), "d12.txt sport:1.4271 news/local:0.87\n");
+  for (const double score :
+       {0.123456789, 1234567.0, -0.00001234, 99999.5, 12345.0, 1e-300, 0.0}) {
+    ranks.add(sport_P, score);
+  }
+  EXPECT_EQ(line_of(ranks, "d12"),
+            "d12.txt sport:0.12346 sport:1.2346e+06 sport:-1.234e-05 "
+            "sport:1e+05 sport:12345 sport:1e-300 sport:0\n");
 }
 
 TEST_F(RanksTest, EndsTheRunIfALineIsLost) {
@@ -105,10 +85,8 @@ TEST_F(RanksTest, EndsTheRunIfALineIsLost) {
 
 TEST(RankFileName, CountsFromZero) {
   std::array<char, 16> name;
-  for (const std::string expected : {"rank0", "rank1"}) {
-    next_rank_file_name(name.data(), name.size());
-    EXPECT_EQ(name.data(), expected);
-  }
+  next_rank_file_name(name.data(), name.size());
+  EXPECT_EQ(name.data(), std::string("rank0"));
   std::array<char, 5> too_small;
   next_rank_file_name(too_small.data(), too_small.size());
   EXPECT_EQ(too_small.data(), std::string("rank"));

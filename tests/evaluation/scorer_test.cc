@@ -72,10 +72,5 @@ TEST_F(Scorer, AgreesWithThePlainScoreToTheLastBit) {
   }
 }
 
-TEST_F(Scorer, ScoresNothingAgainstNoClasses) {
-  Dice dice(2);
-  EXPECT_EQ(scores_of(make_document(dice), {}), "");
-}
-
 }  // namespace
 }  // namespace vek

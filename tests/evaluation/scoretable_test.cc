@@ -27,11 +27,10 @@ std::string threshold_of(const ScoreTable &table) {
 }
 
 TEST(ScoreTable, PutsTheThresholdWhereBothSidesErrAlike) {
-  struct Case {
+  const struct {
     Values pos, neg;
     double threshold;
-  };
-  const std::vector<Case> cases = {
+  } cases[] = {
       {{2, 3, 4}, {1, 2}, 3.0 * (2.0 + 1.0 / 3.0) / 3},
       {{5}, {1}, 4.0},
       // Edges count from 0, not from the lowest score.
@@ -40,11 +39,8 @@ TEST(ScoreTable, PutsTheThresholdWhereBothSidesErrAlike) {
       // An edge at which both are equal is the upper one.
       {{1, 3, 3, 4}, {0, 1, 2}, 2.0},
   };
-  for (const Case &one : cases) {
-    const ScoreTable table = make_table(one.pos, one.neg);
-    EXPECT_TRUE(table.has_threshold());
-    EXPECT_EQ(table.determine_threshhold(), one.threshold);
-  }
+  for (const auto &[pos, neg, threshold] : cases)
+    EXPECT_EQ(threshold_of(make_table(pos, neg)), exact(threshold));
 }
 
 TEST(ScoreTable, HasNoThresholdWhereNothingCrosses) {
@@ -97,63 +93,38 @@ TEST(ScoreTable, AgreesWithThePlainThresholdToTheLastBit) {
   EXPECT_GT(nr_without, 10);
 }
 
-TEST(ScoreTable, CountsFromTheLowerEdgeToBelowTheUpper) {
-  struct Case {
-    double low, high;
-    int number;
-  };
-  const Values values = {-1, 1, 2, 2, 2, 3};
-  for (const Case &one : {Case{2, 3, 3}, Case{1, 2, 1}, Case{2, 2, 0},
-                          Case{3, 1, 0}, Case{-5, 9, 6}, Case{2.5, 2.6, 0}}) {
-    EXPECT_EQ(count_scores(values, one.low, one.high), one.number)
-        << one.low << ' ' << one.high;
-  }
-  EXPECT_EQ(count_scores({}, 0, 1), 0);
-}
-
-class LeafThresholds : public CollectionTest {
- protected:
-  LeafThresholds() {
-    params.set_algorithm(Algorithm::rocchio);
-    store("d1", {{1, 1}});
-    store("d2", {{1, 2}, {2, 1}});
-    store("d3", {{3, 1}});
-    train("d1", at("a"));
-    train("d2", at("a/x"));
-    train("d2", at("b"));
-    train("d3", at("b"));
-    at("untrained");
-    gather();
-    for (const char *path : {"a/x", "b", "untrained"}) {
-      at(path).profile[1].pos_weight = 1.0 / std::log(3.0 / 2);
-      at(path).profile.set_threshold(0.5);
-    }
-    for (const char *name : {"d3", "d1", "d2"})
-      data_base.get(name)->weigh(0);
-  }
-};
+using LeafThresholds = CollectionTest;
 
 TEST_F(LeafThresholds, ComeFromAllDocumentsRead) {
+  params.set_algorithm(Algorithm::rocchio);
+  store("d1", {{1, 1}});
+  store("d2", {{1, 2}, {2, 1}});
+  store("d3", {{3, 1}});
+  train("d1", at("a"));
+  train("d2", at("a/x"));
+  train("d2", at("b"));
+  train("d3", at("b"));
+  at("untrained");
+  gather();
+  for (const char *path : {"a", "a/x", "b", "untrained"}) {
+    at(path).profile[1].pos_weight = 1.0 / std::log(3.0 / 2);
+    at(path).profile.set_threshold(0.5);
+  }
+  for (const char *name : {"d3", "d1", "d2"})
+    data_base.get(name)->weigh(0);
   set_leaf_thresholds();
+  // Of a father when asked for.
+  ScoreTable().collect(&at("a"));
   scores.close();
   EXPECT_EQ(read_text("scores.dat"),
             "b + 0 2 \nb - 1 \n"
             "untrained + \nuntrained - 0 1 2 \n"
-            "x + 2 \nx - 0 1 \n");
+            "x + 2 \nx - 0 1 \n"
+            "a + 1 2 \na - 0 \n");
   EXPECT_EQ(log_lines("Class "),
             "Class b threshhold 1.000000\n"
             "Class untrained threshhold 0.500000\n"
             "Class x threshhold 2.000000\n");
-  EXPECT_EQ(at("a").profile.threshold(), 1.0);
-}
-
-TEST_F(LeafThresholds, CollectsTheDocumentsOfAFatherToo) {
-  ScoreTable table;
-  at("a").profile[1].pos_weight = 1.0;
-  table.collect(&at("a"));
-  scores.close();
-  EXPECT_EQ(read_text("scores.dat"), "a + 0.405465 0.81093 \na - 0 \n");
-  EXPECT_EQ(table.pos.size(), 2U);
 }
 
 }  // namespace

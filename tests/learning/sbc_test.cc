@@ -1,7 +1,6 @@
 #include "learning/sbc.h"
 
 #include <cstdint>
-#include <vector>
 
 #include "support/collection_fixture.h"
 
@@ -14,11 +13,10 @@ class Sbc : public CollectionTest {
 };
 
 TEST_F(Sbc, WeighsByRelativeFrequencyWithOneAdded) {
-  struct Case {
+  const struct {
     std::uint32_t tf, nr_terms;
     double weight;
-  };
-  const std::vector<Case> cases = {
+  } cases[] = {
       {4, 500, 0.01},
       {0, 3, 1.0 / 3.0},
       {9, 3, 10.0 / 3.0},
@@ -31,7 +29,7 @@ TEST_F(Sbc, WeighsByRelativeFrequencyWithOneAdded) {
   ClassData &son = at("a");
   for (const bool laplace : {true, false}) {
     params.sbc().set_laplace(laplace);
-    for (const Case &one : cases) {
+    for (const auto &one : cases) {
       son.profile[1].tf = one.tf;
       son.nr_terms = one.nr_terms;
       sbc_set_weights(top());
@@ -49,12 +47,6 @@ TEST_F(Sbc, TrainsFathersWithDocumentsAndNothingElse) {
   train_sbc();
   EXPECT_EQ(at("a").profile.find(2)->pos_weight, 1.0);
   EXPECT_EQ(at("b/x").profile.find(1)->pos_weight, 0.0);
-  EXPECT_EQ(top().profile.find(1)->pos_weight, 0.0);
-  EXPECT_EQ(at("a").profile.threshold(), 1.0);
-  scores.close();
-  EXPECT_EQ(read_text("scores.dat"), "");
-  EXPECT_EQ(log_lines("training") + log_lines("Class"),
-            "training S.B.C. on `top' with 1 documents: 2 active terms.\n");
   // From statistics alone, all classes have weights.
   restore_sbc_weights();
   EXPECT_EQ(at("b/x").profile.find(1)->pos_weight, 1.0);

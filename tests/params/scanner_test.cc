@@ -3,19 +3,19 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <bit>
 #include <cctype>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
-#include <functional>
 #include <limits>
 #include <random>
 #include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "support/messages.h"
 
 namespace vek {
 namespace {
@@ -64,10 +64,8 @@ struct Scan {
 void check_scans(Mode mode, const std::vector<Scan> &scans) {
   for (const Scan &scan : scans) {
     SCOPED_TRACE(testing::PrintToString(scan.input));
-    testing::internal::CaptureStderr();
-    const std::string found = tokens(mode, scan.input);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), scan.messages);
-    EXPECT_EQ(found, scan.tokens);
+    EXPECT_EQ(screen([&] { EXPECT_EQ(tokens(mode, scan.input), scan.tokens); }),
+              scan.messages);
   }
 }
 
@@ -76,50 +74,27 @@ std::string unterminated(int line) {
          ": unterminated string constant\n";
 }
 
-TEST(Scanner, ReadsNumbersOfResourceFiles) {
-  check_scans(Mode::resource, {
-                                  {"1,000", "int(1,000)"},
-                                  {"1,,2", "int(1,,2)"},
-                                  {"12,", "int(12) 44(,)"},
-                                  {",1", "44(,) int(1)"},
-                                  {"-1", "45(-) int(1)"},
-                                  {"1.5", "real(1.5)"},
-                                  {".5", "real(.5)"},
-                                  {"1.", "int(1) 46(.)"},
-                                  {"1..5", "int(1) 46(.) real(.5)"},
-                                  {"1.2.3", "real(1.2) real(.3)"},
-                                  {"1,000.5,5", "real(1,000.5,5)"},
-                                  {"1.5,", "real(1.5) 44(,)"},
-                                  {"1,.5", "int(1) 44(,) real(.5)"},
-                                  {"1.,5", "int(1) 46(.) 44(,) int(5)"},
-                                  {"1.5e-3", "real(1.5e-3)"},
-                                  {".5E+2", "real(.5E+2)"},
-                                  {"1.5e1,0", "real(1.5e1,0)"},
-                                  {"1.5e1,", "real(1.5e1) 44(,)"},
-                                  {"1.5,e3", "real(1.5) 44(,) name(e) int(3)"},
-                                  {"1.5e", "real(1.5) name(e)"},
-                                  {"1.5e+", "real(1.5) name(e) 43(+)"},
-                                  {"1.5e+x", "real(1.5) name(e) 43(+) name(x)"},
-                                  {"1.e5", "int(1) 46(.) name(e) int(5)"},
-                                  {"1e3", "int(1) name(e) int(3)"},
-                              });
-}
-
-TEST(Scanner, ReadsIdentifiersAndKeywordsOfResourceFiles) {
-  const std::string longest(100, 'q');
-  check_scans(Mode::resource,
-              {
-                  {"ON On on", "261(ON) 261(On) 261(on)"},
-                  {"Maxranks", "268(Maxranks)"},
-                  {"bool WINNOWFILTER", "286(bool) 303(WINNOWFILTER)"},
-                  {"maxranksx maxrank max_ranks",
-                   "name(maxranksx) name(maxrank) name(max_ranks)"},
-                  {"negativeweightss", "name(negativeweightss)"},
-                  {"abc1", "name(abc) int(1)"},
-                  {"a-b", "name(a) 45(-) name(b)"},
-                  {"_ a_b", "name(_) name(a_b)"},
-                  {longest, "name(" + longest + ")"},
-              });
+TEST(Scanner, FindsTheTokensOfResourceFiles) {
+  check_scans(
+      Mode::resource,
+      {
+          {"1,000 1,,2 12,", "int(1,000) int(1,,2) int(12) 44(,)"},
+          {"-1 1. .5", "45(-) int(1) int(1) 46(.) real(.5)"},
+          {"1.2.3 1,000.5,5", "real(1.2) real(.3) real(1,000.5,5)"},
+          {"1.5e-3 .5E+2 1.5e1,0", "real(1.5e-3) real(.5E+2) real(1.5e1,0)"},
+          {"1.5e+x 1e3",
+           "real(1.5) name(e) 43(+) name(x) int(1) name(e) int(3)"},
+          {"ON On on bool WINNOWFILTER",
+           "261(ON) 261(On) 261(on) 286(bool) 303(WINNOWFILTER)"},
+          {"maxranksx _ a_b abc1",
+           "name(maxranksx) name(_) name(a_b) name(abc)"
+           " int(1)"},
+          {"# a \"b\nc # d\n#\n", "name(c)"},
+          {"#a\n# \"b\"", "35(#) string(b)"},
+          {"[]{}|=", "91([) 93(]) 123({) 125(}) 124(|) 61(=)"},
+          {"\x01\x7F\x80\xFF", "1(\x01) 127(\x7F) -128(\x80) -1(\xFF)"},
+          {"a\t\v\f\r\n b\\", "name(a) name(b) 92(\\)"},
+      });
 }
 
 TEST(Scanner, ReadsAnyCaseOfEachKeyword) {
@@ -134,88 +109,37 @@ TEST(Scanner, ReadsAnyCaseOfEachKeyword) {
   }
 }
 
-TEST(Scanner, SkipsCommentsThatHaveALineEnd) {
-  check_scans(Mode::resource, {
-                                  {"# a \"b\nc # d\n", "name(c)"},
-                                  {"#\n##\n\n#\n", ""},
-                                  {"a#b", "name(a) 35(#) name(b)"},
-                                  {"#a\n# \"b\"", "35(#) string(b)"},
-                                  {"\"#\"\n", "string(#)"},
-                              });
-}
-
-TEST(Scanner, HasSignedCodesForBytesInResourceFiles) {
-  check_scans(Mode::resource,
-              {
-                  {"[]{}|=;", "91([) 93(]) 123({) 125(}) 124(|) 61(=) 59(;)"},
-                  {"\x01\x7F", "1(\x01) 127(\x7F)"},
-                  {"\x80\xFF", "-128(\x80) -1(\xFF)"},
-                  {"a\t\v\f\r\n b", "name(a) name(b)"},
-                  {"\\", "92(\\)"},
-              });
-}
-
-TEST(Scanner, ReadsWordsOfDocuments) {
-  check_scans(Mode::document,
-              {
-                  {"", ""},
-                  {" \t\v\f\r\n ", ""},
-                  {"[a,b]|{c}",
-                   "91([) word(a) 44(,) word(b) 93(]) 124(|) 123({) "
-                   "word(c) 125(})"},
-                  {"On #x 1.5e-3", "word(On) word(#x) word(1.5e-3)"},
-                  {"\x7F\x80\xFF!", "word(\x7F\x80\xFF!)"},
-                  {"a\x01"
-                   "b",
-                   "word(a) 1(\x01) word(b)"},
-                  {"1,000", "word(1,000)"},
-                  {"1,000a", "word(1,000) word(a)"},
-                  {"12ab", "word(12ab)"},
-                  {"1,a", "word(1) 44(,) word(a)"},
-                  {"1,2,", "word(1,2) 44(,)"},
-                  {"a1,000", "word(a1) 44(,) word(000)"},
-                  {"-1,000", "word(-1) 44(,) word(000)"},
-                  {"1a,2", "word(1a) 44(,) word(2)"},
-              });
-}
-
-TEST(Scanner, KeepsEscapePairsInWords) {
-  check_scans(Mode::document, {
-                                  {"a\\,b", "word(a\\,b)"},
-                                  {"two\\ words", "word(two\\ words)"},
-                                  {"\\[\\\"\\\\", "word(\\[\\\"\\\\)"},
-                                  {"\\\\\"a\"", "word(\\\\) string(a)"},
-                                  {"1\\,2", "word(1\\,2)"},
-                                  {"1,2\\,3", "word(1,2) word(\\,3)"},
-                                  {"a\\\nb", "word(a) 92(\\) word(b)"},
-                                  {"\\\\\\\n", "word(\\\\) 92(\\)"},
-                                  {"a\\", "word(a) 92(\\)"},
-                              });
+TEST(Scanner, FindsTheTokensOfDocuments) {
+  check_scans(
+      Mode::document,
+      {
+          {"", ""},
+          {" \t\v\f\r\n ", ""},
+          {"[a,b]|{", "91([) word(a) 44(,) word(b) 93(]) 124(|) 123({)"},
+          {"On #x 1.5e-3", "word(On) word(#x) word(1.5e-3)"},
+          {"\x7F\x80\xFF! a\x01", "word(\x7F\x80\xFF!) word(a) 1(\x01)"},
+          {"1,000a 12ab", "word(1,000) word(a) word(12ab)"},
+          {"1,2, a1,0", "word(1,2) 44(,) word(a1) 44(,) word(0)"},
+          {"a\\,b two\\ words", "word(a\\,b) word(two\\ words)"},
+          {"\\[\\\"\\\\ 1\\,2", "word(\\[\\\"\\\\) word(1\\,2)"},
+          {"\\\\\"a\" a\\", "word(\\\\) string(a) word(a) 92(\\)"},
+          {"a\\\nb", "word(a) 92(\\) word(b)"},
+      });
 }
 
 TEST(Scanner, ReadsQuotedStringsInBothModes) {
   const std::vector<Scan> scans = {
-      {R"("two words")", "string(two words)"},
-      {R"("")", "string()"},
-      {R"("""")", "string() string()"},
+      {R"("two words" "")", "string(two words) string()"},
       {R"("a\"b")", R"(string(a\"b))"},
       // The match goes to the second quote, the text to the first one.
       {R"("a\\"b")", R"(string(a\\))"},
-      {R"("a\\" "[")", R"(string(a\\) 91([) 34("))"},
-      {"\"a\\n\"", "string(a\\n)"},
-      {"\"\x80[#,\"", "string(\x80[#,)"},
       // Nothing closes it on its line.
       {"\"ab\\\"\n", "", unterminated(1)},
-      {"\"ab\\\\\"\n", "", unterminated(1)},
       {"\n\n\"ab [\n]\n\"", "93(]) 34(\")", unterminated(3)},
-      {"\"\n\"\n", "", unterminated(1) + unterminated(2)},
       // Nor before the end of the input, but there is no line end either.
       {"\"[[", "34(\") 91([) 91([)"},
-      {"\"", "34(\")"},
-      {"\"\"\"", "string() 34(\")"},
       // A quote behind a backslash is the best that the last line has.
       {"\"ab\\\" [", "string(ab\\\") 91([)"},
-      {"\"ab\\\\\"", "string(ab\\\\)"},
   };
   check_scans(Mode::resource, scans);
   check_scans(Mode::document, scans);
@@ -237,65 +161,74 @@ TEST(Scanner, DeliversAByteZeroAsTheEndAndCanGoOn) {
 }
 
 // ---------------------------------------------------------------------------
-// The rules once more, as the table of patterns that they are, for short
-// inputs: every pattern is followed through all places that it can reach.
+// The rules once more, plainly: what a whole match looks like. The longest one
+// counts, and of several the first in the table.
 
-// Bit n stands for the place before byte n.
-using Places = std::uint64_t;
-// The places that can be reached from some places by matching once.
-using Pattern = std::function<Places(std::string_view, Places)>;
+using Matches = bool (*)(std::string_view match);
 
-Pattern byte(const std::function<bool(char)> &matches) {
-  return [matches](std::string_view text, Places from) {
-    Places to = 0;
-    for (std::size_t n = 0; n < text.size(); ++n) {
-      if ((from >> n & 1) != 0 && matches(text[n]))
-        to |= Places{2} << n;
-    }
-    return to;
-  };
+bool is_all_of(std::string_view text, std::string_view bytes) {
+  return text.find_first_not_of(bytes) == text.npos;
 }
 
-Pattern one_of(std::string_view set) {
-  return byte([set](char c) { return set.find(c) != std::string_view::npos; });
+bool is_blank(std::string_view match) {
+  return is_all_of(match, "\t\v\f\r \n");
 }
-
-Pattern none_of(std::string_view set) {
-  return byte([set](char c) { return set.find(c) == std::string_view::npos; });
+bool is_comment(std::string_view match) {
+  return match[0] == '#' && match.find('\n') == match.size() - 1;
 }
-
-Pattern sequence(const std::vector<Pattern> &parts) {
-  return [parts](std::string_view text, Places places) {
-    for (const Pattern &part : parts)
-      places = part(text, places);
-    return places;
-  };
+bool is_group(std::string_view match) {
+  return !match.empty() && match.front() != ',' && match.back() != ',' &&
+         is_all_of(match, "0123456789,");
 }
-
-Pattern either(const Pattern &first, const Pattern &second) {
-  return [first, second](std::string_view text, Places from) {
-    return first(text, from) | second(text, from);
-  };
+bool is_rational(std::string_view match) {
+  const std::size_t point = match.find('.');
+  if (point == match.npos || (point > 0 && !is_group(match.substr(0, point))))
+    return false;
+  const std::string_view fraction = match.substr(point + 1);
+  const std::size_t e = fraction.find_first_of("eE");
+  if (e == fraction.npos)
+    return is_group(fraction);
+  const std::size_t sign = fraction.find_first_of("+-", e) == e + 1 ? 1 : 0;
+  return is_group(fraction.substr(0, e)) &&
+         is_group(fraction.substr(e + 1 + sign));
 }
-
-Pattern optional(const Pattern &part) {
-  return [part](std::string_view text, Places from) {
-    return from | part(text, from);
-  };
+bool is_identifier(std::string_view match) {
+  return std::ranges::all_of(match, [](char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+  });
 }
-
-Pattern any_number_of(const Pattern &part) {
-  return [part](std::string_view text, Places reached) {
-    for (Places before = 0; before != reached;) {
-      before = reached;
-      reached |= part(text, reached);
-    }
-    return reached;
-  };
+bool is_bracket(std::string_view match) {
+  return match.size() == 1 && is_all_of(match, "[]{}|");
 }
-
-Pattern run_of(const Pattern &part) {
-  return sequence({part, any_number_of(part)});
+bool is_word(std::string_view match) {
+  for (std::size_t n = 0; n < match.size(); ++n) {
+    const bool above_space = static_cast<unsigned char>(match[n]) > 0x20;
+    if (match[n] == '\\' && n + 1 < match.size() && match[n + 1] != '\n')
+      ++n;
+    else if (!above_space || is_all_of(match.substr(n, 1), "\",[]{|}\\"))
+      return false;
+  }
+  return true;
+}
+// A quote and more: in between no line end, and a quote behind a backslash
+// only.
+bool is_opened(std::string_view match) {
+  if (match.size() < 2 || match[0] != '"')
+    return false;
+  for (std::size_t n = 1; n + 1 < match.size(); ++n) {
+    if (match[n] == '\n' || (match[n] == '"' && match[n - 1] != '\\'))
+      return false;
+  }
+  return true;
+}
+bool is_string(std::string_view match) {
+  return is_opened(match) && match.back() == '"';
+}
+bool is_unterminated(std::string_view match) {
+  return is_opened(match) && match.back() == '\n';
+}
+bool is_single(std::string_view match) {
+  return match.size() == 1 && match[0] != '\n';
 }
 
 constexpr int skipped = -1000;
@@ -303,48 +236,25 @@ constexpr int own_code = -1001;
 constexpr int dropped = -1002;
 
 struct Rule {
-  Pattern pattern;
+  Matches matches;
   int result;
 };
 
 std::vector<Rule> rules_of(Mode mode) {
-  const Pattern digit = one_of("0123456789");
-  const Pattern group = sequence(
-      {digit,
-       optional(sequence({any_number_of(one_of("0123456789,")), digit}))});
-  const Pattern pair = sequence({one_of("\\"), none_of("\n")});
-  const Pattern open =
-      sequence({one_of("\""), any_number_of(either(none_of("\"\n"), pair))});
-  const Pattern letter = byte([](char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
-  });
-  const Pattern word_byte = byte([](char c) {
-    const bool above_space = static_cast<unsigned char>(c) > 0x20;
-    return above_space &&
-           std::string_view("\",[]{|}\\").find(c) == std::string_view::npos;
-  });
-  const Pattern exponent =
-      sequence({one_of("eE"), optional(one_of("+-")), group});
-
-  std::vector<Rule> rules = {{run_of(one_of("\t\v\f\r \n")), skipped}};
   if (mode == Mode::resource) {
-    rules.push_back(
-        {sequence({one_of("#"), any_number_of(none_of("\n")), one_of("\n")}),
-         skipped});
-    rules.push_back(
-        {sequence({optional(group), one_of("."), group, optional(exponent)}),
-         Token::rational});
-    rules.push_back({group, Token::integer});
-    rules.push_back({run_of(letter), Token::identifier});
-  } else {
-    rules.push_back({one_of("[]{}|"), own_code});
-    rules.push_back({group, Token::word});
-    rules.push_back({run_of(either(word_byte, pair)), Token::word});
+    return {{is_blank, skipped},
+            {is_comment, skipped},
+            {is_rational, Token::rational},
+            {is_group, Token::integer},
+            {is_identifier, Token::identifier},
+            {is_string, Token::string},
+            {is_unterminated, dropped},
+            {is_single, own_code}};
   }
-  rules.push_back({sequence({open, one_of("\"")}), Token::string});
-  rules.push_back({sequence({open, one_of("\n")}), dropped});
-  rules.push_back({none_of("\n"), own_code});
-  return rules;
+  return {{is_blank, skipped},        {is_bracket, own_code},
+          {is_group, Token::word},    {is_word, Token::word},
+          {is_string, Token::string}, {is_unterminated, dropped},
+          {is_single, own_code}};
 }
 
 struct Match {
@@ -353,14 +263,13 @@ struct Match {
 };
 
 Match longest_match(const std::vector<Rule> &rules, std::string_view text) {
-  Match best;
-  for (const Rule &rule : rules) {
-    const Places ends = rule.pattern(text, 1);
-    const auto size = static_cast<std::size_t>(std::bit_width(ends));
-    if (size > best.size + 1)
-      best = {rule.result, size - 1};
+  for (std::size_t size = text.size(); size > 0; --size) {
+    for (const Rule &rule : rules) {
+      if (rule.matches(text.substr(0, size)))
+        return {rule.result, size};
+    }
   }
-  return best;
+  return {};
 }
 
 std::string_view reference_string_text(std::string_view match) {
@@ -430,83 +339,57 @@ std::string scan_with_lines(Mode mode, std::string_view text) {
   return out + on_line(scanner.line(), Token::end, scanner.text());
 }
 
-// Compares the scanner with the rules, text after text.
-class Comparison {
- public:
-  explicit Comparison(Mode mode) : mode_(mode), rules_(rules_of(mode)) {
-    testing::internal::CaptureStderr();
-  }
-  ~Comparison() {
-    EXPECT_TRUE(testing::internal::GetCapturedStderr() == messages_);
-    EXPECT_GT(nr_texts_, 0);
-  }
-
-  void compare(const std::string &text) {
-    const Outcome expected = reference_scan(rules_, text);
-    messages_ += expected.messages;
-    ++nr_texts_;
-    ASSERT_EQ(scan_with_lines(mode_, text), expected.tokens)
-        << testing::PrintToString(text);
-  }
-
-  // All texts of up to `size` bytes of the alphabet.
-  void compare_all(std::string_view alphabet, std::size_t size) {
-    std::vector<std::string> texts = {""};
-    for (std::size_t n = 0; n <= size; ++n) {
-      std::vector<std::string> longer;
-      for (const std::string &text : texts) {
-        compare(text);
-        if (testing::Test::HasFatalFailure())
-          return;
-        for (const char c : alphabet)
-          longer.push_back(text + c);
-      }
-      texts.swap(longer);
+void compare(Mode mode, const std::vector<std::string> &texts) {
+  const std::vector<Rule> rules = rules_of(mode);
+  std::string messages;
+  const std::string shown = screen([&] {
+    for (const std::string &text : texts) {
+      const Outcome expected = reference_scan(rules, text);
+      messages += expected.messages;
+      ASSERT_EQ(scan_with_lines(mode, text), expected.tokens)
+          << testing::PrintToString(text);
     }
-  }
-
-  void compare_random(std::string_view alphabet, int nr_texts) {
-    std::mt19937 random(4711);
-    for (int n = 0; n < nr_texts; ++n) {
-      std::string text(random() % 60, ' ');
-      for (char &c : text)
-        c = alphabet[random() % alphabet.size()];
-      compare(text);
-      if (testing::Test::HasFatalFailure())
-        return;
-    }
-  }
-
- private:
-  const Mode mode_;
-  const std::vector<Rule> rules_;
-  std::string messages_;
-  int nr_texts_ = 0;
-};
-
-TEST(Scanner, FollowsTheRulesOnAllShortResourceFiles) {
-  Comparison comparison(Mode::resource);
-  comparison.compare_all("\"\\\n# 1,.e+a", 4);
-  comparison.compare_all("1,.e+", 6);
-  comparison.compare_all("\"\\\n#", 7);
+  });
+  EXPECT_TRUE(shown == messages);
 }
 
-TEST(Scanner, FollowsTheRulesOnAllShortDocuments) {
-  Comparison comparison(Mode::document);
-  comparison.compare_all("\"\\\n 1,a[\x80", 4);
-  comparison.compare_all("1,a\\", 6);
-  comparison.compare_all("\"\\\na", 7);
+// All texts of up to `size` bytes of the alphabet.
+void compare_all(Mode mode, std::string_view alphabet, std::size_t size) {
+  std::vector<std::string> texts = {""};
+  for (std::size_t n = 0; n < texts.size(); ++n) {
+    for (const char c : alphabet) {
+      if (texts[n].size() < size)
+        texts.push_back(texts[n] + c);
+    }
+  }
+  compare(mode, texts);
+}
+
+TEST(Scanner, FollowsTheRulesOnAllShortTexts) {
+  compare_all(Mode::resource, "\"\\\n# 1,.e+a", 4);
+  compare_all(Mode::resource, "1,.e+", 6);
+  compare_all(Mode::resource, "\"\\\n#", 7);
+  compare_all(Mode::document, "\"\\\n 1,a[\x80", 4);
+  compare_all(Mode::document, "1,a\\", 6);
+  compare_all(Mode::document, "\"\\\na", 7);
 }
 
 TEST(Scanner, FollowsTheRulesOnRandomTexts) {
-  std::string common = "\"\"\"\\\\\\\n\n###11223,,,...eeE+-+-onOFF  [](){}|_=";
-  Comparison(Mode::resource).compare_random(common, 4000);
-  Comparison(Mode::document).compare_random(common, 4000);
-  for (int byte_value = 1; byte_value < 256; ++byte_value) {
-    common += static_cast<char>(byte_value);
+  std::string alphabet =
+      "\"\"\"\\\\\\\n\n###11223,,,...eeE+-+-onOFF  [](){}|_=";
+  std::mt19937 random(4711);
+  for (const int greatest : {0, 255}) {
+    for (int byte = 1; byte <= greatest; ++byte)
+      alphabet += static_cast<char>(byte);
+    std::vector<std::string> texts(4000);
+    for (std::string &text : texts) {
+      text.resize(random() % 60);
+      for (char &c : text)
+        c = alphabet[random() % alphabet.size()];
+    }
+    compare(Mode::resource, texts);
+    compare(Mode::document, texts);
   }
-  Comparison(Mode::resource).compare_random(common, 4000);
-  Comparison(Mode::document).compare_random(common, 4000);
 }
 
 // Would take minutes each if a text were searched again from each of its
@@ -534,24 +417,15 @@ TEST(Scanner, IsLinearInHostileTexts) {
   }
 }
 
-// ---------------------------------------------------------------------------
-
-TEST(Scanner, ReadsAStreamLikeAText) {
-  std::istringstream input("skipped\n[ a ]");
-  std::string line;
-  std::getline(input, line);
+TEST(Scanner, ReadsAStreamLikeATextAndAFailedOneAsEmpty) {
+  std::istringstream input("[ \"]\" \\] ] ]");
   Scanner scanner(Mode::document, input, "in");
   EXPECT_TRUE(scanner.accept('['));
-  EXPECT_EQ(scanner.text(), "a");
+  scanner.skip_to(']');
   scanner.skip_to(']');
   EXPECT_TRUE(scanner.accept(']'));
+  EXPECT_TRUE(scanner.accept(']'));
   EXPECT_TRUE(scanner.at_end());
-}
-
-TEST(Scanner, TakesAFailedStreamForAnEmptyOne) {
-  std::istringstream failed("a");
-  failed.setstate(std::ios::badbit);
-  EXPECT_TRUE(Scanner(Mode::document, failed, "in").at_end());
   // Can be opened but not read.
   std::ifstream directory(testing::TempDir());
   EXPECT_TRUE(Scanner(Mode::document, directory, "in").at_end());
@@ -567,22 +441,18 @@ TEST(Scanner, ConvertsNumbersUpToTheFirstComma) {
   const std::string many_digits(400, '9');
   const std::uint32_t greatest = 4294967295;
   const std::vector<Number> numbers = {
-      {"1,000", 1, 1.0},
       {"1,000.5", 1, 1.0},
       {"007", 7, 7.0},
-      {"1.5e-3", 1, 1.5e-3},
       {".5E+2", 0, 50.0},
       {"2.5e1,000", 2, 25.0},
       {"4294967295", greatest, 4294967295.0},
       {"4294967296", greatest, 4294967296.0},
-      {"1.7976931348623157e308", 1, 1.7976931348623157e308},
       {"1.8e308", 1, infinity},
       {"1.0e999999999999999999999", 1, infinity},
       {many_digits, greatest, infinity},
       {many_digits + ".0e-400", greatest, 1.0},
       {"5.0e-324", 5, 5e-324},
       {"1.0e-999999999999999999999", 1, 0.0},
-      {"0.0e999", 0, 0.0},
   };
   errno = 0;
   for (const Number &number : numbers) {
@@ -616,15 +486,6 @@ TEST(Scanner, ReportsOneErrorUntilItIsCleared) {
             "ERROR: file doc: line 2: before `<EOF>': parse error: more "
             "expected\n");
   EXPECT_EQ(scanner.nr_errors(), 3U);
-}
-
-TEST(Scanner, SkipsToATokenAndLeavesItUnread) {
-  Scanner scanner(Mode::document, "\"]\" \\] ] ]", "doc");
-  scanner.skip_to(']');
-  scanner.skip_to(']');
-  EXPECT_TRUE(scanner.accept(']'));
-  EXPECT_TRUE(scanner.accept(']'));
-  EXPECT_TRUE(scanner.at_end());
 }
 
 TEST(Scanner, KeepsTheLineRightBehindAnUnterminatedString) {
