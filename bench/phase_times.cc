@@ -35,8 +35,7 @@ constexpr Phase phases[] = {{"start, reading what is stored", "collecting"},
                             {"merging classes", "creating data/atoms.dat"},
                             {"writing atoms", "creating data/terms.dat"},
                             {"writing terms, class update", "training"},
-                            {"training", "Class "},
-                            {"thresholds", "testing"},
+                            {"training, thresholds", "testing"},
                             {"test", "renaming output"},
                             {"end", ""}};
 

@@ -1,97 +1,54 @@
 #include "check/stored_names.h"
 
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <glib.h>
 
-#include <array>
-#include <cerrno>
-#include <cstdio>
-#include <string_view>
+#include <algorithm>
+#include <cstring>
+#include <string>
 
 #include "run/helpers.h"
 #include "store/filestore.h"
+#include "store/storeindex.h"
 
 namespace vek::checking {
 namespace {
 
-bool write_all(int fd, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t count = ::write(fd, text.data(), text.size());
-    if (count < 0 && errno != EINTR)
-      return false;
-    if (count > 0)
-      text.remove_prefix(static_cast<std::size_t>(count));
+// Reads an index without opening the store, which would write to it.
+bool read_names(const std::string &path, NameSet &names) {
+  std::string content;
+  if (read_file(path, content) != ReadResult::ok)
+    return false;
+  std::size_t done = 0;
+  const IndexSource source = [&](void *buffer_P, gsize size) {
+    const std::size_t part = std::min<std::size_t>(size, content.size() - done);
+    std::memcpy(buffer_P, content.data() + done, part);
+    done += part;
+    return static_cast<gssize>(part);
+  };
+  GTree *tree_P = new_index_tree();
+  IndexSummary summary;
+  IndexFault fault;
+  const bool is_good = read_index(source, tree_P, summary, fault);
+  for (GTreeNode *entry_P = g_tree_node_first(tree_P); entry_P != nullptr;
+       entry_P = g_tree_node_next(entry_P)) {
+    auto *node_P = static_cast<FileStoreNode *>(g_tree_node_value(entry_P));
+    if (is_good)
+      names.emplace(node_P->name);
+    free_node(node_P);
   }
-  return true;
-}
-
-// The store ends the process over an index that is damaged, and closing it
-// writes; so a child opens it, tells the names, each with its zero byte, and
-// goes without closing it.
-[[noreturn]] void tell_names(const std::string &store_name, int output) {
-  FileStore *store_P = filestore_open(store_name.c_str());
-  std::string text;
-  for (GList *name_P = filestore_get_filenames(store_P); name_P != nullptr;
-       name_P = name_P->next) {
-    text += static_cast<const char *>(name_P->data);
-    text += '\0';
-  }
-  _exit(write_all(output, text) ? 0 : 1);
-}
-
-// Returns false if a part is missing.
-bool read_all(int fd, std::string &text) {
-  std::array<char, 65536> buffer = {};
-  for (;;) {
-    const ssize_t count = ::read(fd, buffer.data(), buffer.size());
-    if (count < 0 && errno == EINTR)
-      continue;
-    if (count <= 0)
-      return count == 0;
-    text.append(buffer.data(), static_cast<std::size_t>(count));
-  }
-}
-
-bool ended_well(pid_t pid) {
-  int status = 0;
-  while (waitpid(pid, &status, 0) < 0) {
-    if (errno != EINTR)
-      return false;
-  }
-  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
-
-void add_names(std::string_view text, NameSet &names) {
-  while (!text.empty()) {
-    const std::size_t end = text.find('\0');
-    names.emplace(text.substr(0, end));
-    text.remove_prefix(end + 1);
-  }
+  g_tree_destroy(tree_P);
+  return is_good;
 }
 
 }  // namespace
 
 bool read_stored_names(const std::string &data_directory, NameSet &names) {
-  const Path store(data_directory, "profile-store", "");
-  // Without an index, or with an empty one, opening the store would create it.
-  if (file_size(store.c_str() + std::string(".idx")) <= 0)
+  const Path index(data_directory, "profile-store", ".idx");
+  const Path copy(data_directory, "profile-store", ".new");
+  if (file_size(index) <= 0 && !file_exists(copy))
     return true;
-  std::array<int, 2> ends = {};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0)
-    return false;
-  std::fflush(nullptr);
-  const pid_t pid = fork();
-  if (pid == 0)
-    tell_names(store, ends[1]);
-  ::close(ends[1]);
-  std::string text;
-  const bool complete = pid >= 0 && read_all(ends[0], text);
-  ::close(ends[0]);
-  if (pid < 0 || !ended_well(pid) || !complete)
-    return false;
-  add_names(text, names);
-  return true;
+  // The copy is there after a crash, and the next run takes it.
+  return read_names(index, names) || read_names(copy, names);
 }
 
 }  // namespace vek::checking

@@ -10,8 +10,8 @@ namespace vek::checking {
 using NameSet = std::unordered_set<std::string>;
 
 // Adds the names in the profile store of a data directory to the empty set. A
-// directory without a store has none. False if vek would end with the store
-// that is there; the store's own message stands on standard error then.
+// directory without a store has none. False if the store's index cannot be
+// right, and vek would end with it.
 //
 // The directory is not changed.
 bool read_stored_names(const std::string &data_directory, NameSet &names);

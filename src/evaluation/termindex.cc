@@ -174,7 +174,7 @@ void TermIndex::number_classes(const std::vector<ClassData *> &classes) {
 void TermIndex::add_rows(std::span<const RowWeight> terms,
                          const std::vector<WeightType> &values,
                          std::vector<WeightType> &sums) const {
-  std::array<FullRow, most_rows> full_rows;
+  std::array<FullRow, most_rows> full_rows = {};
   std::size_t nr_full = 0;
   const auto add_full = [&] {
     add_full_rows({full_rows.data(), nr_full}, nr_sums_, sums.data());

@@ -137,7 +137,7 @@ ReadResult read_file(const std::string &path, std::string &content) {
   ssize_t count = 0;
   std::size_t used = 0;
   do {
-    if (content.size() - used < room / 2 + 1)
+    if (used == content.size())
       content.resize(used + room);
     count = retry([&] {
       return ::read(fd, content.data() + used, content.size() - used);

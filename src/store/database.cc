@@ -263,7 +263,10 @@ void DataBase::save_journal_at_exit() {
   if (data_base.profile_store_P_ == nullptr || data_base.journal_failed_) {
     return;
   }
-  data_base.save_journal();
+  // Should it not come back from there, for want of memory, the index must not
+  // be written either.
+  data_base.journal_failed_ = true;
+  data_base.journal_failed_ = !data_base.save_journal();
 }
 
 void DataBase::write_vocabulary() {

@@ -14,6 +14,7 @@
 #include <istream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "run/output_file.h"
 
@@ -44,6 +45,9 @@ class FileSet {
   void sync_files() const;
   [[noreturn]] void give_up_writing();
 
+  void check_places();
+
+  std::vector<std::string> names_;  // of what add() got
   std::string directory_;
   std::string path_;
   std::string temporary_path_;

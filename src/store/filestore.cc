@@ -365,19 +365,51 @@ void flush_directory(const FileStore *fstore) {
   const std::size_t slash = name.rfind('/');
   const std::string path =
       slash == std::string::npos ? "." : name.substr(0, slash + 1);
+  const int errno_before = errno;
   const int fd =
       retry([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC); });
-  if (fd < 0)
+  // Who may not look into a directory can have nothing flushed there, and some
+  // file systems flush no directory.
+  if (fd < 0 && errno != EACCES)
     fail("filestore_sync");
-  flush(fd);
-  close(fd);
+  if (fd >= 0) {
+    if (retry([=] { return fsync(fd); }) != 0 && errno != EINVAL &&
+        errno != ENOTSUP) {
+      fail("filestore_sync");
+    }
+    close(fd);
+  }
+  errno = errno_before;
 }
 
-void save_copy(const FileStore *fstore) {
+// Without the right or the room to make a copy the index is overwritten all the
+// same: it has been opened for that, and its own room is reserved.
+bool copy_is_denied() {
+  return errno == EACCES || errno == EPERM || errno == EROFS ||
+         errno == ENOSPC || errno == EDQUOT;
+}
+
+// Returns whether there is a copy now.
+bool save_copy(const FileStore *fstore) {
+  const int errno_before = errno;
   const std::string path = path_while_written(fstore);
   const int fd = open_file(path.c_str(), O_CREAT | O_TRUNC);
-  if (fd < 0)
-    fail("filestore_sync");
+  const bool has_room =
+      fd >= 0 &&
+      (retry([=] {
+         return fallocate(fd, 0, 0, static_cast<off_t>(fstore->idx_image->len));
+       }) == 0 ||
+       !copy_is_denied());
+  if (!has_room) {
+    if (!copy_is_denied())
+      fail("filestore_sync");
+    if (fd >= 0) {
+      close(fd);
+      unlink(path.c_str());
+    }
+    errno = errno_before;
+    return false;
+  }
   write_index(fd, fstore->idx_image);
   flush(fd);
   if (close(fd) != 0 && errno != EINTR)
@@ -385,11 +417,64 @@ void save_copy(const FileStore *fstore) {
   if (std::rename(path.c_str(), path_of_copy(fstore).c_str()) != 0)
     fail("filestore_sync");
   flush_directory(fstore);
+  errno = errno_before;
+  return true;
 }
 
+// Somebody may have tidied up.
 void remove_copy(const FileStore *fstore) {
-  if (unlink(path_of_copy(fstore).c_str()) != 0)
+  const int errno_before = errno;
+  if (unlink(path_of_copy(fstore).c_str()) != 0 && errno != ENOENT)
     fail("filestore_sync");
+  errno = errno_before;
+}
+
+// The number of entries of an index, or -1 if it cannot be right or leads to
+// bytes that the repository files do not have.
+gint64 count_entries(const FileStore *fstore, const vek::IndexSource &source) {
+  GTree *tree = vek::new_index_tree();
+  vek::IndexSummary summary;
+  vek::IndexFault fault;
+  bool is_good = vek::read_index(source, tree, summary, fault);
+  for (guint32 id = 0; is_good && id < summary.nr_stores; ++id) {
+    struct stat status = {};
+    is_good = stat(repository_path(fstore, id).c_str(), &status) == 0 &&
+              status.st_size >= summary.block_ends[id];
+  }
+  const gint64 nr_entries = is_good ? g_tree_nnodes(tree) : -1;
+  G_GNUC_BEGIN_IGNORE_DEPRECATIONS
+  g_tree_traverse(
+      tree,
+      [](gpointer, gpointer node_P, gpointer) -> gboolean {
+        vek::free_node(static_cast<FileStoreNode *>(node_P));
+        return FALSE;
+      },
+      G_PRE_ORDER, nullptr);
+  G_GNUC_END_IGNORE_DEPRECATIONS
+  g_tree_destroy(tree);
+  return nr_entries;
+}
+
+gint64 count_entries(const FileStore *fstore, const GString *image) {
+  gsize done = 0;
+  return count_entries(fstore, [&](void *buffer, gsize size) {
+    const gsize part = MIN(size, image->len - done);
+    std::memcpy(buffer, image->str + done, part);
+    done += part;
+    return static_cast<gssize>(part);
+  });
+}
+
+gint64 count_entries_of_file(const FileStore *fstore) {
+  if (fstore->idx_fd < 0)
+    return -1;
+  seek("filestore_open", fstore->idx_fd, 0);
+  const gint64 nr_entries =
+      count_entries(fstore, [&](void *buffer, gsize size) {
+        return retry([=] { return read(fstore->idx_fd, buffer, size); });
+      });
+  seek("filestore_open", fstore->idx_fd, 0);
+  return nr_entries;
 }
 
 GString *read_copy(int fd) {
@@ -402,7 +487,10 @@ GString *read_copy(int fd) {
   return image;
 }
 
-// If there is a copy, a sync was broken off: makes the index equal to it.
+// If there is a copy, a sync was broken off: makes the index equal to it. Not
+// if the copy is damaged, or if the index is good and has more entries: then
+// the copy is no work of a broken sync, but was laid there. With neither of
+// them good both stay.
 void restore_index(FileStore *fstore, const char *idx_path) {
   const int errno_before = errno;
   const int fd = open_file(path_of_copy(fstore).c_str(), 0);
@@ -411,13 +499,21 @@ void restore_index(FileStore *fstore, const char *idx_path) {
   if (fd >= 0) {
     GString *image = read_copy(fd);
     close(fd);
-    if (fstore->idx_fd < 0)
-      create_index(fstore, idx_path);
-    write_image(fstore->idx_fd, image);
-    flush(fstore->idx_fd);
+    const gint64 nr_copied = count_entries(fstore, image);
+    const gint64 nr_entries = count_entries_of_file(fstore);
+    if (nr_copied >= 0 && nr_copied >= nr_entries) {
+      if (fstore->idx_fd < 0)
+        create_index(fstore, idx_path);
+      write_image(fstore->idx_fd, image);
+      if (ftruncate(fstore->idx_fd, static_cast<off_t>(image->len)) != 0)
+        fail("filestore_open");
+      flush(fstore->idx_fd);
+    }
     g_string_free(image, TRUE);
-    remove_copy(fstore);
-    seek("filestore_open", fstore->idx_fd, 0);
+    if (nr_copied >= 0 || nr_entries >= 0)
+      remove_copy(fstore);
+    if (fstore->idx_fd >= 0)
+      seek("filestore_open", fstore->idx_fd, 0);
   }
   errno = errno_before;
 }
@@ -574,11 +670,10 @@ void filestore_sync(FileStore *fstore) {
       flush(repository.fd);
   }
   reserve_room(fstore->idx_fd, fstore->idx_image->len);
-  if (fstore->is_index_old)
-    save_copy(fstore);
+  const bool has_copy = fstore->is_index_old && save_copy(fstore);
   write_image(fstore->idx_fd, fstore->idx_image);
   flush(fstore->idx_fd);
-  if (fstore->is_index_old)
+  if (has_copy)
     remove_copy(fstore);
   fstore->is_index_old = FALSE;
   g_string_free(fstore->idx_image, TRUE);
@@ -629,6 +724,7 @@ gboolean filestore_get_file(FileStore *fstore, const char *fname,
     return FALSE;
   *len_ptr = node_P->size;
   if (const char *block_P = find_in_window(fstore, node_P)) {
+    need_memory("filestore_get_file", node_P->size);
     *data_ptr = g_memdup2(block_P, node_P->size);
     return TRUE;
   }

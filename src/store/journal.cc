@@ -147,6 +147,24 @@ void Journal::load(std::string &text, JournalContent &content) const {
     reject(path_);
 }
 
+// The number of complete lines from byte `size` on; none if nothing is there.
+std::size_t Journal::count_lines_behind(const std::string &path,
+                                        std::uint64_t size) const {
+  if (size_or_zero(path) <= size)
+    return 0;
+  std::string text;
+  if (read_file(path, text) != ReadResult::ok) {
+    report_file_error(path, FileError::read);
+    abort_run();
+  }
+  const std::string_view tail = std::string_view(text).substr(size);
+  const auto nr_ends = static_cast<std::size_t>(std::ranges::count(tail, '\n'));
+  // A last line without its end gets it before more is appended.
+  return size > 0 && text[size - 1] != '\n' && tail.starts_with('\n')
+             ? nr_ends - 1
+             : nr_ends;
+}
+
 void Journal::prepare_tables() {
   std::string text;
   JournalContent journal;
@@ -154,13 +172,21 @@ void Journal::prepare_tables() {
   struct Table {
     const std::string &path;
     std::uint64_t size;
+    std::size_t nr_pending;
   };
-  for (const Table &table : {Table{atoms_path_, journal.atoms_size},
-                             Table{terms_path_, journal.terms_size}}) {
-    const std::uint64_t size = size_or_zero(table.path);
-    if (size < table.size)
+  const Table tables[] = {
+      {atoms_path_, journal.atoms_size, journal.new_atoms.size()},
+      {terms_path_, journal.terms_size, journal.new_terms.size()}};
+  for (const Table &table : tables) {
+    if (size_or_zero(table.path) < table.size)
       reject(table.path);
-    if (size > table.size &&
+    // What was being appended is in the journal. Tables with more than that
+    // are newer than the journal, and nothing of them may be cut.
+    if (count_lines_behind(table.path, table.size) > table.nr_pending)
+      reject(path_);
+  }
+  for (const Table &table : tables) {
+    if (size_or_zero(table.path) > table.size &&
         truncate(table.path.c_str(), static_cast<off_t>(table.size)) != 0) {
       report_file_error(table.path, FileError::write);
       abort_run();

@@ -77,6 +77,8 @@ class Journal {
   bool enter(const JournalContent &content) const;
   bool write_file(const std::string &text) const;
   [[noreturn]] void reject(const std::string &path) const;
+  std::size_t count_lines_behind(const std::string &path,
+                                 std::uint64_t size) const;
 
   std::string directory_;
   std::string path_;

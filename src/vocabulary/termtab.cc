@@ -156,7 +156,7 @@ bool TermTable::parse(std::string_view content) {
 
 // Returns false if the line is none that write() leaves.
 bool TermTable::add_lines(std::string_view &content) {
-  std::array<Term, batch_size> batch;
+  std::array<Term, batch_size> batch = {};
   std::size_t nr_lines = 0;
   std::string_view line;
   while (nr_lines < batch.size() && take_line(content, line)) {

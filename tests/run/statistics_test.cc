@@ -51,7 +51,8 @@ TEST(Report, TellsMegabytesAndWholeSecondsSinceTheLastOne) {
                           "user:%ld, system:%ld",
                           &shown, &in_ram, &real, &user, &system),
               5);
-    EXPECT_NEAR(double(shown), double(total / 1024), 4.0);
+    EXPECT_NEAR(static_cast<double>(shown), static_cast<double>(total) / 1024.0,
+                4.0);
     // The clock may have gone on.
     EXPECT_LE(real - seconds, 9);
     EXPECT_GE(real, seconds);
