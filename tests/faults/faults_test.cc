@@ -174,6 +174,7 @@ struct Scenario {
   bool adds = false;
 };
 
+// GoogleTest looks for it by this name. NOLINTNEXTLINE(readability-*)
 void PrintTo(const Scenario &scenario, std::ostream *out) {
   *out << scenario.name;
 }
