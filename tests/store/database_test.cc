@@ -307,6 +307,32 @@ TEST_F(DataBaseTest, DocumentThatCannotBeHadEndsTheRun) {
   expect_failure(read("none"), message);
 }
 
+TEST_F(DataBaseTest, DamagedSetOfClassFilesTouchesNone) {
+  learn_and_write();
+  const std::string content = read_text("data/classes");
+  const std::string start = "vek files 1\nclasses 3\nabc";
+  for (const std::string &damaged :
+       {std::string("vek files 1\nclasses 100000\nabc"), start,
+        start + "end\nx", start + "atoms.dat 1\nxend\n",
+        start + "../class1.cpf 1\nxend\n", start + "class.cpf 1\nxend\n"}) {
+    write_text("data/class-files.dat", damaged);
+    expect_failure(run([] {}), "format error in file `data/class-files.dat'");
+    EXPECT_EQ(read_text("data/classes"), content);
+  }
+}
+
+// Known before any is touched, so that the next run has nothing to complete.
+TEST_F(DataBaseTest, ClassFileThatCannotBeOpenedLeavesAllOldOnes) {
+  learn_and_write();
+  write_text("data/classes", "old");
+  std::filesystem::remove("data/class1.cpf");
+  std::filesystem::create_directory("data/class1.cpf");
+  EXPECT_EQ(learn_and_write().status, EISDIR);
+  EXPECT_EQ(read_text("data/classes"), "old");
+  EXPECT_FALSE(std::filesystem::exists("data/class-files.tmp"));
+  EXPECT_EQ(run([] {}).status, 0);
+}
+
 TEST_F(DataBaseTest, ClassFilesThatCannotBeReadEndTheRun) {
   learn_and_write();
   for (const std::string name : {"classes", "class0.cpf", "class1.cpf"}) {

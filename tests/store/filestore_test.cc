@@ -585,6 +585,22 @@ TEST_F(Store, TakesTheIndexFromTheCopyIfThereIsOne) {
   }
 }
 
+// Left over from before, damaged, or leading to bytes that are not there.
+TEST_F(Store, TakesNoCopyThatIsWorseThanTheIndex) {
+  const std::string index =
+      word(1) + word(2) + entry("a", 0, 0, 1) + entry("b", 0, 1, 1);
+  set_file(".000", "xy");
+  for (const std::string &copy :
+       {word(1) + word(1) + entry("a", 0, 0, 1), std::string(8, '\xFF'),
+        index + "z",
+        word(1) + word(2) + entry("a", 0, 0, 1) + entry("b", 0, 1, 2)}) {
+    set_file(".idx", index);
+    set_file(".new", copy);
+    EXPECT_EQ(get(open(), "b"), "y");
+    EXPECT_FALSE(exists(".new"));
+  }
+}
+
 TEST_F(Store, WritesAgainAfterAnInterruption) {
   OpenStore store = open();
   write_fault = {.call = 1, .error = EINTR};

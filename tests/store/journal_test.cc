@@ -303,6 +303,25 @@ TEST_F(JournalTest, DamagedLeavesLongerTablesAlone) {
   }
 }
 
+// As when a later state is copied over an earlier one.
+TEST_F(JournalTest, OlderThanATableCutsNothing) {
+  run([] { learn_two(); });
+  const struct {
+    const std::string &path;
+    std::string later;
+  } tables[] = {{atoms, "house\nbig\nnew\nend\nmore\n"},
+                {terms,
+                 "0 1 0 1\n0 4294967295 1 2\n2 1 2 3\n3 2 3 4\n"
+                 "1 2 4 5\n"}};
+  for (const auto &[path, later] : tables) {
+    write_text(path, later);
+    expect_refused(journal);
+    EXPECT_EQ(read_text(path), later);
+    write_text(path, later.substr(0, later.size() - 2));
+    EXPECT_EQ(known(), both);
+  }
+}
+
 TEST_F(JournalTest, TableShorterThanItSaysIsRefused) {
   run([] {
     learn("a", {{"house", "big"}, {"house", ""}});
