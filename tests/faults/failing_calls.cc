@@ -34,6 +34,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <new>
 #include <random>
 #include <sstream>
 #include <string>
@@ -466,11 +467,6 @@ STAND_IN(char *, getcwd, (char *buffer, size_t size), noexcept, false, "",
 // ---- Memory. A sanitizer has its own.
 #ifndef __SANITIZE_ADDRESS__
 
-void *__libc_malloc(size_t);
-void *__libc_calloc(size_t, size_t);
-void *__libc_realloc(void *, size_t);
-void *__libc_memalign(size_t, size_t);
-
 // GLib stops the process where it gets no memory. It is the file store's
 // business to see to it before, so what GLib asks for itself is let pass.
 static bool is_glib(const void *caller_P) {
@@ -498,32 +494,62 @@ static bool allocation_fails(const void *caller_P) {
   return true;
 }
 
+// What comes next is the allocator that vek is linked with.
+#define REAL(name) reinterpret_cast<decltype(&name)>(dlsym(RTLD_NEXT, #name))
+
 void *malloc(size_t size) noexcept {
-  return allocation_fails(__builtin_return_address(0)) ? nullptr
-                                                       : __libc_malloc(size);
+  static const auto real = REAL(malloc);
+  return allocation_fails(__builtin_return_address(0)) ? nullptr : real(size);
 }
 void *calloc(size_t count, size_t size) noexcept {
-  return allocation_fails(__builtin_return_address(0))
-             ? nullptr
-             : __libc_calloc(count, size);
+  static const auto real = REAL(calloc);
+  return allocation_fails(__builtin_return_address(0)) ? nullptr
+                                                       : real(count, size);
 }
 void *realloc(void *block, size_t size) noexcept {
-  return allocation_fails(__builtin_return_address(0))
-             ? nullptr
-             : __libc_realloc(block, size);
+  static const auto real = REAL(realloc);
+  return allocation_fails(__builtin_return_address(0)) ? nullptr
+                                                       : real(block, size);
 }
 void *aligned_alloc(size_t alignment, size_t size) noexcept {
-  return allocation_fails(__builtin_return_address(0))
-             ? nullptr
-             : __libc_memalign(alignment, size);
+  static const auto real = REAL(aligned_alloc);
+  return allocation_fails(__builtin_return_address(0)) ? nullptr
+                                                       : real(alignment, size);
 }
 int posix_memalign(void **out, size_t alignment, size_t size) noexcept {
-  if (allocation_fails(__builtin_return_address(0)))
-    return ENOMEM;
-  *out = __libc_memalign(alignment, size);
-  return *out == nullptr ? ENOMEM : 0;
+  static const auto real = REAL(posix_memalign);
+  return allocation_fails(__builtin_return_address(0))
+             ? ENOMEM
+             : real(out, alignment, size);
 }
 
 #endif
 }
+
+#ifndef __SANITIZE_ADDRESS__
+// An allocator may have its own, which do not pass through malloc().
+void *operator new(size_t size) {
+  for (;;) {
+    if (void *block = std::malloc(size); block != nullptr)
+      return block;
+    const std::new_handler handler = std::get_new_handler();
+    if (handler == nullptr)
+      throw std::bad_alloc();
+    handler();
+  }
+}
+void *operator new[](size_t size) {
+  return operator new(size);
+}
+void *operator new(size_t size, const std::nothrow_t &) noexcept {
+  try {
+    return operator new(size);
+  } catch (const std::bad_alloc &) {
+    return nullptr;
+  }
+}
+void *operator new[](size_t size, const std::nothrow_t &) noexcept {
+  return operator new(size, std::nothrow);
+}
+#endif
 // NOLINTEND(readability-identifier-naming)
