@@ -103,12 +103,15 @@ void ClassProfile::erase(std::uint32_t term) {
   slots_.pop_back();
 }
 
+void ClassProfile::reserve(std::size_t nr_entries) {
+  slots_.reserve(nr_entries);
+  places_.reserve(nr_entries);
+}
+
 void ClassProfile::prepare(std::size_t nr_expected) {
   const std::size_t room = std::min(nr_expected / 2, largest_preparation);
-  if (room <= slots_.size())
-    return;
-  slots_.reserve(room);
-  places_.reserve(room);
+  if (room > slots_.size())
+    reserve(room);
 }
 
 void ClassProfile::arrange() const {

@@ -56,6 +56,8 @@ class ClassProfile {
   void erase(std::uint32_t term);
   std::size_t size() const { return slots_.size(); }
 
+  // Makes room for so many terms in all.
+  void reserve(std::size_t nr_entries);
   // Makes room for half of `nr_expected` terms, within reason: a table of
   // fifty thousand classes must not reserve the whole vocabulary for each.
   void prepare(std::size_t nr_expected);

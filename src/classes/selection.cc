@@ -138,6 +138,7 @@ void ClassTable::remove_inactive_terms(const TermSet &active) {
       data.profile.erase(slot.term);
       return false;
     });
+    data.profile.reserve(data.profile.size() + data.term_stats.size());
     // Sorted, so that the profile need not be.
     for (const auto &[term, stats] : data.term_stats) {
       ClassProfileEntry &entry = data.profile[term];

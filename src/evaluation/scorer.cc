@@ -9,10 +9,11 @@ ClassScorer::ClassScorer(const std::vector<ClassData *> &classes)
     : index_(classes),
       weights_(index_.nr_places()),
       is_known_(index_.nr_places()) {
-  index_.for_each(classes, [&](std::size_t place, ClassProfileEntry &entry) {
-    weights_[place] = scoring_weight(entry);
-    is_known_[place] = 1;
-  });
+  index_.for_each(
+      classes, [&](std::size_t place, std::uint32_t, ClassProfileEntry &entry) {
+        weights_[place] = scoring_weight(entry);
+        is_known_[place] = 1;
+      });
 }
 
 void ClassScorer::score(const DocProfile &doc,
@@ -27,7 +28,7 @@ void ClassScorer::score(const DocProfile &doc,
 void ClassScorer::add_up(const DocProfile &doc,
                          std::vector<WeightType> &scores) const {
   // Kept from call to call, so that scoring does not allocate.
-  static std::vector<RowWeight> terms;
+  static std::vector<RowWeight<WeightType>> terms;
   terms.clear();
   for (const DocProfileEntry &entry : doc) {
     const std::uint32_t row = index_.row_of(entry.term);
@@ -35,7 +36,7 @@ void ClassScorer::add_up(const DocProfile &doc,
       terms.push_back({row, entry.weight});
   }
   scores.assign(index_.nr_sums(), 0.0);
-  index_.add_rows(terms, weights_, scores);
+  index_.add_rows<WeightType>(terms, weights_, scores);
   scores.resize(index_.nr_classes());
 }
 

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+
+#include "evaluation/packs.h"
 
 namespace vek {
 namespace {
@@ -10,103 +11,105 @@ namespace {
 // A row is made full if at least one class in so many knows its term: adding
 // up a place of a full row costs a fraction of one that has to be led to its
 // class, and memory may grow by this factor at most.
-constexpr std::size_t fullness = 6;
+constexpr std::size_t fullness = 12;
+
+// Rows are found by the term's number itself if at least one number in so many
+// is that of a term.
+constexpr std::size_t most_spread = 8;
 
 // A full row, and what its values are multiplied with.
+template <class Number>
 struct FullRow {
-  const WeightType *value_P;
-  WeightType weight;
+  const Number *value_P;
+  Number weight;
 };
-using FullRows = std::span<const FullRow>;
+template <class Number>
+using FullRows = std::span<const FullRow<Number>>;
 
 // Full rows that follow each other in a document are added up together, at most
 // this many.
 constexpr std::size_t most_rows = 64;
 
-// Places of a full row, and sums, come in multiples of this: the widest pack.
+// Places of a full row, and sums, come in multiples of this: what the widest
+// pack of doubles has, and half the widest of floats.
 constexpr std::size_t least_places = 4;
 
 // So many packs of sums stay in registers while all rows are gone through.
 constexpr int block_size = 8;
 
-// Numbers that the processor takes at once.
-using Pack2 [[gnu::vector_size(2 * sizeof(WeightType))]] = WeightType;
-using Pack4 [[gnu::vector_size(4 * sizeof(WeightType))]] = WeightType;
-
 // Adds `nr_packs` packs of each row, `start` places from its first.
-template <class Pack, int nr_packs>
-[[gnu::always_inline]] inline void add_block(FullRows rows, std::size_t start,
-                                             WeightType *sum_P) {
-  constexpr int width = sizeof(Pack) / sizeof(WeightType);
-  Pack sums[nr_packs];
+template <class Number, int nr_bytes, int nr_packs>
+[[gnu::always_inline]] inline void add_block(FullRows<Number> rows,
+                                             std::size_t start, Number *sum_P) {
+  constexpr int width = pack_width<Number, nr_bytes>;
+  Pack<Number, nr_bytes> sums[nr_packs];
 #pragma GCC unroll 8
   for (int i = 0; i < nr_packs; ++i)
-    std::memcpy(&sums[i], sum_P + start + i * width, sizeof(Pack));
-  for (const FullRow &row : rows) {
-    const WeightType *value_P = row.value_P + start;
+    load(sums[i], sum_P + start + i * width);
+  for (const FullRow<Number> &row : rows) {
+    const Number *value_P = row.value_P + start;
 #pragma GCC unroll 8
     for (int i = 0; i < nr_packs; ++i) {
-      Pack values;
-      std::memcpy(&values, value_P + i * width, sizeof values);
+      Pack<Number, nr_bytes> values;
+      load(values, value_P + i * width);
       sums[i] += values * row.weight;
     }
   }
 #pragma GCC unroll 8
   for (int i = 0; i < nr_packs; ++i)
-    std::memcpy(sum_P + start + i * width, &sums[i], sizeof(Pack));
+    store(sum_P + start + i * width, sums[i]);
 }
 
 // The same for a number of packs from 0 to `most_packs`.
-template <class Pack, int most_packs>
-[[gnu::always_inline]] inline void add_last_block(FullRows rows,
+template <class Number, int nr_bytes, int most_packs>
+[[gnu::always_inline]] inline void add_last_block(FullRows<Number> rows,
                                                   std::size_t start,
-                                                  WeightType *sum_P,
+                                                  Number *sum_P,
                                                   std::size_t nr_packs) {
   if (nr_packs == most_packs) {
-    add_block<Pack, most_packs>(rows, start, sum_P);
+    add_block<Number, nr_bytes, most_packs>(rows, start, sum_P);
   } else if constexpr (most_packs > 1) {
-    add_last_block<Pack, most_packs - 1>(rows, start, sum_P, nr_packs);
+    add_last_block<Number, nr_bytes, most_packs - 1>(rows, start, sum_P,
+                                                     nr_packs);
   }
 }
 
-template <class Pack>
-[[gnu::always_inline]] inline void add_in_packs(FullRows rows,
+template <class Number, int nr_bytes>
+[[gnu::always_inline]] inline void add_in_packs(FullRows<Number> rows,
                                                 std::size_t nr_sums,
-                                                WeightType *sum_P) {
-  constexpr std::size_t width = sizeof(Pack) / sizeof(WeightType);
+                                                Number *sum_P) {
+  constexpr std::size_t width = pack_width<Number, nr_bytes>;
   constexpr std::size_t step = width * block_size;
   std::size_t start = 0;
   for (; start + step <= nr_sums; start += step)
-    add_block<Pack, block_size>(rows, start, sum_P);
-  add_last_block<Pack, block_size - 1>(rows, start, sum_P,
-                                       (nr_sums - start) / width);
+    add_block<Number, nr_bytes, block_size>(rows, start, sum_P);
+  const std::size_t nr_packs = (nr_sums - start) / width;
+  add_last_block<Number, nr_bytes, block_size - 1>(rows, start, sum_P,
+                                                   nr_packs);
+  start += nr_packs * width;
+  if constexpr (width > least_places) {
+    if (start < nr_sums)
+      add_block<Number, nr_bytes / 2, 1>(rows, start, sum_P);
+  }
 }
 
-void add_by_two(FullRows rows, std::size_t nr_sums, WeightType *sum_P) {
-  add_in_packs<Pack2>(rows, nr_sums, sum_P);
+template <class Number>
+void add_in_16_bytes(FullRows<Number> rows, std::size_t nr_sums,
+                     Number *sum_P) {
+  add_in_packs<Number, 16>(rows, nr_sums, sum_P);
 }
 
-// More places at once on a processor that can, chosen when the program starts.
-// Each sum still gets the same products added to it in the same order, and all
-// are rounded: the result is the same.
-#ifdef __x86_64__
-[[gnu::target("avx2")]] void add_by_four(FullRows rows, std::size_t nr_sums,
-                                         WeightType *sum_P) {
-  add_in_packs<Pack4>(rows, nr_sums, sum_P);
+template <class Number>
+VEK_WIDE_PACKS void add_in_32_bytes(FullRows<Number> rows, std::size_t nr_sums,
+                                    Number *sum_P) {
+  add_in_packs<Number, 32>(rows, nr_sums, sum_P);
 }
 
-auto *choose_adder() {
-  __builtin_cpu_init();
-  return __builtin_cpu_supports("avx2") ? add_by_four : add_by_two;
-}
-#else
-auto *choose_adder() {
-  return add_by_two;
-}
-#endif
-
-// Adds the rows to `nr_sums` sums.
-auto *const add_full_rows = choose_adder();
+// Adds the rows to `nr_sums` sums. Each sum gets its products in the order of
+// the rows.
+template <class Number>
+auto *const add_full_rows = has_wide_packs() ? add_in_32_bytes<Number>
+                                             : add_in_16_bytes<Number>;
 
 }  // namespace
 
@@ -155,6 +158,13 @@ void TermIndex::lay_out(const std::vector<TermCount> &terms) {
     nr_numbers += term.length;
   }
   class_numbers_.resize(nr_numbers);
+  const auto last = std::ranges::max_element(terms, {}, &TermCount::term);
+  if (last == terms.end() || last->term / most_spread > terms.size())
+    return;
+  near_rows_.assign(std::size_t{last->term} + 1, no_row);
+  for (const TermCount &term : terms)
+    near_rows_[term.term] = rows_by_term_.find(term.term);
+  rows_by_term_ = {};
 }
 
 // Notes which class each place of a sparse row is for.
@@ -162,7 +172,7 @@ void TermIndex::number_classes(const std::vector<ClassData *> &classes) {
   std::vector<std::uint32_t> nr_seen(sparse_rows_.size());
   for (std::size_t number = 0; number < classes.size(); ++number) {
     for (const ClassProfile::Slot &slot : classes[number]->profile) {
-      const std::uint32_t row = rows_by_term_.find(slot.term);
+      const std::uint32_t row = row_of(slot.term);
       if (is_full(row))
         continue;
       class_numbers_[sparse_row(row).numbers + nr_seen[row - nr_full_rows_]++] =
@@ -171,16 +181,17 @@ void TermIndex::number_classes(const std::vector<ClassData *> &classes) {
   }
 }
 
-void TermIndex::add_rows(std::span<const RowWeight> terms,
-                         const std::vector<WeightType> &values,
-                         std::vector<WeightType> &sums) const {
-  std::array<FullRow, most_rows> full_rows = {};
+template <class Number>
+void TermIndex::add_rows(std::span<const RowWeight<Number>> terms,
+                         const std::vector<Number> &values,
+                         std::vector<Number> &sums) const {
+  std::array<FullRow<Number>, most_rows> full_rows;
   std::size_t nr_full = 0;
   const auto add_full = [&] {
-    add_full_rows({full_rows.data(), nr_full}, nr_sums_, sums.data());
+    add_full_rows<Number>({full_rows.data(), nr_full}, nr_sums_, sums.data());
     nr_full = 0;
   };
-  for (const RowWeight &term : terms) {
+  for (const RowWeight<Number> &term : terms) {
     if (is_full(term.row)) {
       if (nr_full == most_rows)
         add_full();
@@ -194,13 +205,21 @@ void TermIndex::add_rows(std::span<const RowWeight> terms,
   add_full();
 }
 
-void TermIndex::add_sparse_row(const SparseRow &row, WeightType weight,
-                               const std::vector<WeightType> &values,
-                               std::vector<WeightType> &sums) const {
-  const WeightType *__restrict value_P = values.data() + row.place;
+template void TermIndex::add_rows(std::span<const RowWeight<float>>,
+                                  const std::vector<float> &,
+                                  std::vector<float> &) const;
+template void TermIndex::add_rows(std::span<const RowWeight<WeightType>>,
+                                  const std::vector<WeightType> &,
+                                  std::vector<WeightType> &) const;
+
+template <class Number>
+void TermIndex::add_sparse_row(const SparseRow &row, Number weight,
+                               const std::vector<Number> &values,
+                               std::vector<Number> &sums) const {
+  const Number *__restrict value_P = values.data() + row.place;
   const std::uint32_t *__restrict number_P =
       class_numbers_.data() + row.numbers;
-  WeightType *__restrict sum_P = sums.data();
+  Number *__restrict sum_P = sums.data();
   for (std::size_t i = 0; i < row.length; ++i) {
     sum_P[number_P[i]] += value_P[i] * weight;
   }

@@ -21,9 +21,10 @@
 namespace vek {
 
 // A term of a document: its row, and what the row's values are multiplied with.
+template <class Number>
 struct RowWeight {
   std::uint32_t row;
-  WeightType weight;
+  Number weight;
 };
 
 class TermIndex {
@@ -33,7 +34,9 @@ class TermIndex {
   explicit TermIndex(const std::vector<ClassData *> &classes);
 
   std::uint32_t row_of(std::uint32_t term) const {
-    return rows_by_term_.find(term);
+    if (term < near_rows_.size())
+      return near_rows_[term];
+    return near_rows_.empty() ? rows_by_term_.find(term) : no_row;
   }
 
   std::size_t nr_classes() const { return nr_classes_; }
@@ -43,6 +46,9 @@ class TermIndex {
   // Places of classes that do not know the term are among them; what stands
   // there has to be 0.
   std::size_t nr_places() const { return nr_places_; }
+
+  // Full rows that follow each other are added up fastest.
+  bool is_full(std::uint32_t row) const { return row < nr_full_rows_; }
 
   // Calls visit(place, class number) for the places of a row.
   template <class Visit>
@@ -57,17 +63,17 @@ class TermIndex {
       visit(r.place + i, class_numbers_[r.numbers + i]);
   }
 
-  // Calls visit(place, entry) for every entry of every class.
+  // Calls visit(place, class number, entry) for every entry of every class.
   template <class Visit>
   void for_each(const std::vector<ClassData *> &classes, Visit visit) const {
     std::vector<std::uint32_t> nr_seen(sparse_rows_.size());
     for (std::size_t number = 0; number < classes.size(); ++number) {
       for (ClassProfile::Slot &slot : classes[number]->profile) {
-        const std::uint32_t row = rows_by_term_.find(slot.term);
+        const std::uint32_t row = row_of(slot.term);
         visit(is_full(row)
                   ? row * nr_sums_ + number
                   : sparse_row(row).place + nr_seen[row - nr_full_rows_]++,
-              slot.entry);
+              static_cast<std::uint32_t>(number), slot.entry);
       }
     }
   }
@@ -75,9 +81,11 @@ class TermIndex {
   // Adds, for one term after the other, values[place] * weight to the sum of
   // each class of the term's row. A full row adds 0 to those that do not know
   // the term, which changes no sum: none is ever -0.0, since all start at 0.0.
-  void add_rows(std::span<const RowWeight> terms,
-                const std::vector<WeightType> &values,
-                std::vector<WeightType> &sums) const;
+  // Number is WeightType or float.
+  template <class Number>
+  void add_rows(std::span<const RowWeight<Number>> terms,
+                const std::vector<Number> &values,
+                std::vector<Number> &sums) const;
 
   // Applies update(place) to the chosen classes of a row: `numbers` are theirs,
   // ascending, and is_chosen[number] tells the same.
@@ -111,7 +119,6 @@ class TermIndex {
     std::uint32_t length;
   };
 
-  bool is_full(std::uint32_t row) const { return row < nr_full_rows_; }
   const SparseRow &sparse_row(std::uint32_t row) const {
     return sparse_rows_[row - nr_full_rows_];
   }
@@ -119,14 +126,17 @@ class TermIndex {
                    std::vector<TermCount> &terms);
   void lay_out(const std::vector<TermCount> &terms);
   void number_classes(const std::vector<ClassData *> &classes);
-  void add_sparse_row(const SparseRow &row, WeightType weight,
-                      const std::vector<WeightType> &values,
-                      std::vector<WeightType> &sums) const;
+  template <class Number>
+  void add_sparse_row(const SparseRow &row, Number weight,
+                      const std::vector<Number> &values,
+                      std::vector<Number> &sums) const;
 
   std::size_t nr_classes_;
   std::size_t nr_sums_;
   std::size_t nr_places_ = 0;
+  // One of them is empty: rows by term, if that takes about as little room.
   TermPlaces rows_by_term_;
+  std::vector<std::uint32_t> near_rows_;
   // The full rows come first, of nr_sums_ places each.
   std::uint32_t nr_full_rows_ = 0;
   std::vector<SparseRow> sparse_rows_;

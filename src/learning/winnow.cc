@@ -113,7 +113,6 @@ unsigned train_winnow_class(ClassData &father) {
     if (counts.promotions + counts.demotions == 0)
       break;
   }
-  passes.store();
   return nr_passes;
 }
 

@@ -4,13 +4,15 @@
 // each document's terms are translated once into rows, and the weights of the
 // sons that know a term stand next to each other. The sons do not see each
 // other's weights, so scoring all of them before updating any gives what
-// taking them one by one gives, to the last bit.
+// taking them one by one gives, to the last bit. A pass only asks on which side
+// of a theta a score lies, and for nearly all of them single precision tells.
 #ifndef VEK_LEARNING_WINNOWPASS_H_
 #define VEK_LEARNING_WINNOWPASS_H_
 
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "classes/classtab.h"
@@ -22,14 +24,15 @@ namespace vek {
 
 class WinnowPasses {
  public:
-  // Takes over the sons' weights and counters as they are.
+  // Starts from the sons' weights and counters as they are. What training
+  // changes stands in their profiles at once; nobody else may change those.
   explicit WinnowPasses(ClassData &father);
 
   // Makes room for so many documents and terms of documents in all.
   void reserve(std::size_t nr_docs, std::size_t nr_terms);
 
   // Adds the next document, weighed against the father, with the sons that
-  // hold it.
+  // hold it. It has to stay as it is.
   void add_document(const DocProfile &doc,
                     const DocumentMap::ClassList &members);
 
@@ -38,42 +41,46 @@ class WinnowPasses {
   // of sons did: 1 promoted, -1 demoted, 0 if there was none.
   int train_document(std::uint32_t number);
 
-  // Puts weights and counters back into the sons' profiles.
-  void store();
-
  private:
   struct Document {
-    std::size_t terms_end;
-    std::size_t members_end;
+    const DocProfile *profile_P = nullptr;
+    std::size_t terms_end = 0;
+    std::size_t members_end = 0;
+    WeightType strengths = 0.0;  // the sum of their magnitudes
   };
-  // What an update changes, next to each other. The counts are unsigned, so
-  // that one that was read at its limit wraps.
-  struct Entry {
-    WeightType pos;
-    WeightType neg;
-    std::uint32_t promotions;
-    std::uint32_t demotions;
-  };
+  using Terms = std::span<const RowWeight<float>>;
 
-  void score(std::size_t terms_begin, std::size_t terms_end);
-  int choose_sons();
-  void update(std::size_t terms_begin, std::size_t terms_end);
-  WeightType scoring_weight(const Entry &entry) const;
+  void set_member(std::uint32_t son, bool is_member);
+  bool is_member(std::uint32_t son) const { return sides_[son] > 0.0; }
+  bool choose_roughly(Terms terms, WeightType strengths);
+  void choose_exactly(const DocProfile &doc);
+  void update(Terms terms);
+  void set_weight(std::size_t place, std::uint32_t son);
 
   const std::vector<ClassData *> &sons_;
   const bool uses_neg_;  // for scores
   TermIndex index_;
   boost::unordered_flat_map<const ClassData *, std::uint32_t> son_numbers_;
-  // By place of the index. `scoring_` is what the score multiplies with.
-  std::vector<Entry> entries_;
-  std::vector<WeightType> scoring_;
-  // All documents, one behind the other.
+  // By place of the index. Null where a son does not know the term.
+  std::vector<ClassProfileEntry *> entries_;
+  // What the score multiplies with, and the same rounded.
+  std::vector<WeightType> weights_;
+  std::vector<float> rough_weights_;
+  // All documents, one behind the other. A document's terms are rounded, and
+  // those with full rows come first.
   std::vector<Document> documents_;
-  std::vector<RowWeight> terms_;
+  std::vector<RowWeight<float>> terms_;
   std::vector<std::uint32_t> members_;
-  // By son, for the document at hand.
+  // By sum of the index, for the document at hand: theta_plus and 1 for
+  // members, theta_min and -1 for others.
+  std::vector<WeightType> thetas_;
+  std::vector<WeightType> sides_;
+  std::vector<RowWeight<WeightType>> exact_terms_;
   std::vector<WeightType> scores_;
-  std::vector<std::uint8_t> is_member_;
+  std::vector<float> rough_scores_;
+  // No weight of the son ever was of larger magnitude.
+  std::vector<WeightType> largest_weights_;
+  WeightType largest_weight_ = 0.0;  // of any son
   // The sons to be updated, ascending, and the same by son.
   std::vector<std::uint32_t> chosen_;
   std::vector<std::uint8_t> is_chosen_;

@@ -1,6 +1,8 @@
 #include "run/textio.h"
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -13,62 +15,63 @@ constexpr std::array<double, 11> powers_of_ten = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5,
 
 // The exponent of the first decimal digit, for a value that %g writes without
 // an exponent. A value next to a power of ten may get either side's: its
-// digits round to that power in both cases.
+// digits round to that power in both cases. Added up, because which power comes
+// next cannot be foreseen.
 int decimal_exponent(double value) {
+  if (value < 1.0) {
+    return -1 - (value < 1e-1 ? 1 : 0) - (value < 1e-2 ? 1 : 0) -
+           (value < 1e-3 ? 1 : 0);
+  }
   int exponent = 0;
-  if (value >= 1.0) {
-    while (value >= powers_of_ten[static_cast<std::size_t>(exponent) + 1]) {
-      ++exponent;
-    }
-    return exponent;
-  }
-  constexpr std::array<double, 4> negative_powers = {1e-1, 1e-2, 1e-3, 1e-4};
-  while (value < negative_powers[static_cast<std::size_t>(exponent)]) {
+  while (value >= powers_of_ten[static_cast<std::size_t>(exponent) + 1])
     ++exponent;
-  }
-  return -exponent - 1;
+  return exponent;
 }
 
 constexpr std::array<std::uint32_t, 7> whole_powers_of_ten = {
     1, 10, 100, 1000, 10000, 100000, 1000000};
 
+// Characters are held in a number, the first in its lowest byte.
+using Characters = std::uint64_t;
+constexpr Characters six_zeros = 0x303030303030;
+
 // Both digits of each number below 100.
-constexpr std::array<char, 200> digit_pairs = [] {
-  std::array<char, 200> pairs = {};
-  for (std::size_t i = 0; i < 100; ++i) {
-    pairs[2 * i] = static_cast<char>('0' + i / 10);
-    pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+constexpr std::array<std::uint16_t, 100> digit_pairs = [] {
+  std::array<std::uint16_t, 100> pairs = {};
+  for (std::uint16_t i = 0; i < 100; ++i) {
+    pairs[i] = static_cast<std::uint16_t>(('0' + i / 10) | ('0' + i % 10) << 8);
   }
   return pairs;
 }();
 
-void put_pair(char *out_P, std::uint32_t number) {
-  std::memcpy(out_P, &digit_pairs[std::size_t{2} * number], 2);
+// Writes eight characters, whatever they are worth.
+void put_characters(char *out_P, Characters characters) {
+  if constexpr (std::endian::native == std::endian::big)
+    characters = __builtin_bswap64(characters);
+  std::memcpy(out_P, &characters, sizeof characters);
 }
 
 // Writes the number with the six digits of `number`, of which the first stands
 // for 10^exponent, without trailing zeros, and returns its end. Groups of bytes
 // are moved, what is too much of them lies behind the end.
 char *put_digits(char *out_P, std::uint32_t number, int exponent) {
-  constexpr int width = largest_short_precision;
-  std::array<char, 2 *width> digits = {};
-  put_pair(digits.data(), number / 10000);
-  put_pair(digits.data() + 2, number / 100 % 100);
-  put_pair(digits.data() + 4, number % 100);
-  int nr_digits = width;
-  while (nr_digits > 1 && digits[std::size_t(nr_digits) - 1] == '0')
-    --nr_digits;
+  const Characters digits = Characters{digit_pairs[number / 10000]} |
+                            Characters{digit_pairs[number / 100 % 100]} << 16 |
+                            Characters{digit_pairs[number % 100]} << 32;
+  // The last that is no zero ends them.
+  const int nr_digits =
+      std::max(1, (71 - std::countl_zero(digits ^ six_zeros)) / 8);
   if (exponent < 0) {
     std::memcpy(out_P, "0.000", 5);
-    std::memcpy(out_P + 1 - exponent, digits.data(), width);
+    put_characters(out_P + 1 - exponent, digits);
     return out_P + 1 - exponent + nr_digits;
   }
   const int nr_whole = exponent + 1;
-  std::memcpy(out_P, digits.data(), width);
+  put_characters(out_P, digits);
   if (nr_digits <= nr_whole)
     return out_P + nr_whole;
   out_P[nr_whole] = '.';
-  std::memcpy(out_P + nr_whole + 1, digits.data() + nr_whole, width);
+  put_characters(out_P + nr_whole + 1, digits >> (8 * nr_whole));
   return out_P + nr_digits + 1;
 }
 
