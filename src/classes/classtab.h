@@ -43,10 +43,10 @@ class DocumentMap {
   using Map = std::map<std::string, ClassList, std::less<>>;
 
   void add(const std::string &name, ClassData *class_data_P) {
-    map_[name].push_back(class_data_P);
+    list_of(name).push_back(class_data_P);
   }
   void add(const std::string &name, const ClassList &classes) {
-    ClassList &list = map_[name];
+    ClassList &list = list_of(name);
     list.insert(list.end(), classes.begin(), classes.end());
   }
   bool contains(std::string_view name) const { return map_.contains(name); }
@@ -57,6 +57,12 @@ class DocumentMap {
   Map::const_iterator end() const { return map_.end(); }
 
  private:
+  // Lists of documents are often in the order of their names.
+  ClassList &list_of(const std::string &name) {
+    const bool is_last = !map_.empty() && map_.rbegin()->first < name;
+    return is_last ? map_.try_emplace(map_.end(), name)->second : map_[name];
+  }
+
   Map map_;
 };
 

@@ -6,6 +6,7 @@
 #include <cassert>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <limits>
 #include <sstream>
 #include <utility>
@@ -310,22 +311,39 @@ void DataBase::put(const std::string &name, const DocProfile &profile) {
                      static_cast<unsigned>(block.size()));
 }
 
+// Documents are mostly asked for in the order of their names.
+DataBase::Cache::iterator DataBase::cache_place(const std::string &name) {
+  if (last_ != cache_.end() && last_->first < name) {
+    const auto next = std::next(last_);
+    if (next == cache_.end() || name <= next->first)
+      return next;
+  }
+  return cache_.lower_bound(name);
+}
+
 DocProfile *DataBase::get(const std::string &name) {
-  const auto place = cache_.lower_bound(name);
-  if (place != cache_.end() && place->first == name)
+  const auto place = cache_place(name);
+  if (place != cache_.end() && place->first == name) {
+    last_ = place;
     return place->second.get();
+  }
   // The copy that is kept has no room for the terms that were dropped.
   static DocProfile profile;
   profile.clear();
   fill_profile(profile_store_P_, name, profile);
   profile.select_active(active_terms);
-  return cache_
-      .emplace_hint(place, name, std::make_unique<DocProfile>(profile))
-      ->second.get();
+  last_ =
+      cache_.emplace_hint(place, name, std::make_unique<DocProfile>(profile));
+  return last_->second.get();
 }
 
 void DataBase::read_profile(const std::string &name, DocProfile &profile) {
   fill_profile(profile_store_P_, name, profile);
+}
+
+void DataBase::clear_cache() {
+  cache_.clear();
+  last_ = cache_.end();
 }
 
 void DataBase::release_profiles() {

@@ -82,7 +82,7 @@ class DataBase {
 
   // The profiles read so far, by document name.
   const Cache &cache() const { return cache_; }
-  void clear_cache() { cache_.clear(); }
+  void clear_cache();
   // Frees the profiles and leaves their names.
   void release_profiles();
 
@@ -90,6 +90,7 @@ class DataBase {
   static void save_journal_at_exit();
   bool save_journal();
 
+  Cache::iterator cache_place(const std::string &name);
   bool read_class_weights(ClassData &data);
   void refuse_orphaned_terms() const;
   bool has_terms_file() const;
@@ -116,6 +117,7 @@ class DataBase {
   Journal journal_;
   FileSet class_files_;
   Cache cache_;
+  Cache::iterator last_ = cache_.end();  // asked for
   FileStore *profile_store_P_ = nullptr;
 };
 

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <random>
 #include <sstream>
 #include <string>
 
@@ -48,14 +49,25 @@ TEST_F(RanksTest, SortsHighestFirstAndWhatIsNoNumberLast) {
             "news/local:1 sport:-inf sport:nan sport:nan news/local:nan\n");
 }
 
-TEST_F(RanksTest, KeepsTheOrderOfManyEqualScores) {
-  Ranks ranks;
-  for (int i = 0; i < 99; ++i)
-    ranks.add(i % 3 == 0 ? sport_P : local_P, i % 2);
-  Ranks expected = ranks;
-  std::ranges::stable_sort(expected, std::greater(), &Ranking::score);
-  ranks.sort();
-  EXPECT_EQ(line_of(ranks, "d"), line_of(expected, "d"));
+TEST_F(RanksTest, KeepsTheOrderOfEqualScores) {
+  const double infinity = std::numeric_limits<double>::infinity();
+  std::mt19937 random(3);
+  for (int size = 0; size < 700; size += 1 + size / 20) {
+    std::uniform_int_distribution any(-2, size);
+    Ranks ranks;
+    for (int i = 0; i < size; ++i) {
+      const int kind = any(random);
+      const double score = kind == -2   ? infinity
+                           : kind == -1 ? -infinity
+                           : kind % 2   ? -0.0
+                                        : kind / 8 - 3.0;
+      ranks.add(i % 3 == 0 ? sport_P : local_P, score);
+    }
+    Ranks expected = ranks;
+    std::ranges::stable_sort(expected, std::greater(), &Ranking::score);
+    ranks.sort();
+    EXPECT_EQ(line_of(ranks, "d"), line_of(expected, "d")) << size;
+  }
 }
 
 TEST_F(RanksTest, PrintsFiveSignificantDigits) {
