@@ -6,6 +6,7 @@
 #include "params/params.h"
 #include "run/log.h"
 #include "store/database.h"
+#include "vocabulary/termtab.h"
 
 namespace vek {
 namespace {
@@ -118,6 +119,7 @@ void ClassTable::collect_statistics(ClassData &data) {
                                                   son_P->train_docs.size());
   }
   data.nr_docs = static_cast<std::uint32_t>(data.train_docs.size());
+  data.term_stats.set_nr_terms(term_table.size());
   DocProfile profile;
   for (const auto &[name, classes] : data.train_docs) {
     profile.clear();

@@ -24,13 +24,18 @@ struct TermStats {
 };
 
 // While documents are counted, an array of slots that are found by a hash of
-// the term, with linear probing; once settled, the used slots alone.
+// the term, with linear probing, or one slot for each term there is, if those
+// are no more; once settled, the used slots alone.
 class TermStatsTable {
  public:
   struct Slot {
     std::uint32_t term = no_term;
     TermStats stats;
   };
+
+  // To be called before any term comes: all of them will be less than
+  // `nr_terms`.
+  void set_nr_terms(std::size_t nr_terms) { nr_terms_ = nr_terms; }
 
   // The record of a term, all zero if it is new; good until the next call. A
   // settled table is opened again. Not for the term 0xFFFFFFFF, which no table
@@ -75,15 +80,19 @@ class TermStatsTable {
   // The upper bits of a product, so that a walk over the old slots fills the
   // new ones from front to back.
   std::size_t home(std::uint32_t term) const {
-    return (term * std::uint32_t{0x9E3779B1}) >> shift_;
+    return (term * factor_) >> shift_;
   }
   void grow();
   void sort();
 
-  std::vector<Slot> slots_;  // a power of two of them, until they are settled
+  std::size_t nr_terms_ = std::size_t{1} << 32;
+  // A power of two or nr_terms_ of them, until they are settled.
+  std::vector<Slot> slots_;
   std::size_t nr_used_ = 0;
   std::size_t most_used_ = 0;  // more make the table grow; 0 when settled
-  unsigned shift_ = 32;
+  // With a slot for each term it is 1, and nothing is shifted.
+  std::uint32_t factor_ = 1;
+  unsigned shift_ = 0;
 };
 
 }  // namespace vek

@@ -47,24 +47,32 @@ TEST(TermPlaces, BehavesAsAMap) {
 
 TEST(TermStatsTable, KeepsWhatWasCountedAlsoWhenOpenedAgain) {
   std::mt19937 random(4);
-  TermStatsTable table;
-  std::map<std::uint32_t, std::uint32_t> expected;
-  for (int round = 0; round < 50; ++round) {
-    for (std::uint32_t step = 0; step < 40; ++step) {
-      const std::uint32_t term = any_term(random) + step;
-      ++table[term].tf;
-      ++expected[term];
+  // With few terms in all, each gets a slot of its own soon, or at once.
+  for (const std::uint32_t nr_terms : {0U, 30U, 1000U}) {
+    TermStatsTable table;
+    if (nr_terms != 0)
+      table.set_nr_terms(nr_terms);
+    std::map<std::uint32_t, std::uint32_t> expected;
+    for (int round = 0; round < 50; ++round) {
+      for (std::uint32_t step = 0; step < 40; ++step) {
+        std::uint32_t term = any_term(random) + step;
+        if (nr_terms != 0)
+          term %= nr_terms;
+        ++table[term].tf;
+        ++expected[term];
+      }
+      table.settle();
+      table.keep_if([](const auto &slot) { return slot.term % 5 != 0; });
+      std::erase_if(expected,
+                    [](const auto &one) { return one.first % 5 == 0; });
+      ASSERT_EQ(table.size(), expected.size());
+      auto next = expected.begin();
+      for (const auto &[term, stats] : table) {
+        EXPECT_EQ(term, next->first);
+        EXPECT_EQ(stats.tf, (next++)->second);
+      }
+      EXPECT_TRUE(next == expected.end());
     }
-    table.settle();
-    table.keep_if([](const auto &slot) { return slot.term % 5 != 0; });
-    std::erase_if(expected, [](const auto &one) { return one.first % 5 == 0; });
-    ASSERT_EQ(table.size(), expected.size());
-    auto next = expected.begin();
-    for (const auto &[term, stats] : table) {
-      EXPECT_EQ(term, next->first);
-      EXPECT_EQ(stats.tf, (next++)->second);
-    }
-    EXPECT_TRUE(next == expected.end());
   }
 }
 
