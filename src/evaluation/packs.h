@@ -20,12 +20,14 @@ constexpr int pack_width = nr_bytes / int{sizeof(Number)};
 // Not a result, which the calling convention has no place for on every
 // processor.
 template <class AnyPack, class Number>
-[[gnu::always_inline]] inline void load(AnyPack &pack, const Number *from_P) {
+[[gnu::always_inline]] inline void load_pack(AnyPack &pack,
+                                             const Number *from_P) {
   std::memcpy(&pack, from_P, sizeof pack);
 }
 
 template <class AnyPack, class Number>
-[[gnu::always_inline]] inline void store(Number *to_P, const AnyPack &pack) {
+[[gnu::always_inline]] inline void store_pack(Number *to_P,
+                                              const AnyPack &pack) {
   std::memcpy(to_P, &pack, sizeof pack);
 }
 

@@ -42,11 +42,11 @@ template <int nr_bytes>
     Pack<std::int64_t, nr_bytes> minus_count = {};
     Pack<WeightType, nr_bytes> others;
     for (std::size_t k = 0; k < own; k += width) {
-      load(others, scores + k);
+      load_pack(others, scores + k);
       minus_count += others >= score;
     }
     for (std::size_t k = own + width; k < size; k += width) {
-      load(others, scores + k);
+      load_pack(others, scores + k);
       minus_count += others > score;
     }
     std::int64_t place = 0;

@@ -45,19 +45,19 @@ template <class Number, int nr_bytes, int nr_packs>
   Pack<Number, nr_bytes> sums[nr_packs];
 #pragma GCC unroll 8
   for (int i = 0; i < nr_packs; ++i)
-    load(sums[i], sum_P + start + i * width);
+    load_pack(sums[i], sum_P + start + i * width);
   for (const FullRow<Number> &row : rows) {
     const Number *value_P = row.value_P + start;
 #pragma GCC unroll 8
     for (int i = 0; i < nr_packs; ++i) {
       Pack<Number, nr_bytes> values;
-      load(values, value_P + i * width);
+      load_pack(values, value_P + i * width);
       sums[i] += values * row.weight;
     }
   }
 #pragma GCC unroll 8
   for (int i = 0; i < nr_packs; ++i)
-    store(sum_P + start + i * width, sums[i]);
+    store_pack(sum_P + start + i * width, sums[i]);
 }
 
 // The same for a number of packs from 0 to `most_packs`.
@@ -185,6 +185,8 @@ template <class Number>
 void TermIndex::add_rows(std::span<const RowWeight<Number>> terms,
                          const std::vector<Number> &values,
                          std::vector<Number> &sums) const {
+  // No more of it is read than was written.
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
   std::array<FullRow<Number>, most_rows> full_rows;
   std::size_t nr_full = 0;
   const auto add_full = [&] {

@@ -60,10 +60,10 @@ template <int nr_bytes>
     Pack<WeightType, nr_bytes> thetas;
     Pack<WeightType, nr_bytes> sides;
     Pack<WeightType, nr_bytes> largest;
-    load(scores, j.scores + k);
-    load(thetas, j.thetas + k);
-    load(sides, j.sides + k);
-    load(largest, j.largest_weights + k);
+    load_pack(scores, j.scores + k);
+    load_pack(thetas, j.thetas + k);
+    load_pack(sides, j.sides + k);
+    load_pack(largest, j.largest_weights + k);
     const auto distances =
         (__builtin_convertvector(scores, decltype(thetas)) - thetas) * sides;
     are_right &= distances > largest * j.error.relative + j.error.absolute;

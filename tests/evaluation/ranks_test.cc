@@ -60,7 +60,7 @@ TEST_F(RanksTest, KeepsTheOrderOfEqualScores) {
       const double score = kind == -2   ? infinity
                            : kind == -1 ? -infinity
                            : kind % 2   ? -0.0
-                                        : kind / 8 - 3.0;
+                                        : std::floor(kind / 8.0) - 3.0;
       ranks.add(i % 3 == 0 ? sport_P : local_P, score);
     }
     Ranks expected = ranks;
