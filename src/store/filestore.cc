@@ -1,7 +1,6 @@
 #include "store/filestore.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,23 +11,16 @@
 #include <ctime>
 #include <string>
 
+#include "run/helpers.h"
+#include "store/blockwindow.h"
+#include "store/indexfile.h"
+#include "store/storefiles.h"
 #include "store/storeindex.h"
 
 // One slot for a repository file; in an unused slot both are -1.
 struct FileStoreRepository {
   gint64 size;  // where the next block goes
   int fd;
-};
-
-// Bytes of a repository file, read ahead of those who ask for their blocks: a
-// run gets them mostly in the order in which they lie there.
-struct FileStoreWindow {
-  char *data;  // `window_size` bytes, null before the first use
-  gsize length;
-  gsize used;  // bytes of it that were asked for
-  guint32 repository_id;
-  gint64 offset;
-  gint64 last_offset;  // of the block that was asked for last
 };
 
 // The first `nr_stores` slots are open. Every node's block lies in one of them,
@@ -45,163 +37,15 @@ struct FileStore {
   gsize idx_size;      // of that content in bytes
   gboolean in_sync;
   gboolean is_index_old;  // the index file may hold something else
-  FileStoreWindow window;
+  vek::BlockWindow window;
   GSList *replaced;  // nodes that left the tree, kept for those who hold them
 };
 
 namespace {
 
-[[noreturn]] void fail(const char *function) {
-  std::perror(function);
-  std::exit(1);
-}
-
-// Makes a system call anew as long as a signal interrupts it. Leaves errno
-// alone unless the call fails.
-template <typename Call>
-auto retry(Call call) {
-  const int errno_before = errno;
-  auto result = call();
-  while (result == -1 && errno == EINTR)
-    result = call();
-  if (result != -1)
-    errno = errno_before;
-  return result;
-}
-
-// GLib aborts the program where it gets no memory, with what was put since the
-// last sync. So it is asked only after this, which fails in the manner of a
-// system call.
-void need_memory(const char *function, gsize size) {
-  const int errno_before = errno;
-  // Volatile, or the compiler would see that nobody needs it.
-  void *volatile block_P = std::malloc(size);
-  if (block_P == nullptr)
-    fail(function);
-  std::free(block_P);
-  errno = errno_before;
-}
-
-// More than the names and the node that an operation makes.
-constexpr gsize small_memory = 32768;
-
-// ---- Moving bytes. Each primitive is known by its name in the reports.
-
-void check_read(const char *primitive, gssize count, gsize wanted) {
-  if (count < 0)
-    fail(primitive);
-  if (static_cast<gsize>(count) == wanted)
-    return;
-  std::fprintf(stderr, "warning: %s read %ld bytes in stead of %ld\n",
-               primitive, static_cast<long>(count), static_cast<long>(wanted));
-}
-
-void check_write(const char *primitive, gssize count, gsize wanted) {
-  if (count < 0)
-    fail(primitive);
-  if (static_cast<gsize>(count) == wanted)
-    return;
-  std::fprintf(stderr, "warning: %s wrote %d bytes in stead of %d\n", primitive,
-               static_cast<int>(count), static_cast<int>(wanted));
-}
-
-// The caller owns the result. What comes short is told, and read on. What the
-// file does not have is 0, so that no old memory is taken for a block.
-void *read_data(int fd, gsize size) {
-  auto *data_P = static_cast<char *>(g_try_malloc(size));
-  if (data_P == nullptr && size > 0)
-    fail("read_data");
-  gsize done = 0;
-  gssize count = 1;
-  while (done < size && count > 0) {
-    count = retry([=] { return read(fd, data_P + done, size - done); });
-    if (done == 0 || count < 0)
-      check_read("read_data", count, size);
-    done += static_cast<gsize>(count);
-  }
-  if (done < size)
-    std::memset(data_P + done, 0, size - done);
-  return data_P;
-}
-
-constexpr gint64 window_size = 65536;
-
-// Fills the window from the block's first byte, with more the more of it was of
-// use the last time. Whatever goes wrong here is left to the reading of the
-// block itself.
-void fill_window(FileStore *fstore, const FileStoreNode *node_P) {
-  FileStoreWindow &window = fstore->window;
-  if (window.data == nullptr)
-    window.data = static_cast<char *>(g_try_malloc(window_size));
-  const gsize length = std::min<gsize>(
-      window_size, std::max<gsize>(node_P->size, 4096 + 2 * window.used));
-  const int fd = fstore->stores[node_P->repository_id].fd;
-  const int errno_before = errno;
-  const gssize count = window.data == nullptr
-                           ? 0
-                           : pread(fd, window.data, length, node_P->offset);
-  errno = errno_before;
-  window.used = 0;
-  window.length = static_cast<gsize>(MAX(count, 0));
-  window.repository_id = node_P->repository_id;
-  window.offset = node_P->offset;
-}
-
-// The block's bytes, if they can be had without a call of their own, or null.
-// The window is filled when the block lies a little behind the last one.
-const char *find_in_window(FileStore *fstore, const FileStoreNode *node_P) {
-  FileStoreWindow &window = fstore->window;
-  const gint64 distance = node_P->offset - window.last_offset;
-  window.last_offset = node_P->offset;
-  const auto holds_block = [&] {
-    return window.repository_id == node_P->repository_id &&
-           node_P->offset >= window.offset &&
-           node_P->offset + gint64{node_P->size} <=
-               window.offset + static_cast<gint64>(window.length);
-  };
-  if (!holds_block()) {
-    if (distance < 0 || distance >= window_size || node_P->size > window_size)
-      return nullptr;
-    fill_window(fstore, node_P);
-    if (!holds_block())
-      return nullptr;
-  }
-  window.used += node_P->size;
-  return window.data + (node_P->offset - window.offset);
-}
-
-// What falls short is told, and the rest written all the same: with a gap the
-// block would be a wrong one in every later run.
-void write_data(int fd, const void *data, gsize size) {
-  const auto *bytes_P = static_cast<const char *>(data);
-  while (size > 0) {
-    const gssize count = retry([=] { return write(fd, bytes_P, size); });
-    check_write("write_data", count, size);
-    if (count == 0) {
-      errno = EIO;
-      fail("write_data");
-    }
-    bytes_P += count;
-    size -= static_cast<gsize>(count);
-  }
-}
-
-void seek(const char *function, int fd, gint64 offset) {
-  if (lseek(fd, static_cast<off_t>(offset), SEEK_SET) < 0)
-    fail(function);
-}
-
-int open_file(const char *path, int more_flags) {
-  return retry(
-      [=] { return open(path, O_RDWR | O_CLOEXEC | more_flags, 0640); });
-}
-
-gint64 length_of(const char *function, int fd) {
-  struct stat status = {};
-  if (fstat(fd, &status) != 0)
-    fail(function);
-  return status.st_size;
-}
+using vek::fail;
+using vek::need_memory;
+using vek::open_file;
 
 // ---- Reading the index.
 
@@ -223,24 +67,21 @@ gint64 length_of(const char *function, int fd) {
   if (fault.kind == Kind::cannot_read)
     fail(fault.primitive);
   if (fault.kind == Kind::ends_early) {
-    check_read(fault.primitive, static_cast<gssize>(fault.count), fault.wanted);
+    vek::check_read(fault.primitive, static_cast<gssize>(fault.count),
+                    fault.wanted);
     refuse_index(idx_path, "it ends too early");
   }
   refuse_index(idx_path, "%s", fault.text.c_str());
 }
 
-std::string repository_path(const FileStore *fstore, guint32 id) {
-  return std::string(fstore->name) + ".00" + std::to_string(id);
-}
-
 void open_repository(FileStore *fstore, guint32 id, gint64 block_end,
                      const char *idx_path) {
   FileStoreRepository &repository = fstore->stores[id];
-  const std::string path = repository_path(fstore, id);
+  const std::string path = vek::repository_path(fstore->name, id);
   repository.fd = open_file(path.c_str(), 0);
   if (repository.fd < 0)
     fail("filestore_open");
-  repository.size = length_of("filestore_open", repository.fd);
+  repository.size = vek::length_of("filestore_open", repository.fd);
   if (block_end > repository.size) {
     refuse_index(idx_path,
                  "it has a block up to byte %" G_GINT64_FORMAT
@@ -253,7 +94,7 @@ void load_index(FileStore *res, const char *idx_path) {
   const auto source = [res](void *buffer, gsize size) {
     // The smallest entry has 17 bytes, and about 150 in memory.
     need_memory("filestore_open", 16 * size);
-    return retry([=] { return read(res->idx_fd, buffer, size); });
+    return vek::retry([=] { return read(res->idx_fd, buffer, size); });
   };
   vek::IndexSummary summary;
   vek::IndexFault fault;
@@ -277,7 +118,7 @@ void create_index(FileStore *res, const char *idx_path) {
     fail("filestore_open");
 }
 
-// ---- Writing the index: into memory, and from there by one call.
+// ---- Writing the index, into memory.
 
 gboolean idx_write_func(gpointer key, gpointer value, gpointer data) {
   const auto *node = static_cast<const FileStoreNode *>(value);
@@ -296,226 +137,6 @@ void traverse(FileStore *fstore, GTraverseFunc function, GTraverseType order,
   G_GNUC_BEGIN_IGNORE_DEPRECATIONS
   g_tree_traverse(fstore->tree, function, order, data);
   G_GNUC_END_IGNORE_DEPRECATIONS
-}
-
-// Warns of a write that ended before byte `end`, unless it ended with a field.
-void warn_of_cut(const GString *image, gsize end) {
-  const vek::IndexField field = vek::index_field_at(image, end);
-  if (end == field.start)
-    return;
-  check_write(field.primitive, static_cast<gssize>(end - field.start),
-              field.size);
-}
-
-// The rest of a short write is written all the same: an index with a gap would
-// be lost as a whole.
-void write_index(int fd, const GString *image) {
-  gsize done = 0;
-  while (done < image->len) {
-    const gssize count =
-        retry([=] { return write(fd, image->str + done, image->len - done); });
-    if (count == 0)
-      errno = EIO;
-    if (count <= 0)
-      fail(vek::index_field_at(image, done).primitive);
-    done += static_cast<gsize>(count);
-    if (done < image->len)
-      warn_of_cut(image, done);
-  }
-}
-
-// Makes sure of room for the whole index before the first byte of the old one
-// is overwritten. The file keeps its length. Where the file system cannot
-// reserve room, the writes will tell.
-void reserve_room(int fd, gsize size) {
-  const int errno_before = errno;
-  const int result = retry([=] {
-    return fallocate(fd, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(size));
-  });
-  if (result != 0 && (errno == ENOSPC || errno == EDQUOT)) {
-    fail("filestore_sync");
-  }
-  errno = errno_before;
-}
-
-void flush(int fd) {
-  if (retry([=] { return fsync(fd); }) != 0)
-    fail("filestore_sync");
-}
-
-void write_image(int fd, const GString *image) {
-  seek("filestore_sync", fd, 0);
-  write_index(fd, image);
-}
-
-// ---- The copy of the index. To overwrite a file in place is to risk it, so a
-// copy of its next content is on the disk while that is done, under a name that
-// it gets when it is complete.
-
-std::string path_while_written(const FileStore *fstore) {
-  return std::string(fstore->name) + ".tmp";
-}
-std::string path_of_copy(const FileStore *fstore) {
-  return std::string(fstore->name) + ".new";
-}
-
-// The names of the store's files, those of new repositories too.
-void flush_directory(const FileStore *fstore) {
-  const std::string name(fstore->name);
-  const std::size_t slash = name.rfind('/');
-  const std::string path =
-      slash == std::string::npos ? "." : name.substr(0, slash + 1);
-  const int errno_before = errno;
-  const int fd =
-      retry([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC); });
-  // Who may not look into a directory can have nothing flushed there, and some
-  // file systems flush no directory.
-  if (fd < 0 && errno != EACCES)
-    fail("filestore_sync");
-  if (fd >= 0) {
-    if (retry([=] { return fsync(fd); }) != 0 && errno != EINVAL &&
-        errno != ENOTSUP) {
-      fail("filestore_sync");
-    }
-    close(fd);
-  }
-  errno = errno_before;
-}
-
-// Without the right or the room to make a copy the index is overwritten all the
-// same: it has been opened for that, and its own room is reserved.
-bool copy_is_denied() {
-  return errno == EACCES || errno == EPERM || errno == EROFS ||
-         errno == ENOSPC || errno == EDQUOT;
-}
-
-// Returns whether there is a copy now.
-bool save_copy(const FileStore *fstore) {
-  const int errno_before = errno;
-  const std::string path = path_while_written(fstore);
-  const int fd = open_file(path.c_str(), O_CREAT | O_TRUNC);
-  const bool has_room =
-      fd >= 0 &&
-      (retry([=] {
-         return fallocate(fd, 0, 0, static_cast<off_t>(fstore->idx_image->len));
-       }) == 0 ||
-       !copy_is_denied());
-  if (!has_room) {
-    if (!copy_is_denied())
-      fail("filestore_sync");
-    if (fd >= 0) {
-      close(fd);
-      unlink(path.c_str());
-    }
-    errno = errno_before;
-    return false;
-  }
-  write_index(fd, fstore->idx_image);
-  flush(fd);
-  if (close(fd) != 0 && errno != EINTR)
-    fail("filestore_sync");
-  if (std::rename(path.c_str(), path_of_copy(fstore).c_str()) != 0)
-    fail("filestore_sync");
-  flush_directory(fstore);
-  errno = errno_before;
-  return true;
-}
-
-// Somebody may have tidied up.
-void remove_copy(const FileStore *fstore) {
-  const int errno_before = errno;
-  if (unlink(path_of_copy(fstore).c_str()) != 0 && errno != ENOENT)
-    fail("filestore_sync");
-  errno = errno_before;
-}
-
-// The number of entries of an index, or -1 if it cannot be right or leads to
-// bytes that the repository files do not have.
-gint64 count_entries(const FileStore *fstore, const vek::IndexSource &source) {
-  GTree *tree = vek::new_index_tree();
-  vek::IndexSummary summary;
-  vek::IndexFault fault;
-  bool is_good = vek::read_index(source, tree, summary, fault);
-  for (guint32 id = 0; is_good && id < summary.nr_stores; ++id) {
-    struct stat status = {};
-    is_good = stat(repository_path(fstore, id).c_str(), &status) == 0 &&
-              status.st_size >= summary.block_ends[id];
-  }
-  const gint64 nr_entries = is_good ? g_tree_nnodes(tree) : -1;
-  G_GNUC_BEGIN_IGNORE_DEPRECATIONS
-  g_tree_traverse(
-      tree,
-      [](gpointer, gpointer node_P, gpointer) -> gboolean {
-        vek::free_node(static_cast<FileStoreNode *>(node_P));
-        return FALSE;
-      },
-      G_PRE_ORDER, nullptr);
-  G_GNUC_END_IGNORE_DEPRECATIONS
-  g_tree_destroy(tree);
-  return nr_entries;
-}
-
-gint64 count_entries(const FileStore *fstore, const GString *image) {
-  gsize done = 0;
-  return count_entries(fstore, [&](void *buffer, gsize size) {
-    const gsize part = MIN(size, image->len - done);
-    std::memcpy(buffer, image->str + done, part);
-    done += part;
-    return static_cast<gssize>(part);
-  });
-}
-
-gint64 count_entries_of_file(const FileStore *fstore) {
-  if (fstore->idx_fd < 0)
-    return -1;
-  seek("filestore_open", fstore->idx_fd, 0);
-  const gint64 nr_entries =
-      count_entries(fstore, [&](void *buffer, gsize size) {
-        return retry([=] { return read(fstore->idx_fd, buffer, size); });
-      });
-  seek("filestore_open", fstore->idx_fd, 0);
-  return nr_entries;
-}
-
-GString *read_copy(int fd) {
-  const auto size = static_cast<gsize>(length_of("filestore_open", fd));
-  need_memory("filestore_open", 4 * size + small_memory);
-  void *data_P = read_data(fd, size);
-  GString *image =
-      g_string_new_len(static_cast<char *>(data_P), static_cast<gssize>(size));
-  g_free(data_P);
-  return image;
-}
-
-// If there is a copy, a sync was broken off: makes the index equal to it. Not
-// if the copy is damaged, or if the index is good and has more entries: then
-// the copy is no work of a broken sync, but was laid there. With neither of
-// them good both stay.
-void restore_index(FileStore *fstore, const char *idx_path) {
-  const int errno_before = errno;
-  const int fd = open_file(path_of_copy(fstore).c_str(), 0);
-  if (fd < 0 && errno != ENOENT)
-    fail("filestore_open");
-  if (fd >= 0) {
-    GString *image = read_copy(fd);
-    close(fd);
-    const gint64 nr_copied = count_entries(fstore, image);
-    const gint64 nr_entries = count_entries_of_file(fstore);
-    if (nr_copied >= 0 && nr_copied >= nr_entries) {
-      if (fstore->idx_fd < 0)
-        create_index(fstore, idx_path);
-      write_image(fstore->idx_fd, image);
-      if (ftruncate(fstore->idx_fd, static_cast<off_t>(image->len)) != 0)
-        fail("filestore_open");
-      flush(fstore->idx_fd);
-    }
-    g_string_free(image, TRUE);
-    if (nr_copied >= 0 || nr_entries >= 0)
-      remove_copy(fstore);
-    if (fstore->idx_fd >= 0)
-      seek("filestore_open", fstore->idx_fd, 0);
-  }
-  errno = errno_before;
 }
 
 // ---- Putting blocks.
@@ -538,7 +159,8 @@ FileStoreRepository &begin_repository(FileStore *fstore) {
                  static_cast<int>(MAX_NR_STORES), fstore->name);
   }
   FileStoreRepository &repository = fstore->stores[fstore->nr_stores];
-  const std::string path = repository_path(fstore, fstore->nr_stores);
+  const std::string path =
+      vek::repository_path(fstore->name, fstore->nr_stores);
   // Not truncated: what a run without a sync left there is overwritten.
   repository.fd = open_file(path.c_str(), O_CREAT);
   if (repository.fd < 0)
@@ -577,7 +199,7 @@ void enter_node(FileStore *fstore, FileStoreNode *node) {
 // ---- The rest.
 
 FileStore *new_store(const char *fname) {
-  need_memory("filestore_open", small_memory);
+  need_memory("filestore_open", vek::small_memory);
   auto *res = g_new0(FileStore, 1);
   res->tree = vek::new_index_tree();
   res->name = g_strdup(fname);
@@ -614,15 +236,15 @@ void free_replaced(gpointer value) {
 FileStore *filestore_open(const char *fname) {
   g_assert(fname);
   FileStore *res = new_store(fname);
-  const std::string idx_path = std::string(fname) + ".idx";
+  const std::string idx_path = vek::index_path(fname);
   res->idx_fd = open_file(idx_path.c_str(), 0);
   // Only an index that is not there is none. One that cannot be opened would
   // be overwritten as a new one.
   if (res->idx_fd < 0 && errno != ENOENT)
     fail("filestore_open");
-  restore_index(res, idx_path.c_str());
+  res->idx_fd = vek::restore_index(fname, res->idx_fd);
   const gint64 length =
-      res->idx_fd < 0 ? 0 : length_of("filestore_open", res->idx_fd);
+      res->idx_fd < 0 ? 0 : vek::length_of("filestore_open", res->idx_fd);
   if (length > 0) {
     load_index(res, idx_path.c_str());
   } else {
@@ -659,7 +281,7 @@ void filestore_sync(FileStore *fstore) {
   if (fstore->in_sync)
     return;
   fstore->in_sync = TRUE;
-  need_memory("filestore_sync", 2 * fstore->idx_size + small_memory);
+  need_memory("filestore_sync", 2 * fstore->idx_size + vek::small_memory);
   fstore->idx_image = g_string_sized_new(fstore->idx_size + 1);
   vek::append_index_head(fstore->idx_image, fstore->nr_stores,
                          static_cast<guint32>(g_tree_nnodes(fstore->tree)));
@@ -667,14 +289,10 @@ void filestore_sync(FileStore *fstore) {
   // The blocks first: an entry must not lead to bytes that are not there yet.
   for (const FileStoreRepository &repository : fstore->stores) {
     if (repository.fd >= 0)
-      flush(repository.fd);
+      vek::flush(repository.fd);
   }
-  reserve_room(fstore->idx_fd, fstore->idx_image->len);
-  const bool has_copy = fstore->is_index_old && save_copy(fstore);
-  write_image(fstore->idx_fd, fstore->idx_image);
-  flush(fstore->idx_fd);
-  if (has_copy)
-    remove_copy(fstore);
+  vek::replace_index(fstore->name, fstore->idx_fd, fstore->idx_image,
+                     fstore->is_index_old);
   fstore->is_index_old = FALSE;
   g_string_free(fstore->idx_image, TRUE);
   fstore->idx_image = nullptr;
@@ -692,15 +310,14 @@ void filestore_put_file(FileStore *fstore, const char *fname, const void *data,
   g_assert(fstore);
   g_assert(fname);
   g_assert(data);
-  need_memory("filestore_put_file", small_memory);
+  need_memory("filestore_put_file", vek::small_memory);
   if (len > MAX_BLOCK_SIZE)
     refuse_block("a block of %u bytes is too big", len);
   FileStoreRepository &repository = repository_for(fstore, len);
   const gint64 offset = repository.size;
-  // It may hold old bytes of where the block goes.
-  fstore->window.length = 0;
-  seek("filestore_put_file", repository.fd, offset);
-  write_data(repository.fd, data, len);
+  vek::empty_window(fstore->window);
+  vek::seek("filestore_put_file", repository.fd, offset);
+  vek::write_data(repository.fd, data, len);
   repository.size += len;
 
   auto *node = g_new0(FileStoreNode, 1);
@@ -723,14 +340,14 @@ gboolean filestore_get_file(FileStore *fstore, const char *fname,
   if (node_P == nullptr)
     return FALSE;
   *len_ptr = node_P->size;
-  if (const char *block_P = find_in_window(fstore, node_P)) {
+  const int fd = fstore->stores[node_P->repository_id].fd;
+  if (const char *block_P = vek::find_in_window(fstore->window, fd, *node_P)) {
     need_memory("filestore_get_file", node_P->size);
     *data_ptr = g_memdup2(block_P, node_P->size);
     return TRUE;
   }
-  const int fd = fstore->stores[node_P->repository_id].fd;
-  seek("filestore_get_file", fd, node_P->offset);
-  *data_ptr = read_data(fd, node_P->size);
+  vek::seek("filestore_get_file", fd, node_P->offset);
+  *data_ptr = vek::read_data(fd, node_P->size);
   return TRUE;
 }
 

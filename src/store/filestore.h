@@ -6,7 +6,8 @@
 // filestore_sync() and filestore_close(). Blocks are only appended: one that
 // is put again under its name leaves its old bytes behind, and nothing is ever
 // removed. This is a plain function library on GLib; it knows nothing of what
-// the blocks hold, nor of any other unit.
+// the blocks hold. The units that are called parts of the file store are for it
+// alone.
 //
 // Conventions:
 // 1. A null pointer as an argument is a programming error: g_assert() stops
