@@ -32,11 +32,12 @@ struct FileStore {
   // Name to FileStoreNode. Its shape is seen outside: the entries of the index
   // file stand in its post-order.
   GTree *tree;
+  GTreeNode *last;  // found by find_node()
   int idx_fd;
   GString *idx_image;  // the index file's next content, during a sync only
   gsize idx_size;      // of that content in bytes
   gboolean in_sync;
-  gboolean is_index_old;  // the index file may hold something else
+  gboolean is_index_old;  // the index file may have other content
   vek::BlockWindow window;
   GSList *replaced;  // nodes that left the tree, kept for those who hold them
 };
@@ -209,8 +210,32 @@ FileStore *new_store(const char *fname) {
   return res;
 }
 
+// Names are mostly asked for in their order, some left out: the next of them is
+// sooner found from the last one than from the root. Nodes stay where they are
+// while the tree grows.
+GTreeNode *find_nearby(FileStore *fstore, const char *fname) {
+  constexpr int most_steps = 4;
+  GTreeNode *node = fstore->last;
+  for (int step = 0; node != nullptr && step < most_steps; ++step) {
+    node = g_tree_node_next(node);
+    if (node == nullptr)
+      return nullptr;
+    const int order =
+        std::strcmp(fname, static_cast<const char *>(g_tree_node_key(node)));
+    if (order <= 0)
+      return order == 0 ? node : nullptr;
+  }
+  return nullptr;
+}
+
 FileStoreNode *find_node(FileStore *fstore, const char *fname) {
-  return static_cast<FileStoreNode *>(g_tree_lookup(fstore->tree, fname));
+  GTreeNode *node = find_nearby(fstore, fname);
+  if (node == nullptr)
+    node = g_tree_lookup_node(fstore->tree, fname);
+  if (node == nullptr)
+    return nullptr;
+  fstore->last = node;
+  return static_cast<FileStoreNode *>(g_tree_node_value(node));
 }
 
 gboolean list_func(gpointer key, gpointer, gpointer data) {
@@ -280,6 +305,9 @@ void filestore_sync(FileStore *fstore) {
   // filestore_close(), and another try would only end it a second time.
   if (fstore->in_sync)
     return;
+  // All is on the disk already, as it is.
+  if (!fstore->is_index_old)
+    return;
   fstore->in_sync = TRUE;
   need_memory("filestore_sync", 2 * fstore->idx_size + vek::small_memory);
   fstore->idx_image = g_string_sized_new(fstore->idx_size + 1);
@@ -291,8 +319,7 @@ void filestore_sync(FileStore *fstore) {
     if (repository.fd >= 0)
       vek::flush(repository.fd);
   }
-  vek::replace_index(fstore->name, fstore->idx_fd, fstore->idx_image,
-                     fstore->is_index_old);
+  vek::replace_index(fstore->name, fstore->idx_fd, fstore->idx_image);
   fstore->is_index_old = FALSE;
   g_string_free(fstore->idx_image, TRUE);
   fstore->idx_image = nullptr;

@@ -236,10 +236,9 @@ int restore_index(const char *base, int idx_fd) {
   return idx_fd;
 }
 
-void replace_index(const char *base, int idx_fd, const GString *image,
-                   bool is_new) {
+void replace_index(const char *base, int idx_fd, const GString *image) {
   reserve_room(idx_fd, image->len);
-  const bool has_copy = is_new && save_copy(base, image);
+  const bool has_copy = save_copy(base, image);
   write_image(idx_fd, image);
   flush(idx_fd);
   if (has_copy)

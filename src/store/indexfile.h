@@ -22,12 +22,10 @@ namespace vek {
 int restore_index(const char *base, int idx_fd);
 
 // Overwrites the index file with `image` and has the system put it on the disk.
-// There is a copy of it meanwhile if `is_new`; if the file has the very bytes
-// of the image already, a copy would be of no use. Without the right or the
-// room for a copy there is none. If there is no room for the index itself, the
-// old one is left as it was.
-void replace_index(const char *base, int idx_fd, const GString *image,
-                   bool is_new);
+// There is a copy of it meanwhile, but for want of the right or the room to
+// make one. If there is no room for the index itself, the old one is left as it
+// was.
+void replace_index(const char *base, int idx_fd, const GString *image);
 
 }  // namespace vek
 
