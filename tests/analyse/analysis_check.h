@@ -74,6 +74,11 @@ class TextAnalyser {
   DocumentReader reader_;
 };
 
+inline bool is_word_byte(char c) {
+  constexpr std::string_view special = "\",[]{}|\\\x7F";
+  return static_cast<unsigned char>(c) > ' ' && special.find(c) == special.npos;
+}
+
 // Reads an analysis by the rules of its language, and by nothing else:
 //
 //   text   nothing, or items with a blank or a line end between them and a
@@ -81,57 +86,30 @@ class TextAnalyser {
 //   item   a word, or "[ " word " , " word " ]"
 //   word   1 to 64 bytes of valid UTF-8 in which nothing has a meaning of its
 //          own: none of " , [ ] { } | \ and no blank or control character
-class AnalysisCheck {
- public:
-  explicit AnalysisCheck(std::string_view text) : rest_(text) {}
-
-  bool is_valid() {
-    if (rest_.empty())
-      return true;
-    while (item()) {
-      if (rest_ == "\n")
-        return true;
-      if (!accept(" ") && !accept("\n"))
-        return false;
-    }
-    return false;
-  }
-
- private:
-  bool accept(std::string_view text) {
-    if (!rest_.starts_with(text))
-      return false;
-    rest_.remove_prefix(text.size());
-    return true;
-  }
-
-  bool item() {
-    if (!accept("[ "))
-      return word();
-    return word() && accept(" , ") && word() && accept(" ]");
-  }
-
-  static bool is_word_byte(char c) {
-    constexpr std::string_view special = "\",[]{}|\\\x7F";
-    return static_cast<unsigned char>(c) > ' ' &&
-           special.find(c) == special.npos;
-  }
-
-  bool word() {
-    std::size_t size = 0;
-    while (size < rest_.size() && is_word_byte(rest_[size]))
-      ++size;
-    Utf8Check check;
-    check.add(rest_.substr(0, size));
-    rest_.remove_prefix(size);
-    return size > 0 && size <= longest_word && check.good();
-  }
-
-  std::string_view rest_;
-};
-
 inline bool is_valid_analysis(std::string_view text) {
-  return AnalysisCheck(text).is_valid();
+  const auto accept = [&](std::string_view begin) {
+    const bool is_there = text.starts_with(begin);
+    text.remove_prefix(is_there ? begin.size() : 0);
+    return is_there;
+  };
+  const auto word = [&] {
+    const std::size_t size = static_cast<std::size_t>(
+        std::ranges::find_if_not(text, is_word_byte) - text.begin());
+    Utf8Check check;
+    check.add(text.substr(0, size));
+    text.remove_prefix(size);
+    return size > 0 && size <= longest_word && check.good();
+  };
+  if (text.empty())
+    return true;
+  while (accept("[ ") ? word() && accept(" , ") && word() && accept(" ]")
+                      : word()) {
+    if (text == "\n")
+      return true;
+    if (!accept(" ") && !accept("\n"))
+      return false;
+  }
+  return false;
 }
 
 }  // namespace vek::analysis

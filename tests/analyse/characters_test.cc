@@ -10,19 +10,8 @@
 namespace vek::analysis {
 namespace {
 
-bool is_utf8_in_two(std::string_view text, std::size_t cut) {
-  Utf8Check check;
-  check.add(text.substr(0, cut));
-  check.add(text.substr(cut));
-  return check.good();
-}
-
 TEST(Utf8Check, TellsValidTextsWhereverTheyAreCut) {
-  struct Case {
-    std::string_view text;
-    bool is_valid;
-  };
-  const std::vector<Case> cases = {
+  const std::pair<std::string_view, bool> cases[] = {
       {"", true},
       {"plain text of more than eight bytes", true},
       {"caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80 end of it all", true},
@@ -42,15 +31,17 @@ TEST(Utf8Check, TellsValidTextsWhereverTheyAreCut) {
       {"cut \xF0\x9F\x98", false},
       {"\xE2\x82 goes on", false},
       {"eight by\xC3\xA9tes, then wrong \xC3", false}};
-  for (const Case &c : cases) {
-    for (std::size_t cut = 0; cut <= c.text.size(); ++cut) {
-      EXPECT_EQ(is_utf8_in_two(c.text, cut), c.is_valid)
-          << c.text << " cut at " << cut;
+  for (const auto &[text, is_valid] : cases) {
+    for (std::size_t cut = 0; cut <= text.size(); ++cut) {
+      Utf8Check check;
+      check.add(text.substr(0, cut));
+      check.add(text.substr(cut));
+      EXPECT_EQ(check.good(), is_valid) << text << " cut at " << cut;
     }
   }
 }
 
-TEST(Characters, DecodesAndEncodesTheSame) {
+TEST(Characters, DecodesWhatItEncodesAndABrokenOneAsOneByte) {
   for (const std::string_view text :
        {"a", "\x7F", "\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xEF\xBF\xBF",
         "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"}) {
@@ -60,9 +51,6 @@ TEST(Characters, DecodesAndEncodesTheSame) {
     append_utf8(encoded, character.value);
     EXPECT_EQ(encoded, text);
   }
-}
-
-TEST(Characters, ReadsABrokenCharacterAsOneByte) {
   for (const std::string_view text : {"\xE2\x82", "\xFFx", "\xC3(", "\x80"}) {
     EXPECT_EQ(first_character(text).value, 0xFFFD);
     EXPECT_EQ(first_character(text).size, 1U);
@@ -72,9 +60,8 @@ TEST(Characters, ReadsABrokenCharacterAsOneByte) {
 TEST(Characters, CutsBetweenCharacters) {
   const std::string_view text = "a\xC3\xA9\xE2\x82\xAC";
   const std::size_t sizes[] = {0, 1, 1, 3, 3, 3, 6, 6};
-  for (std::size_t limit = 0; limit < std::size(sizes); ++limit) {
+  for (std::size_t limit = 0; limit < std::size(sizes); ++limit)
     EXPECT_EQ(cut_at_character(text, limit).size(), sizes[limit]) << limit;
-  }
 }
 
 TEST(Characters, ReadsWindows1252) {

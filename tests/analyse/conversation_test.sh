@@ -30,11 +30,6 @@ expect 0 "$program" -l en <list
 cmp turn output || fail "answers differ in strict turn"
 [ "$(nr_answers <output)" -eq 20 ] || fail "not 20 answers"
 
-# Under the name that vek looks for in its working directory.
-ln -s "$program" analyse.pl
-expect 0 ./analyse.pl <list
-cmp turn output || fail "answers differ under another name"
-
 # An answer depends on its document alone.
 tac list >reversed
 expect 0 "$program" <reversed

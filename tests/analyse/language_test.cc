@@ -7,6 +7,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "analyse/lexicon.h"
@@ -33,20 +34,17 @@ std::set<std::string> names() {
   return names;
 }
 
-std::string all_function_words(const FunctionWords &words) {
-  return std::string(words.others) + ' ' + words.articles + ' ' + words.of +
-         ' ' + words.genitive_articles;
-}
-
-TEST(Language, HasEveryAlgorithmOfTheLibrary) {
-  std::set<std::string> algorithms;
-  for (const char **name = sb_stemmer_list(); *name != nullptr; ++name) {
-    algorithms.insert(*name);
-  }
-  EXPECT_EQ(names(), algorithms);
+std::vector<std::string> function_words(const Language &language) {
+  const FunctionWords &words = language.words;
+  return words_of(std::string(words.others) + ' ' + words.articles + ' ' +
+                  words.of + ' ' + words.genitive_articles);
 }
 
 TEST(Language, IsFoundByNameAndByItsOwnCodesOnly) {
+  std::set<std::string> algorithms;
+  for (const char **name = sb_stemmer_list(); *name != nullptr; ++name)
+    algorithms.insert(*name);
+  EXPECT_EQ(names(), algorithms);
   std::set<std::string> codes;
   for (const std::string &name : names()) {
     const Language *language_P = find_language(name);
@@ -68,10 +66,8 @@ TEST(Language, IsFoundByNameAndByItsOwnCodesOnly) {
 // A word that is listed in another form than words come in would never match.
 TEST(Language, ListsItsFunctionWordsInTheirNormalForm) {
   for (const std::string &name : names()) {
-    const Language &language = *find_language(name);
     TextAnalyser analyser(name, Terms::words);
-    for (const std::string &word :
-         words_of(all_function_words(language.words))) {
+    for (const std::string &word : function_words(*find_language(name))) {
       EXPECT_EQ(normalise_word(word, Casing::usual), word) << name;
       // An elision needs something behind it.
       const std::string end = word.ends_with('\'') ? "xyz" : "";
@@ -83,10 +79,7 @@ TEST(Language, ListsItsFunctionWordsInTheirNormalForm) {
 }
 
 TEST(Language, KeepsWordsThatNameATopic) {
-  const struct {
-    const char *language;
-    const char *words;
-  } cases[] = {
+  const std::pair<const char *, const char *> cases[] = {
       {"en",
        "computer world research system state mine well new york second "
        "back power bank network case part point number man time"},
@@ -107,13 +100,13 @@ TEST(Language, KeepsWordsThatNameATopic) {
       {"no", "verden system tid stat"},
       {"fi", "maailma kone aika kuusi"},
       {"hu", "világ rendszer idő ember"}};
-  for (const auto &c : cases) {
-    const Language &language = *find_language(c.language);
-    EXPECT_GT(words_of(all_function_words(language.words)).size(), 150U);
+  for (const auto &[name, words] : cases) {
+    const Language &language = *find_language(name);
+    EXPECT_GT(function_words(language).size(), 150U) << name;
     Lexicon lexicon(language, Numbers::drop);
-    for (const std::string &word : words_of(c.words)) {
+    for (const std::string &word : words_of(words)) {
       EXPECT_EQ(lexicon.look_up(word).kind, WordKind::content)
-          << c.language << ' ' << word;
+          << name << ' ' << word;
     }
   }
 }

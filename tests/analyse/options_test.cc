@@ -22,19 +22,17 @@ std::string read(const std::string &line, Options &options) {
   return read_options(arguments, options);
 }
 
-Options options_of(const std::string &line) {
-  Options options;
-  EXPECT_EQ(read(line, options), "") << line;
-  return options;
-}
-
 TEST(Options, AreReadInAllTheirSpellings) {
   for (const char *line :
        {"-l de -t words -n class -s stop --to out --from in --progress",
         "-lde -twords -nclass -sstop --to=out --from=in --progress",
         "--from in --to out -l en -l german -n keep -n class -s stop -t words "
         "--progress"}) {
-    const Options options = options_of(line);
+    Options options;
+    EXPECT_EQ(options.language_P, find_language("en"));
+    EXPECT_EQ(options.terms, Terms::both);
+    EXPECT_EQ(options.numbers, Numbers::drop);
+    EXPECT_EQ(read(line, options), "") << line;
     EXPECT_EQ(options.language_P, find_language("de"));
     EXPECT_EQ(options.terms, Terms::words);
     EXPECT_EQ(options.numbers, Numbers::as_class);
@@ -42,12 +40,9 @@ TEST(Options, AreReadInAllTheirSpellings) {
     EXPECT_EQ(options.to_directory, "out");
     EXPECT_EQ(options.from_directory, "in");
     EXPECT_TRUE(options.has_progress);
+    EXPECT_EQ(read("--help", options), "");
+    EXPECT_TRUE(options.wants_help);
   }
-  EXPECT_TRUE(options_of("--help").wants_help);
-  const Options defaults = options_of("");
-  EXPECT_EQ(defaults.language_P, find_language("en"));
-  EXPECT_EQ(defaults.terms, Terms::both);
-  EXPECT_EQ(defaults.numbers, Numbers::drop);
 }
 
 TEST(Options, AreRefusedWithTheReason) {

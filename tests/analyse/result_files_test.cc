@@ -16,50 +16,44 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// The name, or what is wrong in brackets.
-std::string find(const ResultNames &names, std::string_view path) {
-  std::string file;
-  const std::string problem = names.find(path, file);
-  return problem.empty() ? file : '(' + problem + ')';
-}
-
-TEST(ResultNames, TakeTheLastComponent) {
-  const ResultNames names("out");
-  EXPECT_EQ(find(names, "docs/a/b.txt"), "out/b.txt");
-  EXPECT_EQ(find(names, "/x/b"), "out/b.txt");
-  EXPECT_EQ(find(names, "b.html"), "out/b.html.txt");
-  EXPECT_EQ(find(names, ".txt"), "out/.txt.txt");
-  for (const char *path : {"", "/", "a/"}) {
-    EXPECT_EQ(find(names, path), "(names no file)") << path;
-  }
-  EXPECT_EQ(find(names, "a/.."), "(leads out of the directory)");
-  EXPECT_EQ(find(names, "a\0b"sv), "(no file has a NUL in its name)");
-}
-
-TEST(ResultNames, TakeAllBehindADirectory) {
-  struct Case {
-    const char *from, *path, *name;
-  };
-  const Case cases[] = {
-      {"docs", "docs/a/b.txt", "out/a/b.txt"},
-      {"docs/", "docs/a/b", "out/a/b.txt"},
-      {"docs", "docs//a", "out/a.txt"},
-      {"./docs", "docs/a", "out/a.txt"},
-      {"docs", "./docs/a", "out/a.txt"},
-      {".", "docs/a", "out/docs/a.txt"},
-      {"/", "/docs/a", "out/docs/a.txt"},
-      {"/docs", "/docs/a", "out/a.txt"},
-      {"docs", "docs/a..b", "out/a..b.txt"},
-      {"docs", "docs", "(not in the directory of '--from')"},
-      {"docs", "docs2/a", "(not in the directory of '--from')"},
-      {"docs", "/docs/a", "(not in the directory of '--from')"},
-      {".", "/docs/a", "(not in the directory of '--from')"},
-      {"docs", "docs/../a", "(leads out of the directory)"},
-      {"docs", "docs/a/..", "(leads out of the directory)"},
-      {"docs", "docs/a/", "(names no file)"}};
-  for (const Case &c : cases) {
-    EXPECT_EQ(find(ResultNames("out", c.from), c.path), c.name)
-        << c.from << " and " << c.path;
+TEST(ResultNames, TakeTheLastComponentOrAllBehindADirectory) {
+  const std::string outside = "(not in the directory of '--from')";
+  const struct {
+    std::string from;  // empty if there is none
+    std::string_view path;
+    std::string name;  // or what is wrong
+  } cases[] = {{"", "docs/a/b.txt", "out/b.txt"},
+               {"", "/x/b", "out/b.txt"},
+               {"", "b.html", "out/b.html.txt"},
+               {"", ".txt", "out/.txt.txt"},
+               {"", "", "(names no file)"},
+               {"", "/", "(names no file)"},
+               {"", "a/", "(names no file)"},
+               {"", "a/..", "(leads out of the directory)"},
+               {"", "a\0b"sv, "(no file has a NUL in its name)"},
+               {"docs", "docs/a/b.txt", "out/a/b.txt"},
+               {"docs/", "docs/a/b", "out/a/b.txt"},
+               {"docs", "docs//a", "out/a.txt"},
+               {"./docs", "docs/a", "out/a.txt"},
+               {"docs", "./docs/a", "out/a.txt"},
+               {".", "docs/a", "out/docs/a.txt"},
+               {"/", "/docs/a", "out/docs/a.txt"},
+               {"/docs", "/docs/a", "out/a.txt"},
+               {"docs", "docs/a..b", "out/a..b.txt"},
+               {"docs", "docs", outside},
+               {"docs", "docs2/a", outside},
+               {"docs", "/docs/a", outside},
+               {".", "/docs/a", outside},
+               {"docs", "docs/../a", "(leads out of the directory)"},
+               {"docs", "docs/a/..", "(leads out of the directory)"},
+               {"docs", "docs/a/", "(names no file)"}};
+  for (const auto &[from, path, name] : cases) {
+    const ResultNames names =
+        from.empty() ? ResultNames("out") : ResultNames("out", from);
+    std::string file;
+    const std::string problem = names.find(path, file);
+    EXPECT_EQ(problem.empty() ? file : '(' + problem + ')', name)
+        << from << " and " << path;
   }
 }
 
@@ -73,26 +67,20 @@ class ResultFileTest : public testing::Test {
   TemporaryDirectory directory_;
 };
 
-TEST_F(ResultFileTest, IsThereWhenItIsComplete) {
+TEST_F(ResultFileTest, IsThereWhenItIsCompleteBesideOthersOfTheSameName) {
   const std::string file = "a/b/c.txt";
-  ResultFile result;
-  ASSERT_TRUE(result.open(file));
-  EXPECT_EQ(write(result.descriptor(), "text", 4), 4);
+  ResultFile first, second;
+  ASSERT_TRUE(first.open(file));
+  ASSERT_TRUE(second.open(file));
+  EXPECT_EQ(write(first.descriptor(), "text", 4), 4);
   EXPECT_FALSE(is_result(file));
-  EXPECT_EQ(nr_entries("a/b"), 1);
-  ASSERT_TRUE(result.commit());
+  EXPECT_EQ(nr_entries("a/b"), 2);
+  EXPECT_TRUE(second.commit());
+  EXPECT_EQ(read_text(file), "");
+  EXPECT_TRUE(first.commit());
   EXPECT_TRUE(is_result(file));
   EXPECT_EQ(nr_entries("a/b"), 1);
   EXPECT_EQ(read_text(file), "text");
-}
-
-TEST_F(ResultFileTest, StandsBesideOthersOfTheSameName) {
-  ResultFile first, second;
-  ASSERT_TRUE(first.open("c.txt"));
-  ASSERT_TRUE(second.open("c.txt"));
-  EXPECT_TRUE(second.commit());
-  EXPECT_TRUE(first.commit());
-  EXPECT_EQ(nr_entries("."), 1);
 }
 
 TEST_F(ResultFileTest, TellsWhyItCannotBe) {

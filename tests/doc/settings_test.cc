@@ -2,9 +2,10 @@
 // and of no other.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <map>
 #include <regex>
-#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -35,8 +36,7 @@ std::vector<Entry> read_page() {
   for (std::string line; std::getline(page, line);) {
     if (std::regex_match(line, match, heading)) {
       section = match[1];
-      for (char &letter : section)
-        letter = static_cast<char>(letter - 'A' + 'a');
+      std::ranges::transform(section, section.begin(), ::tolower);
     } else if (std::regex_match(line, match, entry)) {
       entries.push_back({section, match[1], match[2], match[3]});
     }
@@ -45,32 +45,22 @@ std::vector<Entry> read_page() {
 }
 
 std::string text_of(Token::Code code) {
-  for (const Keyword &keyword : keywords()) {
-    if (keyword.code == code)
-      return std::string(keyword.text);
-  }
-  return "";
+  return std::string(std::ranges::find(keywords(), code, &Keyword::code)->text);
 }
 
 // The kind of value as the page shows it; of a choice, the names.
-std::string shown(const OnOffValue &) {
-  return "*on*|*off*";
-}
-std::string shown(const NumberValue &) {
-  return "_integer_";
-}
-std::string shown(const RationalValue &) {
-  return "_number_";
-}
-std::string shown(const StringValue &) {
-  return "string";
-}
-std::string shown(const ChoiceValue &value) {
-  std::string text;
-  for (const ChoiceValue::Option &option : value.options)
-    text += (text.empty() ? "*" : "|*") + text_of(option.keyword) + '*';
-  return text;
-}
+struct Shown {
+  std::string operator()(const OnOffValue &) { return "*on*|*off*"; }
+  std::string operator()(const NumberValue &) { return "_integer_"; }
+  std::string operator()(const RationalValue &) { return "_number_"; }
+  std::string operator()(const StringValue &) { return "string"; }
+  std::string operator()(const ChoiceValue &value) {
+    std::string text;
+    for (const ChoiceValue::Option &option : value.options)
+      text += (text.empty() ? "*" : "|*") + text_of(option.keyword) + '*';
+    return text;
+  }
+};
 
 TEST(SettingsPage, HasTheKeysAndValuesOfTheParser) {
   std::map<std::string, std::string> of_page;
@@ -83,7 +73,7 @@ TEST(SettingsPage, HasTheKeysAndValuesOfTheParser) {
   for (const ResourceSection &section : resource_sections()) {
     for (const ResourceKey &key : section.keys) {
       of_parser[text_of(section.keyword) + ' ' + text_of(key.keyword)] =
-          std::visit([](const auto &value) { return shown(value); }, key.value);
+          std::visit(Shown(), key.value);
     }
   }
   EXPECT_EQ(of_page, of_parser);
@@ -113,14 +103,11 @@ std::string another_value(const Entry &entry) {
     return "\"another\"";
   if (entry.values.starts_with('_'))
     return "7";
-  std::string values = entry.values;
-  std::erase(values, '*');
-  const std::string first = values.substr(0, values.find('|'));
-  return first == entry.default_value
-             ? values.substr(
-                   first.size() + 1,
-                   values.find('|', first.size() + 1) - first.size() - 1)
-             : first;
+  std::string first, second;
+  std::istringstream values(
+      std::regex_replace(entry.values, std::regex("\\*|\\|"), " "));
+  values >> first >> second;
+  return first == entry.default_value ? second : first;
 }
 
 TEST(SettingsPage, HasTheDefaultsOfTheProgram) {

@@ -8,6 +8,7 @@
 
 #include "classes/classtab.h"
 #include "intake/analyser.h"
+#include "params/params.h"
 #include "store/database.h"
 #include "support/child_run.h"
 #include "support/messages.h"
@@ -37,8 +38,7 @@ TEST(ListReader, GivesTheLinesUpToOneThatIsTooLong) {
       {longest + "\nb\n", "1<" + longest + ">2<b>"},
       {longest, "1<" + longest + ">"},
       {"a\n" + longest + "x\nb\n", "1<a> too long"},
-      {longest + "x", " too long"},
-  };
+      {longest + "x", " too long"}};
   for (const auto &[text, lines] : cases)
     EXPECT_EQ(lines_of(text), lines);
 }
@@ -70,19 +70,17 @@ TEST(ListLine, IsADocumentAndItsCleanedClasses) {
       {"doc1", "malformed"},
       {"doc1   ", "malformed"},
       {"doc1 e\0rn"s, "malformed"},
-      {std::string(2045, 'd') + " c", "<" + std::string(2045, 'd') + ">(c)"},
-  };
+      {std::string(2045, 'd') + " c", "<" + std::string(2045, 'd') + ">(c)"}};
   for (const auto &[line, entry] : cases)
     EXPECT_EQ(parsed(line), entry) << line;
 }
 
 TEST(BaseName, IsTheLastComponentWithItsSlash) {
   const std::pair<const char *, const char *> cases[] = {
-      {"/a/b", "b"},  {"/a/b/", "b/"}, {"a", "a"},   {"a/", "a/"},
-      {"a//", "/"},   {"/", "/"},      {"//", "/"},  {"", ""},
-      {"../x", "x"},  {"..", ".."},    {"./", "./"}, {"/a.b/c d", "c d"},
-      {"a/./.", "."},
-  };
+      {"/a/b", "b"}, {"/a/b/", "b/"}, {"a", "a"},   {"a/", "a/"},
+      {"a//", "/"},  {"/", "/"},      {"//", "/"},  {"", ""},
+      {"../x", "x"}, {"..", ".."},    {"./", "./"}, {"/a.b/c d", "c d"},
+      {"a/./.", "."}};
   for (const auto &[directory, name] : cases)
     EXPECT_EQ(base_name(directory), name) << directory;
   TemporaryDirectory here;
@@ -91,60 +89,41 @@ TEST(BaseName, IsTheLastComponentWithItsSlash) {
   EXPECT_EQ(base_name("."), "work");
 }
 
-class Collection : public testing::Test {
- protected:
-  Collection() {
-    std::filesystem::create_directories("ex/files");
-    for (const std::string name : {"a", "b", "c", "d"})
-      write_text("files/" + name + ".txt", name);
-  }
-
-  // Leaves the classes with their training documents.
-  static RunResult collect() {
-    set_verbosity(0);
-    return run_in_child([] {
-      analyser.open("");
-      data_base.open("data");
-      data_base.read(false);
-      collect_documents("ex");
-      class_table.gather_documents();
-      std::string text;
-      for (std::uint32_t id = 0; id < class_table.size(); ++id) {
-        text += class_table.full_name(id) + ':';
-        for (const auto &[name, list] : class_table.get_data(id).train_docs)
-          text += ' ' + name;
-        text += '\n';
-      }
-      write_text("classes", text);
-    });
-  }
-
-  TemporaryDirectory directory_;
-};
-
-TEST_F(Collection, ListEndsSilentlyAtALineThatIsTooLong) {
-  write_text("ex/train", "a x\nb " + std::string(2045, 'y') + "\nc z\nd " +
-                             std::string(2046, 'y') + "\nd x\n");
-  const RunResult run = collect();
-  EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.screen, "WARNING: file ex/train: line 2: class name `" +
-                            std::string(200, 'y') +
-                            "' cannot be stored in the data directory\n");
-  EXPECT_EQ(read_text("classes"),
-            "ex: a b c\nx: a\n" + std::string(2045, 'y') + ": b\nz: c\n");
-}
-
-TEST_F(Collection, ClassThatCannotBeStoredIsNamedWithItsLine) {
-  write_text("ex/train", "a x\nb good/b\\ad\\\nb good/b\\ad\\ \"\n");
+TEST(Collection, NamesWhatCannotBeStoredAndEndsAtALineThatIsTooLong) {
+  const TemporaryDirectory directory;
+  const std::string longest(2045, 'y');
+  write_text("ex/train", "a x\nb good/b\\ad\\\nb good/b\\ad\\ \"\nb " +
+                             longest + "\nc z\nd " + longest + "y\nd x\n");
   write_text("ex/test", "c \"/son y/z\"/\n");
+  for (const std::string name : {"a", "b", "c"})
+    write_text("ex/files/" + name + ".txt", name);
+  const RunResult run = run_in_child([] {
+    params.set_file_directory("ex/files");
+    analyser.open("");
+    data_base.open("data");
+    data_base.read(false);
+    collect_documents("ex");
+    class_table.gather_documents();
+    for (std::uint32_t id = 0; id < class_table.size(); ++id) {
+      std::string line = class_table.full_name(id).substr(0, 9) + ':';
+      for (const auto &[name, list] : class_table.get_data(id).train_docs)
+        line += ' ' + name;
+      log_always(5, line);
+    }
+  });
+  EXPECT_EQ(run.status, 0);
   std::string expected;
-  for (const std::string place :
-       {"train: line 2: class name `b\\ad\\", "train: line 3: class name `\"",
-        "test: line 1: class name `\"", "test: line 1: class name `z\"/"}) {
+  for (const std::string &place :
+       {"train: line 2: class name `b\\ad\\"s, "train: line 3: class name `\""s,
+        "train: line 4: class name `" + longest.substr(0, 200),
+        "test: line 1: class name `\""s, "test: line 1: class name `z\"/"s}) {
     expected += "WARNING: file ex/" + place +
                 "' cannot be stored in the data directory\n";
   }
-  EXPECT_EQ(collect().screen, expected);
+  EXPECT_EQ(run.screen, expected);
+  EXPECT_EQ(run.log, expected +
+                         "ex: a b c\nx: a\ngood: b\ngood/b\\ad: b\n\": b\n"
+                         "yyyyyyyyy: b\nz: c\n\"/son:\ny:\ny/z\"/:\n");
 }
 
 }  // namespace

@@ -16,9 +16,8 @@ using Mode = OutputFile::Mode;
 
 void write_in_pieces(OutputFile &file, const std::string &text,
                      std::size_t piece) {
-  for (std::size_t at = 0; at < text.size(); at += piece) {
+  for (std::size_t at = 0; at < text.size(); at += piece)
     file << text.substr(at, piece);
-  }
 }
 
 TEST(OutputFile, TruncatesOrAppends) {
@@ -46,8 +45,7 @@ TEST(OutputFile, WritesTheSameBytesInPiecesOfEverySize) {
   std::string text(200003, '\0');
   for (std::size_t i = 0; i < text.size(); ++i)
     text[i] = char(i * i % 251);
-  for (const std::size_t piece :
-       {1U, 7U, 1000U, 65535U, 65536U, 65537U, 200003U}) {
+  for (const unsigned piece : {1, 7, 1000, 65535, 65536, 65537, 200003}) {
     OutputFile file;
     file.open("file", Mode::truncate);
     write_in_pieces(file, text, piece);

@@ -58,34 +58,27 @@ TEST_F(Polling, TakesTheNamesOfTheDirectoryInItsOrder) {
   std::string expected;
   Directory entries("input/in");
   for (std::string entry; entries.read(entry);) {
-    for (const char *name : {"a", "b", "z", "x.txt", "y.y", "dir"}) {
-      if (entry == std::string(name) + ".txt")
-        expected += std::string(name) + '\n';
-    }
+    for (const std::string name : {"a", "b", "z", "x.txt", "y.y", "dir"})
+      expected += entry == name + ".txt" ? name + '\n' : "";
   }
   const RunResult result = run([] {
     std::vector<std::string> names;
     collect_input_documents("input/in", names);
-    std::string text;
     for (const std::string &name : names)
-      text += name + (data_base.exists(name) ? "\n" : " is not stored\n");
-    write_text("names", text);
+      log_always(5, name + (data_base.exists(name) ? "" : " is not stored"));
   });
   EXPECT_EQ(result.status, 0);
-  EXPECT_EQ(read_text("names"), expected);
+  EXPECT_TRUE(result.log.ends_with(expected)) << result.log;
 }
 
 TEST_F(Polling, DirectoryThatIsNoneEndsTheRun) {
-  std::filesystem::remove("input/in");
-  write_text("input/in", "");
-  EXPECT_EQ(run([] { poll_directory("input"); }).screen,
-            "ERROR: cannot find directory `input/in'\naborting...\n");
+  write_text("input/file", "");
   const RunResult closed = run([] {
     std::vector<std::string> names;
-    collect_input_documents("input/in", names);
+    collect_input_documents("input/file", names);
   });
   EXPECT_EQ(closed.screen,
-            "ERROR: cannot open directory `input/in'\n"
+            "ERROR: cannot open directory `input/file'\n"
             "aborting... (errno = 20)\n");
   EXPECT_EQ(closed.status, ENOTDIR);
 }
@@ -95,11 +88,10 @@ TEST_F(Polling, FailureNeverLeavesAFinishedFile) {
   class_table.enter("ex", 0);
   class_table.enter("son", 0);
   set_verbosity(0);
-  const std::string temporary = "examples/rank0.tmp";
-  std::filesystem::create_symlink("/dev/full", temporary);
+  std::filesystem::create_symlink("/dev/full", "examples/rank0.tmp");
   EXPECT_EQ(run([] { poll_directory("input"); }).screen,
             "aborting... (errno = 28)\n");
-  EXPECT_TRUE(exists(temporary));
+  EXPECT_TRUE(exists("examples/rank0.tmp"));
   EXPECT_FALSE(exists("examples/rank0.dat"));
 }
 

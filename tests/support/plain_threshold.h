@@ -31,9 +31,8 @@ struct PlainThreshold {
     const auto is_finite = [](WeightType x) { return std::isfinite(x); };
     if (pos_values.empty() || neg_values.empty() ||
         !std::ranges::all_of(pos_values, is_finite) ||
-        !std::ranges::all_of(neg_values, is_finite)) {
+        !std::ranges::all_of(neg_values, is_finite))
       return {};
-    }
     const Scores pos(pos_values.begin(), pos_values.end());
     const Scores neg(neg_values.begin(), neg_values.end());
     const int n = static_cast<int>(pos.size());

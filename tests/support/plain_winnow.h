@@ -59,10 +59,8 @@ struct PlainWinnow {
 
   static TrainingList make_training_list(const DocumentMap &docs) {
     TrainingList list(docs.begin(), docs.end());
-    for (std::size_t i = 1; i < list.size(); ++i) {
-      const auto other = static_cast<std::size_t>(lrand48()) % (i + 1);
-      std::swap(list[i], list[other]);
-    }
+    for (std::size_t i = 1; i < list.size(); ++i)
+      std::swap(list[i], list[static_cast<std::size_t>(lrand48()) % (i + 1)]);
     return list;
   }
 
@@ -73,12 +71,11 @@ struct PlainWinnow {
     const double alpha = params.winnow().alpha();
     const double beta = params.winnow().beta();
     for (const DocProfileEntry &entry : doc) {
-      ClassProfileEntry *e = profile.find(entry.term);
-      if (e == nullptr)
-        continue;
-      e->pos_weight *= promoted ? alpha : beta;
-      e->neg_weight *= promoted ? beta : alpha;
-      ++(promoted ? e->promotions : e->demotions);
+      if (ClassProfileEntry *e = profile.find(entry.term); e != nullptr) {
+        e->pos_weight *= promoted ? alpha : beta;
+        e->neg_weight *= promoted ? beta : alpha;
+        ++(promoted ? e->promotions : e->demotions);
+      }
     }
   }
 
@@ -100,9 +97,8 @@ struct PlainWinnow {
 
   // Returns a line for each pass, as the log has it.
   static std::string train_winnow_class(ClassData &father) {
-    for (const auto &[name, classes] : father.train_docs) {
+    for (const auto &[name, classes] : father.train_docs)
       data_base.get(name)->weigh(father.id);
-    }
     father.profile.add_to_weight_sum(father.id);
     for (ClassData *son_P : father.sons)
       init_winnow_weights(*son_P);

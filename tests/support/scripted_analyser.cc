@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -16,6 +17,7 @@
 #include <iostream>
 #include <iterator>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -34,12 +36,6 @@ void signal_test() {
 void wait_for_test() {
   std::ifstream fifo("go on");
   fifo.get();
-}
-
-std::string one_by_one(const std::string &text) {
-  for (const char byte : text)
-    write_bytes(std::string(1, byte));
-  return "";
 }
 
 std::string arguments(int count, char **arguments_P) {
@@ -74,8 +70,10 @@ void answer(const std::string &script, const std::string &path) {
     close(STDOUT_FILENO);
     return;
   }
-  if (script == "bytes")
-    text = one_by_one(text);
+  if (script == "bytes") {
+    for (const char byte : std::exchange(text, ""))
+      write_bytes({byte});
+  }
   if (script == "path")
     text = path;
   if (script == "nul")
@@ -121,20 +119,16 @@ int main(int count, char **arguments_P) {
   // Whatever a test does, nothing of it stays behind.
   alarm(60);
   std::string script = count > 1 ? arguments_P[1] : "echo";
-  for (char &character : script) {
-    if (character == '-')
-      character = ' ';
-  }
+  std::replace(script.begin(), script.end(), '-', ' ');
   at_start(script);
   std::string path;
   while (std::getline(std::cin, path)) {
-    if (script == "arguments") {
+    if (script == "arguments")
       write_bytes(arguments(count, arguments_P) + '\x01');
-    } else if (script == "inheritance") {
+    else if (script == "inheritance")
       write_bytes(inheritance() + '\x01');
-    } else {
+    else
       answer(script, path);
-    }
   }
   at_end(script);
 }
