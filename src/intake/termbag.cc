@@ -1,6 +1,7 @@
 #include "intake/termbag.h"
 
 #include <algorithm>
+#include <boost/sort/spreadsort/integer_sort.hpp>
 #include <utility>
 
 namespace vek {
@@ -47,7 +48,7 @@ std::vector<TermBagEntry> merge(const std::vector<TermBagEntry> &left,
 void TermBag::settle() const {
   if (pending_.empty())
     return;
-  std::ranges::sort(pending_);
+  boost::sort::spreadsort::integer_sort(pending_.begin(), pending_.end());
   std::vector<TermBagEntry> entries = count_keys(pending_);
   entries_ = entries_.empty() ? std::move(entries) : merge(entries_, entries);
   pending_.clear();
