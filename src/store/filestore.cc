@@ -50,16 +50,20 @@ using vek::open_file;
 
 // ---- Reading the index.
 
-[[noreturn, gnu::format(printf, 2, 3)]] void refuse_index(const char *idx_path,
-                                                          const char *format,
-                                                          ...) {
-  std::fprintf(stderr, "filestore_open: damaged index file `%s': ", idx_path);
+// Ends the program over what the store cannot hold or be.
+[[noreturn, gnu::format(printf, 2, 3)]] void refuse(const std::string &what,
+                                                    const char *format, ...) {
+  std::fprintf(stderr, "%s: ", what.c_str());
   std::va_list values;
   va_start(values, format);
   std::vfprintf(stderr, format, values);
   va_end(values);
   std::fputc('\n', stderr);
   std::exit(1);
+}
+
+std::string damaged(const char *idx_path) {
+  return std::string("filestore_open: damaged index file `") + idx_path + "'";
 }
 
 [[noreturn]] void report_fault(const vek::IndexFault &fault,
@@ -70,9 +74,9 @@ using vek::open_file;
   if (fault.kind == Kind::ends_early) {
     vek::check_read(fault.primitive, static_cast<gssize>(fault.count),
                     fault.wanted);
-    refuse_index(idx_path, "it ends too early");
+    refuse(damaged(idx_path), "it ends too early");
   }
-  refuse_index(idx_path, "%s", fault.text.c_str());
+  refuse(damaged(idx_path), "%s", fault.text.c_str());
 }
 
 void open_repository(FileStore *fstore, guint32 id, gint64 block_end,
@@ -84,10 +88,10 @@ void open_repository(FileStore *fstore, guint32 id, gint64 block_end,
     fail("filestore_open");
   repository.size = vek::length_of("filestore_open", repository.fd);
   if (block_end > repository.size) {
-    refuse_index(idx_path,
-                 "it has a block up to byte %" G_GINT64_FORMAT
-                 " of `%s', which has %" G_GINT64_FORMAT,
-                 block_end, path.c_str(), repository.size);
+    refuse(damaged(idx_path),
+           "it has a block up to byte %" G_GINT64_FORMAT
+           " of `%s', which has %" G_GINT64_FORMAT,
+           block_end, path.c_str(), repository.size);
   }
 }
 
@@ -142,22 +146,10 @@ void traverse(FileStore *fstore, GTraverseFunc function, GTraverseType order,
 
 // ---- Putting blocks.
 
-// Refuses a block that the store cannot hold.
-[[noreturn, gnu::format(printf, 1, 2)]] void refuse_block(const char *format,
-                                                          ...) {
-  std::fputs("filestore_put_file: ", stderr);
-  std::va_list values;
-  va_start(values, format);
-  std::vfprintf(stderr, format, values);
-  va_end(values);
-  std::fputc('\n', stderr);
-  std::exit(1);
-}
-
 FileStoreRepository &begin_repository(FileStore *fstore) {
   if (fstore->nr_stores == MAX_NR_STORES) {
-    refuse_block("all %d repositories of `%s' are full",
-                 static_cast<int>(MAX_NR_STORES), fstore->name);
+    refuse("filestore_put_file", "all %d repositories of `%s' are full",
+           static_cast<int>(MAX_NR_STORES), fstore->name);
   }
   FileStoreRepository &repository = fstore->stores[fstore->nr_stores];
   const std::string path =
@@ -339,7 +331,7 @@ void filestore_put_file(FileStore *fstore, const char *fname, const void *data,
   g_assert(data);
   need_memory("filestore_put_file", vek::small_memory);
   if (len > MAX_BLOCK_SIZE)
-    refuse_block("a block of %u bytes is too big", len);
+    refuse("filestore_put_file", "a block of %u bytes is too big", len);
   FileStoreRepository &repository = repository_for(fstore, len);
   const gint64 offset = repository.size;
   vek::empty_window(fstore->window);
