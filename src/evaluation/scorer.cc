@@ -28,15 +28,10 @@ void ClassScorer::score(const DocProfile &doc,
 void ClassScorer::add_up(const DocProfile &doc,
                          std::vector<WeightType> &scores) const {
   // Kept from call to call, so that scoring does not allocate.
-  static std::vector<RowWeight<WeightType>> terms;
-  terms.clear();
-  for (const DocProfileEntry &entry : doc) {
-    const std::uint32_t row = index_.row_of(entry.term);
-    if (row != TermIndex::no_row)
-      terms.push_back({row, entry.weight});
-  }
+  static std::vector<RowWeight<WeightType>> rows;
+  index_.find_rows(doc, rows);
   scores.assign(index_.nr_sums(), 0.0);
-  index_.add_rows<WeightType>(terms, weights_, scores);
+  index_.add_rows<WeightType>(rows, weights_, scores);
   scores.resize(index_.nr_classes());
 }
 

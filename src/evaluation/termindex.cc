@@ -181,6 +181,16 @@ void TermIndex::number_classes(const std::vector<ClassData *> &classes) {
   }
 }
 
+void TermIndex::find_rows(const DocProfile &doc,
+                          std::vector<RowWeight<WeightType>> &rows) const {
+  rows.clear();
+  for (const DocProfileEntry &entry : doc) {
+    const std::uint32_t row = row_of(entry.term);
+    if (row != no_row)
+      rows.push_back({row, entry.weight});
+  }
+}
+
 template <class Number>
 void TermIndex::add_rows(std::span<const RowWeight<Number>> terms,
                          const std::vector<Number> &values,

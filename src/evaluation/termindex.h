@@ -16,6 +16,7 @@
 
 #include "classes/classtab.h"
 #include "classes/termplaces.h"
+#include "intake/docprof.h"
 #include "run/helpers.h"
 
 namespace vek {
@@ -38,6 +39,11 @@ class TermIndex {
       return near_rows_[term];
     return near_rows_.empty() ? rows_by_term_.find(term) : no_row;
   }
+
+  // Sets `rows` to those of the document's terms, in its order. What no class
+  // knows has none.
+  void find_rows(const DocProfile &doc,
+                 std::vector<RowWeight<WeightType>> &rows) const;
 
   std::size_t nr_classes() const { return nr_classes_; }
   // How many sums add_rows() wants: one for each class, and a few for which

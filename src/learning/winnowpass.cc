@@ -196,14 +196,9 @@ bool WinnowPasses::choose_roughly(Terms terms, WeightType strengths) {
 // Members are promoted, all others demoted. A score that is not a number
 // compares false both times: no update.
 void WinnowPasses::choose_exactly(const DocProfile &doc) {
-  exact_terms_.clear();
-  for (const DocProfileEntry &entry : doc) {
-    const std::uint32_t row = index_.row_of(entry.term);
-    if (row != TermIndex::no_row)
-      exact_terms_.push_back({row, entry.weight});
-  }
+  index_.find_rows(doc, rows_);
   scores_.assign(scores_.size(), 0.0);
-  index_.add_rows<WeightType>(exact_terms_, weights_, scores_);
+  index_.add_rows<WeightType>(rows_, weights_, scores_);
   chosen_.clear();
   for (std::uint32_t son = 0; son < sons_.size(); ++son) {
     if (is_member(son) ? scores_[son] <= thetas_[son]

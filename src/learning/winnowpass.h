@@ -75,7 +75,7 @@ class WinnowPasses {
   // members, theta_min and -1 for others.
   std::vector<WeightType> thetas_;
   std::vector<WeightType> sides_;
-  std::vector<RowWeight<WeightType>> exact_terms_;
+  std::vector<RowWeight<WeightType>> rows_;
   std::vector<WeightType> scores_;
   std::vector<float> rough_scores_;
   // No weight of the son ever was of larger magnitude.
