@@ -59,16 +59,6 @@ bool read_entry(FieldReader &fields, std::uint32_t &term,
 
 }  // namespace
 
-ClassProfileEntry *ClassProfile::find(std::uint32_t term) {
-  const std::uint32_t place = places_.find(term);
-  return place == TermPlaces::nowhere ? nullptr : &slots_[place].entry;
-}
-
-const ClassProfileEntry *ClassProfile::find(std::uint32_t term) const {
-  const std::uint32_t place = places_.find(term);
-  return place == TermPlaces::nowhere ? nullptr : &slots_[place].entry;
-}
-
 std::uint32_t ClassProfile::tf(std::uint32_t term) const {
   const ClassProfileEntry *entry_P = find(term);
   return entry_P == nullptr ? 0 : entry_P->tf;

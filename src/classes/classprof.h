@@ -44,8 +44,14 @@ class ClassProfile {
 
   // The entry of a term, or null. Valid until an entry is created or erased
   // or the profile is walked.
-  ClassProfileEntry *find(std::uint32_t term);
-  const ClassProfileEntry *find(std::uint32_t term) const;
+  ClassProfileEntry *find(std::uint32_t term) {
+    const std::uint32_t place = places_.find(term);
+    return place == TermPlaces::nowhere ? nullptr : &slots_[place].entry;
+  }
+  const ClassProfileEntry *find(std::uint32_t term) const {
+    const std::uint32_t place = places_.find(term);
+    return place == TermPlaces::nowhere ? nullptr : &slots_[place].entry;
+  }
 
   // 0 for an absent term, which stays absent.
   std::uint32_t tf(std::uint32_t term) const;

@@ -9,6 +9,7 @@
 #ifndef VEK_EVALUATION_TERMINDEX_H_
 #define VEK_EVALUATION_TERMINDEX_H_
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -56,6 +57,17 @@ class TermIndex {
   // Full rows that follow each other are added up fastest.
   bool is_full(std::uint32_t row) const { return row < nr_full_rows_; }
 
+  // The place in a row for a class that knows its term.
+  std::size_t place_of(std::uint32_t row, std::uint32_t number) const {
+    if (is_full(row))
+      return row * nr_sums_ + number;
+    const SparseRow &r = sparse_row(row);
+    const std::uint32_t *const first_P = class_numbers_.data() + r.numbers;
+    return r.place +
+           std::size_t(std::find(first_P, first_P + r.length, number) -
+                       first_P);
+  }
+
   // Calls visit(place, class number) for the places of a row.
   template <class Visit>
   void for_each_in_row(std::uint32_t row, Visit visit) const {
@@ -92,26 +104,6 @@ class TermIndex {
   void add_rows(std::span<const RowWeight<Number>> terms,
                 const std::vector<Number> &values,
                 std::vector<Number> &sums) const;
-
-  // Applies update(place) to the chosen classes of a row: `numbers` are theirs,
-  // ascending, and is_chosen[number] tells the same.
-  template <class Update>
-  void update_row(std::uint32_t row, const std::vector<std::uint32_t> &numbers,
-                  const std::vector<std::uint8_t> &is_chosen,
-                  Update update) const {
-    if (is_full(row)) {
-      for (const std::uint32_t number : numbers) {
-        update(row * nr_sums_ + number, number);
-      }
-      return;
-    }
-    const SparseRow &r = sparse_row(row);
-    for (std::size_t i = 0; i < r.length; ++i) {
-      const std::uint32_t number = class_numbers_[r.numbers + i];
-      if (is_chosen[number] != 0)
-        update(r.place + i, number);
-    }
-  }
 
  private:
   // A term, and how many classes know it.

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "evaluation/packs.h"
+#include "evaluation/testing.h"
 #include "params/params.h"
 
 namespace vek {
@@ -89,25 +90,19 @@ WinnowPasses::WinnowPasses(ClassData &father)
     : sons_(father.sons),
       uses_neg_(params.winnow().negative_weights()),
       index_(sons_),
-      entries_(index_.nr_places()),
       weights_(index_.nr_places()),
-      rough_weights_(index_.nr_places()),
       // Behind the sons stands what is right with any score.
       thetas_(index_.nr_sums(), std::numeric_limits<WeightType>::infinity()),
       sides_(index_.nr_sums(), -1.0),
       scores_(index_.nr_sums()),
-      rough_scores_(index_.nr_sums()),
-      largest_weights_(index_.nr_sums()),
-      is_chosen_(sons_.size()) {
+      largest_weights_(index_.nr_sums()) {
   for (std::uint32_t son = 0; son < sons_.size(); ++son) {
     son_numbers_.emplace(sons_[son], son);
     set_member(son, false);
   }
-  index_.for_each(sons_, [&](std::size_t place, std::uint32_t son,
-                             ClassProfileEntry &entry) {
-    entries_[place] = &entry;
-    set_weight(place, son);
-  });
+  index_.for_each(
+      sons_, [&](std::size_t place, std::uint32_t son,
+                 ClassProfileEntry &entry) { set_weight(place, son, entry); });
 }
 
 void WinnowPasses::reserve(std::size_t nr_docs, std::size_t nr_terms) {
@@ -146,16 +141,15 @@ void WinnowPasses::set_member(std::uint32_t son, bool is_member) {
 
 int WinnowPasses::train_document(std::uint32_t number) {
   const Document before = number == 0 ? Document{} : documents_[number - 1];
-  const Document doc = documents_[number];
-  const Terms terms =
-      Terms(terms_).subspan(before.terms_end, doc.terms_end - before.terms_end);
+  const Document &doc = documents_[number];
   for (std::size_t i = before.members_end; i < doc.members_end; ++i)
     set_member(members_[i], true);
-  if (!choose_roughly(terms, doc.strengths))
-    choose_exactly(*doc.profile_P);
+  choose_sons(doc, Terms(terms_).subspan(before.terms_end,
+                                         doc.terms_end - before.terms_end));
   int result = 0;
   if (!chosen_.empty()) {
-    update(terms);
+    for (const std::uint32_t son : chosen_)
+      update(son, *doc.profile_P);
     result = is_member(chosen_.back()) ? 1 : -1;
   }
   for (std::size_t i = before.members_end; i < doc.members_end; ++i)
@@ -163,80 +157,81 @@ int WinnowPasses::train_document(std::uint32_t number) {
   return result;
 }
 
-// Chooses by scores in single precision, which are twice as fast. False if one
-// of them lies so near to its theta that the score proper may lie on the other
-// side of it, or could not be represented.
-bool WinnowPasses::choose_roughly(Terms terms, WeightType strengths) {
+// Members are promoted, all others demoted. Rough scores tell which, but for
+// those that lie so near to their theta that the score proper may lie on the
+// other side of it.
+void WinnowPasses::choose_sons(const Document &doc, Terms terms) {
+  chosen_.clear();
+  const bool has_scores = score_roughly(doc, terms);
+  const Error error = error_of(terms.size(), doc.strengths);
+  if (has_scores &&
+      all_are_right({scores_.size(), scores_.data(), thetas_.data(),
+                     sides_.data(), largest_weights_.data(), error})) {
+    return;
+  }
+  for (std::uint32_t son = 0; son < sons_.size(); ++son) {
+    const WeightType distance = (scores_[son] - thetas_[son]) * sides_[son];
+    const bool is_certain =
+        has_scores && std::abs(distance) > error.bound(largest_weights_[son]);
+    if (is_certain ? distance < 0.0 : is_wrong(son, *doc.profile_P))
+      chosen_.push_back(son);
+  }
+}
+
+// Scores in single precision are twice as fast. False if a sum of them might
+// not be represented, or its error not be bounded.
+bool WinnowPasses::score_roughly(const Document &doc, Terms terms) {
   constexpr std::size_t most_terms = std::size_t{1} << 20;
   constexpr WeightType largest_sum = FLT_MAX / 4;
-  // Written so that it is false, too, for what is not a number.
-  if (!(largest_weight_ * std::max(strengths, 1.0) < largest_sum &&
-        terms.size() < most_terms)) {
+  // False, too, for what is not a number.
+  if (!(largest_weight_ * std::max(doc.strengths, 1.0) < largest_sum) ||
+      terms.size() > most_terms) {
     return false;
   }
-  rough_scores_.assign(rough_scores_.size(), 0.0F);
-  index_.add_rows<float>(terms, rough_weights_, rough_scores_);
-  const Error error = error_of(terms.size(), strengths);
-  chosen_.clear();
-  if (all_are_right({rough_scores_.size(), rough_scores_.data(), thetas_.data(),
-                     sides_.data(), largest_weights_.data(), error})) {
-    return true;
-  }
-  bool is_certain = true;
-  for (std::uint32_t son = 0; son < sons_.size(); ++son) {
-    const WeightType distance =
-        (rough_scores_[son] - thetas_[son]) * sides_[son];
-    is_certain &= std::abs(distance) > error.bound(largest_weights_[son]);
-    if (distance < 0.0)
-      chosen_.push_back(son);
-  }
-  return is_certain;
+  scores_.assign(scores_.size(), 0.0F);
+  index_.add_rows<float>(terms, weights_, scores_);
+  return true;
 }
 
-// Members are promoted, all others demoted. A score that is not a number
-// compares false both times: no update.
-void WinnowPasses::choose_exactly(const DocProfile &doc) {
-  index_.find_rows(doc, rows_);
-  scores_.assign(scores_.size(), 0.0);
-  index_.add_rows<WeightType>(rows_, weights_, scores_);
-  chosen_.clear();
-  for (std::uint32_t son = 0; son < sons_.size(); ++son) {
-    if (is_member(son) ? scores_[son] <= thetas_[son]
-                       : scores_[son] >= thetas_[son]) {
-      chosen_.push_back(son);
-    }
-  }
+// By the score proper. One that is not a number compares false both times: no
+// update.
+bool WinnowPasses::is_wrong(std::uint32_t son, const DocProfile &doc) const {
+  const WeightType score = score_document(sons_[son]->profile, doc);
+  return is_member(son) ? score <= thetas_[son] : score >= thetas_[son];
 }
 
-void WinnowPasses::update(Terms terms) {
+void WinnowPasses::update(std::uint32_t son, const DocProfile &doc) {
+  const bool promoted = is_member(son);
   const double alpha = params.winnow().alpha();
   const double beta = params.winnow().beta();
-  for (const std::uint32_t son : chosen_)
-    is_chosen_[son] = 1;
-  for (const RowWeight<float> &term : terms) {
-    index_.update_row(term.row, chosen_, is_chosen_,
-                      [&](std::size_t place, std::uint32_t son) {
-                        if (entries_[place] == nullptr)
-                          return;
-                        const bool promoted = is_member(son);
-                        ClassProfileEntry &entry = *entries_[place];
-                        entry.pos_weight *= promoted ? alpha : beta;
-                        entry.neg_weight *= promoted ? beta : alpha;
-                        count_up(promoted ? entry.promotions : entry.demotions);
-                        set_weight(place, son);
-                      });
+  const double pos_factor = promoted ? alpha : beta;
+  const double neg_factor = promoted ? beta : alpha;
+  ClassProfile &profile = sons_[son]->profile;
+  // Found first and fetched together: each would be waited for by itself.
+  known_.clear();
+  for (const DocProfileEntry &term : doc) {
+    ClassProfileEntry *const entry_P = profile.find(term.term);
+    if (entry_P == nullptr)
+      continue;
+    const std::size_t place = index_.place_of(index_.row_of(term.term), son);
+    __builtin_prefetch(entry_P);
+    __builtin_prefetch(&weights_[place]);
+    known_.push_back({entry_P, place});
   }
-  for (const std::uint32_t son : chosen_)
-    is_chosen_[son] = 0;
+  for (const auto &[entry_P, place] : known_) {
+    entry_P->pos_weight *= pos_factor;
+    entry_P->neg_weight *= neg_factor;
+    count_up(promoted ? entry_P->promotions : entry_P->demotions);
+    set_weight(place, son, *entry_P);
+  }
 }
 
 // To be called for an entry that has changed.
-void WinnowPasses::set_weight(std::size_t place, std::uint32_t son) {
-  const ClassProfileEntry &entry = *entries_[place];
+void WinnowPasses::set_weight(std::size_t place, std::uint32_t son,
+                              const ClassProfileEntry &entry) {
   const WeightType weight =
       uses_neg_ ? entry.pos_weight - entry.neg_weight : entry.pos_weight;
-  weights_[place] = weight;
-  rough_weights_[place] = static_cast<float>(weight);
+  weights_[place] = static_cast<float>(weight);
   largest_weights_[son] = std::max(largest_weights_[son], std::abs(weight));
   largest_weight_ = std::max(largest_weight_, largest_weights_[son]);
 }

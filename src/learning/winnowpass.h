@@ -48,24 +48,27 @@ class WinnowPasses {
     std::size_t members_end = 0;
     WeightType strengths = 0.0;  // the sum of their magnitudes
   };
+  struct KnownTerm {
+    ClassProfileEntry *entry_P;
+    std::size_t place;
+  };
   using Terms = std::span<const RowWeight<float>>;
 
   void set_member(std::uint32_t son, bool is_member);
   bool is_member(std::uint32_t son) const { return sides_[son] > 0.0; }
-  bool choose_roughly(Terms terms, WeightType strengths);
-  void choose_exactly(const DocProfile &doc);
-  void update(Terms terms);
-  void set_weight(std::size_t place, std::uint32_t son);
+  void choose_sons(const Document &doc, Terms terms);
+  bool score_roughly(const Document &doc, Terms terms);
+  bool is_wrong(std::uint32_t son, const DocProfile &doc) const;
+  void update(std::uint32_t son, const DocProfile &doc);
+  void set_weight(std::size_t place, std::uint32_t son,
+                  const ClassProfileEntry &entry);
 
   const std::vector<ClassData *> &sons_;
   const bool uses_neg_;  // for scores
   TermIndex index_;
   boost::unordered_flat_map<const ClassData *, std::uint32_t> son_numbers_;
-  // By place of the index. Null where a son does not know the term.
-  std::vector<ClassProfileEntry *> entries_;
-  // What the score multiplies with, and the same rounded.
-  std::vector<WeightType> weights_;
-  std::vector<float> rough_weights_;
+  // By place of the index: what the score multiplies with, rounded.
+  std::vector<float> weights_;
   // All documents, one behind the other. A document's terms are rounded, and
   // those with full rows come first.
   std::vector<Document> documents_;
@@ -75,15 +78,14 @@ class WinnowPasses {
   // members, theta_min and -1 for others.
   std::vector<WeightType> thetas_;
   std::vector<WeightType> sides_;
-  std::vector<RowWeight<WeightType>> rows_;
-  std::vector<WeightType> scores_;
-  std::vector<float> rough_scores_;
+  std::vector<float> scores_;
   // No weight of the son ever was of larger magnitude.
   std::vector<WeightType> largest_weights_;
   WeightType largest_weight_ = 0.0;  // of any son
-  // The sons to be updated, ascending, and the same by son.
+  // The sons to be updated, ascending.
   std::vector<std::uint32_t> chosen_;
-  std::vector<std::uint8_t> is_chosen_;
+  // The terms that one of them knows.
+  std::vector<KnownTerm> known_;
 };
 
 }  // namespace vek
