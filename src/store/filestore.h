@@ -67,7 +67,8 @@ FileStore *filestore_open(const char *fname);
 void filestore_close(FileStore *fstore);
 
 // Writes the index back, in place, and has the system put all files on the
-// disk. If there is no room for the index, the old one is left as it was.
+// disk. If there is no room for the index, the old one is left as it was. Where
+// nothing was put since the last sync, nothing is done.
 void filestore_sync(FileStore *fstore);
 
 gboolean filestore_file_exists(FileStore *fstore, const char *fname);
