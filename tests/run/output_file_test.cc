@@ -45,7 +45,8 @@ TEST(OutputFile, WritesTheSameBytesInPiecesOfEverySize) {
   std::string text(200003, '\0');
   for (std::size_t i = 0; i < text.size(); ++i)
     text[i] = char(i * i % 251);
-  for (const unsigned piece : {1, 7, 1000, 65535, 65536, 65537, 200003}) {
+  for (const unsigned piece :
+       {1U, 7U, 1000U, 65535U, 65536U, 65537U, 200003U}) {
     OutputFile file;
     file.open("file", Mode::truncate);
     write_in_pieces(file, text, piece);

@@ -28,8 +28,11 @@ std::uint32_t enter(AtomTable &table, const std::string &text) {
 }
 // The head and, behind a blank, the modifier if there is one.
 std::uint32_t enter(TermTable &table, const std::string &text) {
-  const std::uint32_t mod = text.size() == 1 ? EmptyAtom : text[2] - U'0';
-  return table.enter(text[0] - U'0', mod);
+  const auto number = [](char digit) {
+    return static_cast<std::uint32_t>(digit - '0');
+  };
+  return table.enter(number(text[0]),
+                     text.size() == 1 ? EmptyAtom : number(text[2]));
 }
 
 // The name of an atom file begins with an "a".
