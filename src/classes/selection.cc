@@ -1,5 +1,6 @@
 #include "classes/selection.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "intake/docprof.h"
@@ -140,7 +141,7 @@ void ClassTable::remove_inactive_terms(const TermSet &active) {
       data.profile.erase(slot.term);
       return false;
     });
-    data.profile.reserve(data.profile.size() + data.term_stats.size());
+    data.profile.reserve(std::max(data.profile.size(), data.term_stats.size()));
     // Sorted, so that the profile need not be.
     for (const auto &[term, stats] : data.term_stats) {
       ClassProfileEntry &entry = data.profile[term];

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 namespace vek {
@@ -85,7 +86,7 @@ class TermStatsTable {
   void grow();
   void sort();
 
-  std::size_t nr_terms_ = std::size_t{1} << 32;
+  std::size_t nr_terms_ = std::numeric_limits<std::size_t>::max();
   // A power of two or nr_terms_ of them, until they are settled.
   std::vector<Slot> slots_;
   std::size_t nr_used_ = 0;

@@ -184,7 +184,8 @@ bool WinnowPasses::score_roughly(const Document &doc, Terms terms) {
   constexpr std::size_t most_terms = std::size_t{1} << 20;
   constexpr WeightType largest_sum = FLT_MAX / 4;
   // False, too, for what is not a number.
-  if (!(largest_weight_ * std::max(doc.strengths, 1.0) < largest_sum) ||
+  if (!(std::max(largest_weight_, 1.0) * std::max(doc.strengths, 1.0) <
+        largest_sum) ||
       terms.size() > most_terms) {
     return false;
   }

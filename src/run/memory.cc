@@ -26,16 +26,25 @@ bool is_ending = false;
   _exit(ENOMEM);
 }
 
+}  // namespace
+
+void give_back_reserve() {
+  is_ending = true;
+  delete[] reserve_P;
+  reserve_P = nullptr;
+}
+
+namespace {
+
 // While exit() is under way it must not be called again: the reserve may be
 // enough to go on.
 void end_run() {
   if (reserve_P == nullptr)
     end_at_once();
-  delete[] reserve_P;
-  reserve_P = nullptr;
-  if (is_ending)
+  const bool was_ending = is_ending;
+  give_back_reserve();
+  if (was_ending)
     return;
-  is_ending = true;
   error("out of memory");
   errno = ENOMEM;
   abort_run();

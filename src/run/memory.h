@@ -14,6 +14,10 @@ namespace vek {
 // GLib's memory is not watched: the file store does that for itself.
 void watch_memory();
 
+// For what has to be saved while the run ends: from now on the reserve serves
+// all, and when that is used up too, the process ends at once.
+void give_back_reserve();
+
 }  // namespace vek
 
 #endif  // VEK_RUN_MEMORY_H_

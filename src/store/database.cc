@@ -17,6 +17,7 @@
 #include "params/params.h"
 #include "run/helpers.h"
 #include "run/log.h"
+#include "run/memory.h"
 #include "run/output_file.h"
 #include "vocabulary/atomtab.h"
 #include "vocabulary/termtab.h"
@@ -260,6 +261,7 @@ bool DataBase::save_journal() {
 }
 
 void DataBase::save_journal_at_exit() {
+  give_back_reserve();
   const KeepErrno keep;
   if (data_base.profile_store_P_ == nullptr || data_base.journal_failed_) {
     return;

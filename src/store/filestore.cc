@@ -300,8 +300,8 @@ void filestore_sync(FileStore *fstore) {
   // All is on the disk already, as it is.
   if (!fstore->is_index_old)
     return;
-  fstore->in_sync = TRUE;
   need_memory("filestore_sync", 2 * fstore->idx_size + vek::small_memory);
+  fstore->in_sync = TRUE;
   fstore->idx_image = g_string_sized_new(fstore->idx_size + 1);
   vek::append_index_head(fstore->idx_image, fstore->nr_stores,
                          static_cast<guint32>(g_tree_nnodes(fstore->tree)));

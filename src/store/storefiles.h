@@ -24,8 +24,9 @@ std::string repository_path(const char *base, guint32 id);
 // the manner of a system call.
 void need_memory(const char *function, gsize size);
 
-// More than the names and the node that an operation makes.
-constexpr gsize small_memory = 32768;
+// More than the names and the node that an operation makes, and more than an
+// allocator keeps at hand for a block of the size.
+constexpr gsize small_memory = 65536;
 
 // For reading and writing. Returns the descriptor, or -1 with errno set.
 int open_file(const char *path, int more_flags);
