@@ -33,6 +33,6 @@ _vek_analyse() {
       return
       ;;
   esac
-  mapfile -t COMPREPLY < <(compgen -W $'-l\n-t\n-s\n-n\n--to\n--from\n--progress\n-h\n--help\n--version' -- "$word")
+  mapfile -t COMPREPLY < <(compgen -W $'-l\n-t\n-s\n-n\n--to\n--from\n--progress\n-h\n--help\n-V\n--version' -- "$word")
 }
 complete -F _vek_analyse vek-analyse

@@ -14,4 +14,4 @@ complete -c vek-analyse -l to -x -a '(__fish_complete_directories)' -d 'write ea
 complete -c vek-analyse -l from -x -a '(__fish_complete_directories)' -d 'name it by all of the path behind a directory'
 complete -c vek-analyse -l progress -d 'tell how far it is'
 complete -c vek-analyse -s h -l help -d 'show help'
-complete -c vek-analyse -l version -d 'show version'
+complete -c vek-analyse -s V -l version -d 'show version'

@@ -17,4 +17,4 @@ _arguments \
   '--from[name it by all of the path behind a directory]:directory:_files -/' \
   '--progress[tell how far it is]' \
   '(- *)'{-h,--help}'[show help]' \
-  '(- *)--version[show version]'
+  '(- *)'{-V,--version}'[show version]'

@@ -2,15 +2,16 @@
 #ifndef VEK_ANALYSE_OPTIONS_H_
 #define VEK_ANALYSE_OPTIONS_H_
 
-#include <span>
+#include <optional>
 #include <string>
-#include <vector>
 
 #include "analyse/analysis_writer.h"
 #include "analyse/language.h"
 #include "analyse/lexicon.h"
 
 namespace vek::analysis {
+
+inline constexpr auto program_name = "vek-analyse";
 
 struct Options {
   const Language *language_P = find_language("english");
@@ -20,16 +21,12 @@ struct Options {
   std::string to_directory;    // empty: answer on standard output
   std::string from_directory;  // empty: results named by last component
   bool has_progress = false;
-  bool wants_help = false;
-  bool wants_version = false;
 };
 
-// Fills `options` from the arguments behind the program's name. Returns what
-// is wrong with them, or an empty string.
-std::string read_options(std::span<char *const> arguments, Options &options);
-
-// What -h prints.
-std::string usage();
+// Fills `options`. Returns the status to exit with if the program is to end
+// now, as CommandLine::parse() does.
+std::optional<int> read_options(int nr_arguments, const char *const *arguments,
+                                Options &options);
 
 }  // namespace vek::analysis
 

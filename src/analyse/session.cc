@@ -11,15 +11,20 @@
 #include "analyse/document.h"
 #include "analyse/lexicon.h"
 #include "analyse/output.h"
-#include "analyse/progress.h"
 #include "analyse/requests.h"
 #include "analyse/result_files.h"
 #include "analyse/tokeniser.h"
+#include "base/command_line.h"
+#include "base/progress_line.h"
 
 namespace vek::analysis {
 namespace {
 
 constexpr char end_of_answer = '\x01';
+
+void report(const std::string &message) {
+  vek::report(program_name, message);
+}
 
 // `path` in quotes, without the signs that could upset a terminal.
 std::string shown(std::string path) {
@@ -74,9 +79,11 @@ class Session {
         writes_files_(!options.to_directory.empty()),
         output_(writes_files_ ? -1 : STDOUT_FILENO),
         analysis_(options, lexicon, output_),
-        progress_(options.has_progress, isatty(STDERR_FILENO) == 1) {}
+        progress_(program_name, options.has_progress
+                                    ? ProgressLine::Shown::always
+                                    : ProgressLine::Shown::never) {}
 
-  ExitStatus run() {
+  int run() {
     RequestReader requests(STDIN_FILENO);
     std::string path;
     while (requests.next(path)) {
@@ -162,7 +169,7 @@ class Session {
   const bool writes_files_;
   DescriptorOutput output_;
   Analysis analysis_;
-  Progress progress_;
+  ProgressLine progress_;
   bool has_failures_ = false;
 };
 
@@ -185,13 +192,7 @@ std::string add_stop_file(const std::string &name, Lexicon &lexicon) {
 
 }  // namespace
 
-void report(const std::string &message) {
-  // In one piece, so that the lines of several workers do not mix.
-  const std::string line = "vek-analyse: " + message + '\n';
-  std::fwrite(line.data(), 1, line.size(), stderr);
-}
-
-ExitStatus run_session(const Options &options) {
+int run_session(const Options &options) {
   Lexicon lexicon(*options.language_P, options.numbers);
   if (!lexicon.has_stemmer()) {
     report(std::string("the stemming library lacks '") +

@@ -9,16 +9,13 @@ namespace vek::analysis {
 enum ExitStatus {
   exit_good = 0,
   exit_documents_failed = 1,  // some have no result, the others have theirs
-  exit_usage = 2,
+  // 2: see exit_usage in base/command_line.h
   exit_failure = 3,  // the input or the output is broken
 };
 
 // Answers the paths on standard input up to its end, as `options` say.
 // Reports on standard error. Returns the status to exit with.
-ExitStatus run_session(const Options &options);
-
-// A message on standard error, with the program's name before it.
-void report(const std::string &message);
+int run_session(const Options &options);
 
 }  // namespace vek::analysis
 
