@@ -1,6 +1,6 @@
 // Any bytes as a document: what comes out is valid analysis text, which vek's
-// own parser takes without an error, and the same whatever the sizes of buffer
-// and cache and whatever was analysed before.
+// own parser takes without an error, and the same whatever the size of the
+// buffer, however many words are remembered and whatever was analysed before.
 //
 // The first two bytes choose the language and the options, the rest is the
 // document.
@@ -39,12 +39,12 @@ struct Setting {
   }
 };
 
-// One that has seen the documents before, with a cache that is soon full.
+// One that has seen the documents before, and soon forgets them.
 TextAnalyser &old_analyser(const Setting &setting) {
   static std::map<Setting, std::unique_ptr<TextAnalyser>> analysers;
   std::unique_ptr<TextAnalyser> &analyser = analysers[setting];
   if (!analyser)
-    analyser = setting.analyser({.cache = 64});
+    analyser = setting.analyser({.nr_known = 64});
   return *analyser;
 }
 

@@ -11,6 +11,9 @@
 namespace vek::analysis {
 namespace {
 
+// Bytes for a word and its stem, on average more than any language needs.
+constexpr std::size_t known_word_bytes = 20;
+
 Casing casing_of(const Language &language) {
   return language.has_dotless_i ? Casing::dotless_i : Casing::usual;
 }
@@ -41,14 +44,18 @@ std::string without_comments(std::string_view text) {
 }  // namespace
 
 Lexicon::Lexicon(const Language &language, Numbers numbers,
-                 std::size_t nr_cache_slots)
+                 std::size_t nr_known)
     : language_(language),
       numbers_(numbers),
       stemmer_P_(*language.name == '\0'
                      ? nullptr
                      : sb_stemmer_new(language.name, "UTF_8"),
                  sb_stemmer_delete),
-      cache_(nr_cache_slots) {
+      most_known_(nr_known) {
+  // So that they fit into 2^17 places.
+  known_.max_load_factor(0.8F);
+
+  known_text_.reserve(most_known_ * known_word_bytes + 2 * longest_raw_word);
   std::string_view endings = language.endings;
   while (!endings.empty())
     endings_.emplace_back(next_word(endings));
@@ -85,12 +92,32 @@ FunctionFlags Lexicon::function_flags(std::string_view text) const {
 
 Word Lexicon::look_up(std::string_view raw) {
   raw = cut_at_character(raw, longest_raw_word);
-  Word word;
-  if (cache_.find(raw, word))
+  const auto found = known_.find(raw);
+  if (found == known_.end()) {
+    const Word word = classify(raw);
+    remember(raw, word);
     return word;
-  word = classify(raw);
-  cache_.insert(raw, word);
-  return word;
+  }
+  const Known &known = found->second;
+  const std::string_view text = found->first;
+  return {known.kind,
+          known.function,
+          known.elided,
+          known.has_capital,
+          {text.data() + text.size(), known.stem_size}};
+}
+
+void Lexicon::remember(std::string_view raw, const Word &word) {
+  const std::size_t room = known_text_.capacity() - known_text_.size();
+  if (known_.size() == most_known_ || raw.size() + word.stem.size() > room) {
+    known_.clear();
+    known_text_.clear();
+  }
+  const std::size_t begin = known_text_.size();
+  known_text_.append(raw).append(word.stem);
+  known_.emplace(std::string_view(known_text_).substr(begin, raw.size()),
+                 Known{word.kind, word.function, word.elided, word.has_capital,
+                       static_cast<std::uint8_t>(word.stem.size())});
 }
 
 Word Lexicon::classify(std::string_view raw) {

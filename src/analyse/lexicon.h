@@ -3,17 +3,18 @@
 #ifndef VEK_ANALYSE_LEXICON_H_
 #define VEK_ANALYSE_LEXICON_H_
 
+#include <tsl/robin_map.h>
+
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "analyse/language.h"
 #include "analyse/word.h"
-#include "analyse/word_cache.h"
 
 struct sb_stemmer;
 
@@ -30,15 +31,14 @@ inline constexpr std::string_view number_token = "#";
 
 class Lexicon {
  public:
-  // About 5 MB. Half as many cost a sixth more time with the words of 9 MB of
-  // news.
-  static constexpr std::size_t usual_cache_slots = 1U << 17;
+  // Words that are remembered. Half as many cost a sixth more time with the
+  // words of 9 MB of news.
+  static constexpr std::size_t usual_nr_known = 100'000;
 
   // `language` must live as long as the lexicon. If its stemmer is not in the
   // library, words are not stemmed: has_stemmer() tells.
-  // The last argument is the size of its WordCache.
   Lexicon(const Language &language, Numbers numbers,
-          std::size_t nr_cache_slots = usual_cache_slots);
+          std::size_t nr_known = usual_nr_known);
   ~Lexicon();
   Lexicon(const Lexicon &) = delete;
   Lexicon &operator=(const Lexicon &) = delete;
@@ -56,9 +56,26 @@ class Lexicon {
   Word look_up(std::string_view raw);
 
  private:
+  // A Word without its stem, which stands behind the word as it is written: a
+  // short record, because most of the time goes into fetching it.
+  struct Known {
+    WordKind kind;
+    FunctionFlags function;
+    FunctionFlags elided;
+    bool has_capital;
+    std::uint8_t stem_size;  // bytes
+  };
+  // With the hashes stored, because most words that share a place differ there,
+  // and their texts need not be looked at.
+  using KnownWords =
+      tsl::robin_map<std::string_view, Known, std::hash<std::string_view>,
+                     std::equal_to<>,
+                     std::allocator<std::pair<std::string_view, Known>>, true>;
+
   void add_words(std::string_view list, FunctionFlags flags);
   FunctionFlags function_flags(std::string_view text) const;
   Word classify(std::string_view raw);
+  void remember(std::string_view raw, const Word &word);
   Word number(std::string_view raw);
   FunctionFlags cut_elision(std::string_view &text) const;
   void cut_endings(std::string_view &text) const;
@@ -69,9 +86,15 @@ class Lexicon {
   const Numbers numbers_;
   std::vector<std::string> endings_;
   std::unique_ptr<sb_stemmer, void (*)(sb_stemmer *)> stemmer_P_;
-  std::unordered_map<std::string, FunctionFlags> function_words_;
-  WordCache cache_;
+  tsl::robin_map<std::string, FunctionFlags> function_words_;
   std::string stem_;
+  // The words that occurred lately, as they are written, so that each is looked
+  // up and stemmed once and not at each occurrence. All are forgotten when
+  // there are too many. Their texts stand in known_text_, which never grows
+  // beyond what it has room for, because the keys point into it.
+  const std::size_t most_known_;
+  KnownWords known_;
+  std::string known_text_;
 };
 
 }  // namespace vek::analysis

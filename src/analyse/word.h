@@ -1,5 +1,5 @@
-// What the analysis needs to know of a word: filled by the Lexicon, kept in
-// the WordCache, turned into text by the AnalysisWriter.
+// What the analysis needs to know of a word: filled and remembered by the
+// Lexicon, turned into text by the AnalysisWriter.
 #ifndef VEK_ANALYSE_WORD_H_
 #define VEK_ANALYSE_WORD_H_
 

@@ -39,7 +39,7 @@ class TextAnalyser {
   // Small, because tests make many analysers.
   struct Sizes {
     std::size_t buffer = DocumentReader::usual_buffer;
-    std::size_t cache = 1024;
+    std::size_t nr_known = 1024;
   };
 
   explicit TextAnalyser(std::string_view language, Terms terms = Terms::both,
@@ -49,7 +49,7 @@ class TextAnalyser {
   TextAnalyser(std::string_view language, Terms terms, Numbers numbers,
                Sizes sizes)
       : language_(*find_language(language)),
-        lexicon_(language_, numbers, sizes.cache),
+        lexicon_(language_, numbers, sizes.nr_known),
         writer_(language_, terms, lexicon_, output_),
         tokeniser_({.colon_in_words = language_.ending_mark == ':',
                     .has_final_apostrophe = language_.has_final_apostrophe},
