@@ -2,7 +2,6 @@
 
 #include <utf8proc.h>
 
-#include <algorithm>
 #include <cstring>
 
 namespace vek::analysis {
@@ -122,65 +121,17 @@ bool is_continuation(std::string_view text, std::size_t i) {
   return (byte_at(text, i) & 0xC0) == 0x80;
 }
 
-// How many bytes a character takes that begins with `byte`; 0 if none does.
-std::size_t announced_size(unsigned char byte) {
-  if (byte < 0x80)
-    return 1;
-  if (byte < 0xC2)
-    return 0;
-  if (byte < 0xE0)
-    return 2;
-  if (byte < 0xF0)
-    return 3;
-  return byte < 0xF5 ? 4 : 0;
-}
-
-// Whether the second byte goes with the first: no overlong form, no half of a
-// surrogate pair, nothing above U+10FFFF.
-bool second_byte_fits(unsigned char first, unsigned char second) {
-  switch (first) {
-    case 0xE0:
-      return second >= 0xA0;
-    case 0xED:
-      return second < 0xA0;
-    case 0xF0:
-      return second >= 0x90;
-    case 0xF4:
-      return second < 0x90;
-    default:
-      return true;
-  }
-}
-
-// Bytes of the valid character at the begin of `text`. 0 if there is none.
-std::size_t valid_size(std::string_view text) {
-  const std::size_t size = announced_size(byte_at(text, 0));
-  if (size <= 1)
-    return size;
-  if (size > text.size())
-    return 0;
-  for (std::size_t i = 1; i < size; ++i) {
-    if (!is_continuation(text, i))
-      return 0;
-  }
-  return second_byte_fits(byte_at(text, 0), byte_at(text, 1)) ? size : 0;
-}
-
-// `text` is shorter than the character that it begins.
-bool is_cut_character(std::string_view text) {
-  if (announced_size(byte_at(text, 0)) <= text.size())
-    return false;
-  for (std::size_t i = 1; i < text.size(); ++i) {
-    if (!is_continuation(text, i))
-      return false;
-  }
-  return text.size() < 2 ||
-         second_byte_fits(byte_at(text, 0), byte_at(text, 1));
+// Bytes of the valid character at the begin of `text`, which is not empty; less
+// than 1 if there is none. Then `value` means nothing.
+std::ptrdiff_t decode(std::string_view text, std::int32_t &value) {
+  return utf8proc_iterate(
+      reinterpret_cast<const utf8proc_uint8_t *>(text.data()),
+      static_cast<utf8proc_ssize_t>(text.size()), &value);
 }
 
 // The bytes without their upper bit are most of all text: eight at a time.
 std::size_t skip_ascii(std::string_view text, std::size_t i) {
-  std::uint64_t block;
+  std::uint64_t block = 0;
   while (i + sizeof block <= text.size()) {
     std::memcpy(&block, text.data() + i, sizeof block);
     if ((block & 0x8080808080808080U) != 0)
@@ -219,20 +170,11 @@ CharKind kind_of(std::int32_t character) {
 }
 
 Character first_character(std::string_view text) {
-  const std::size_t size = valid_size(text);
-  switch (size) {
-    case 0:
-      return {replacement, 1};
-    case 1:
-      return {byte_at(text, 0), 1};
-    default:
-      break;
-  }
-  std::int32_t value = byte_at(text, 0) & (0x7F >> size);
-  for (std::size_t i = 1; i < size; ++i) {
-    value = (value << 6) | (byte_at(text, i) & 0x3F);
-  }
-  return {value, size};
+  std::int32_t value = 0;
+  const std::ptrdiff_t size = decode(text, value);
+  if (size < 1)
+    return {replacement, 1};
+  return {value, static_cast<std::size_t>(size)};
 }
 
 void append_utf8(std::string &text, std::int32_t character) {
@@ -240,9 +182,7 @@ void append_utf8(std::string &text, std::int32_t character) {
     return;
   std::array<utf8proc_uint8_t, 4> bytes{};
   const utf8proc_ssize_t size = utf8proc_encode_char(character, bytes.data());
-  for (utf8proc_ssize_t i = 0; i < size; ++i) {
-    text += static_cast<char>(bytes[static_cast<std::size_t>(i)]);
-  }
+  text.append(bytes.begin(), bytes.begin() + size);
 }
 
 std::string_view cut_at_character(std::string_view text, std::size_t limit) {
@@ -253,38 +193,17 @@ std::string_view cut_at_character(std::string_view text, std::size_t limit) {
   return text.substr(0, limit);
 }
 
-// Takes from `piece` what the kept bytes lack and returns how many that were.
-std::size_t Utf8Check::complete_kept_character(std::string_view piece) {
-  const std::size_t size = announced_size(static_cast<unsigned char>(kept_[0]));
-  const std::size_t taken = std::min(size - nr_kept_, piece.size());
-  std::copy_n(piece.data(), taken, kept_.data() + nr_kept_);
-  nr_kept_ += taken;
-  const std::string_view character(kept_.data(), nr_kept_);
-  if (valid_size(character) != 0) {
-    nr_kept_ = 0;
-  } else if (!is_cut_character(character)) {
-    good_ = false;
-  }
-  return taken;
-}
-
-void Utf8Check::add(std::string_view piece) {
+std::size_t valid_utf8_size(std::string_view text) {
   std::size_t i = 0;
-  if (nr_kept_ > 0 && good_)
-    i = complete_kept_character(piece);
-  while (good_) {
-    i = skip_ascii(piece, i);
-    if (i >= piece.size())
-      return;
-    const std::string_view rest = piece.substr(i);
-    const std::size_t size = valid_size(rest);
-    if (size == 0) {
-      good_ = is_cut_character(rest);
-      if (good_)
-        nr_kept_ = rest.copy(kept_.data(), kept_.size());
-      return;
-    }
-    i += size;
+  std::int32_t value = 0;
+  while (true) {
+    i = skip_ascii(text, i);
+    if (i == text.size())
+      return i;
+    const std::ptrdiff_t size = decode(text.substr(i), value);
+    if (size < 1)
+      return i;
+    i += static_cast<std::size_t>(size);
   }
 }
 

@@ -51,26 +51,9 @@ void append_utf8(std::string &text, std::int32_t character);
 // character that would be cut in two there.
 std::string_view cut_at_character(std::string_view text, std::size_t limit);
 
-// Whether a text that comes in pieces is UTF-8. Characters may be cut by the
-// pieces.
-class Utf8Check {
- public:
-  void add(std::string_view piece);
-
-  // False as soon as a byte was wrong.
-  bool good_so_far() const { return good_; }
-
-  // All was right, and the last character is whole.
-  bool good() const { return good_ && nr_kept_ == 0; }
-
- private:
-  std::size_t complete_kept_character(std::string_view piece);
-
-  bool good_ = true;
-  // The begin of a character that the last piece cut.
-  std::array<char, 4> kept_{};
-  std::size_t nr_kept_ = 0;
-};
+// How many bytes of `text` are valid UTF-8, up to the first one that is not, or
+// that begins a character of which the end is missing.
+std::size_t valid_utf8_size(std::string_view text);
 
 // Appends `bytes`, read as Windows-1252, as UTF-8: at most three bytes for
 // each one. The five bytes without a meaning there become U+FFFD.

@@ -15,6 +15,9 @@ namespace {
 
 constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
 
+// In UTF-8, in bytes.
+constexpr std::size_t longest_character = 4;
+
 }  // namespace
 
 FileSource::~FileSource() {
@@ -86,16 +89,17 @@ bool DocumentReader::load_next(ByteSource &source) {
   return load(source, offset_ + piece_.size());
 }
 
-// Leaves the first piece at hand, as it was before.
+// Leaves the first piece at hand, as it was before. A character that a piece
+// cuts begins the next one.
 bool DocumentReader::find_encoding(ByteSource &source) {
-  Utf8Check check;
-  check.add(piece_);
-  while (!is_last_ && check.good_so_far()) {
-    if (!load_next(source))
+  std::size_t nr_valid = valid_utf8_size(piece_);
+  while (!is_last_ && piece_.size() - nr_valid < longest_character) {
+    if (!load(source, offset_ + nr_valid))
       return false;
-    check.add(piece_);
+    nr_valid = valid_utf8_size(piece_);
   }
-  encoding_ = check.good() ? Encoding::utf8 : Encoding::windows_1252;
+  encoding_ =
+      nr_valid == piece_.size() ? Encoding::utf8 : Encoding::windows_1252;
   return offset_ == 0 || load(source, 0);
 }
 

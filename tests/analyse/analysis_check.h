@@ -95,10 +95,10 @@ inline bool is_valid_analysis(std::string_view text) {
   const auto word = [&] {
     const std::size_t size = static_cast<std::size_t>(
         std::ranges::find_if_not(text, is_word_byte) - text.begin());
-    Utf8Check check;
-    check.add(text.substr(0, size));
+    const bool is_good = size > 0 && size <= longest_word &&
+                         valid_utf8_size(text.substr(0, size)) == size;
     text.remove_prefix(size);
-    return size > 0 && size <= longest_word && check.good();
+    return is_good;
   };
   if (text.empty())
     return true;
