@@ -3,26 +3,33 @@
 #include <benchmark/benchmark.h>
 #include <glib.h>
 
+#include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <random>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "base/messages.h"
 #include "classes/classtab.h"
+#include "classes/termset.h"
 #include "evaluation/scorer.h"
-#include "evaluation/scoretable.h"
-#include "evaluation/testing.h"
+#include "evaluation/scoring.h"
+#include "evaluation/thresholds.h"
 #include "intake/DocParser.h"
 #include "intake/docprof.h"
+#include "intake/documents.h"
 #include "intake/termbag.h"
+#include "learning/training.h"
 #include "learning/winnow.h"
 #include "learning/winnowpass.h"
 #include "params/params.h"
 #include "params/scanner.h"
 #include "store/filestore.h"
 #include "vocabulary/atomtab.h"
+#include "vocabulary/stringpool.h"
 #include "vocabulary/termtab.h"
 
 namespace vek {
@@ -58,8 +65,9 @@ void set_bytes(benchmark::State &state, std::size_t size) {
 void scan_analysis(benchmark::State &state) {
   std::mt19937 random(1);
   const std::string text = make_analysis(random, 1e5, 2000);
+  Messages messages;
   for (auto _ : state) {
-    Scanner scanner(Scanner::Mode::document, text, "bench");
+    Scanner scanner(Scanner::Mode::document, text, "bench", messages);
     while (!scanner.at_end())
       scanner.advance();
   }
@@ -77,13 +85,15 @@ void parse_into_bag(benchmark::State &state) {
     texts.push_back(make_analysis(random, vocabulary, 200));
     size += texts.back().size();
   }
-  for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(vocabulary); ++i) {
-    atom_table.enter(make_word(i));
-  }
+  StringPool pool;
+  AtomTable atoms(pool);
+  for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(vocabulary); ++i)
+    atoms.enter(make_word(i));
+  Messages messages;
   for (auto _ : state) {
     for (const std::string &text : texts) {
       TermBag bag;
-      parse_analysis(text, "bench", &bag);
+      DocParser(atoms, bag, text, "bench", messages).parse();
       benchmark::DoNotOptimize(bag.size());
     }
   }
@@ -95,10 +105,11 @@ void enter_known_atoms(benchmark::State &state) {
   std::vector<std::string> words;
   for (std::uint32_t i = 0; i < 100000; ++i)
     words.push_back(make_word(i));
+  StringPool pool;
+  AtomTable atoms(pool);
   for (auto _ : state) {
-    for (const std::string &word : words) {
-      benchmark::DoNotOptimize(atom_table.enter(word));
-    }
+    for (const std::string &word : words)
+      benchmark::DoNotOptimize(atoms.enter(word));
   }
   state.SetItemsProcessed(state.iterations() * std::ssize(words));
 }
@@ -113,7 +124,7 @@ void enter_modifiers(benchmark::State &state) {
     for (std::uint32_t i = 0; i < nr_pairs; ++i) {
       table.enter(i % nr_heads, i / nr_heads * 2654435761U);
     }
-    benchmark::DoNotOptimize(table.first_of_head(0));
+    benchmark::DoNotOptimize(table.get_term(0).next);
   }
   state.SetItemsProcessed(state.iterations() * nr_pairs);
 }
@@ -200,49 +211,55 @@ BENCHMARK_REGISTER_F(StoreFixture, sync)
     ->UseRealTime();
 
 // A father with a hundred sons and two thousand documents of eighty terms.
-class Collection {
+class Collection : public Documents {
  public:
   static constexpr std::uint32_t nr_sons = 100;
   static constexpr std::uint32_t nr_docs = 2000;
 
-  Collection() {
+  Collection() : Documents(active_terms_) {
     std::mt19937 random(1);
-    class_table.enter("top", 0);
-    for (std::uint32_t son = 0; son < nr_sons; ++son) {
-      class_table.enter("son" + std::to_string(son), 0);
-    }
-    ClassData &top = class_table.get_data(0);
+    classes_.enter("top", 0);
+    for (std::uint32_t son = 0; son < nr_sons; ++son)
+      classes_.enter("son" + std::to_string(son), 0);
     for (std::uint32_t i = 0; i < nr_docs; ++i) {
       DocProfile doc;
       for (int k = 0; k < 80; ++k)
         doc.add_term(draw_rank(random, 3000.0), 1);
-      ClassData *son_P = top.sons[random() % nr_sons];
-      doc.update_statistics(top);
-      doc.update_statistics(*son_P);
+      ClassData *son_P = top().sons[random() % nr_sons];
+      classes_.add_train_document(son_P->id, std::to_string(i));
       docs_.push_back(doc);
       members_.push_back({son_P});
     }
-    top.nr_docs = nr_docs;
-    TermSet all;
-    for (std::uint32_t term = 0; term < 10000; ++term)
-      all.insert(term);
-    class_table.remove_inactive_terms(all);
+    classes_.gather_documents();
+    params_.term_selection = TermSelection::none;
+    std::ostringstream scores;
+    Messages messages;
+    update_profiles({classes_, *this, active_terms_, params_, scores, messages},
+                    10000);
     for (DocProfile &doc : docs_)
-      doc.weigh(0);
-    top.profile.add_to_weight_sum(0);
-    for (ClassData *son_P : top.sons)
-      init_winnow_weights(*son_P);
+      doc.weigh_and_add(top(), params_);
+    for (const ClassProfile::Slot &slot : top().profile)
+      top().weight_sum += slot.entry.weight;
+    for (ClassData *son_P : top().sons)
+      init_winnow_weights(params_, *son_P);
   }
 
   static Collection &instance() {
     static Collection collection;
     return collection;
   }
-  ClassData &top() { return class_table.get_data(0); }
+  void read_profile(const std::string &name, DocProfile &profile) override {
+    profile = docs_[std::stoul(name)];
+  }
+  const Params &params() const { return params_; }
+  ClassData &top() { return classes_.get_data(0); }
   std::vector<DocProfile> &docs() { return docs_; }
   const DocumentMap::ClassList &members(std::size_t i) { return members_[i]; }
 
  private:
+  Params params_;
+  TermSet active_terms_;
+  ClassTable classes_;
   std::vector<DocProfile> docs_;
   std::vector<DocumentMap::ClassList> members_;
 };
@@ -255,7 +272,7 @@ void weigh_documents(benchmark::State &state) {
   Collection &collection = Collection::instance();
   for (auto _ : state) {
     for (DocProfile &doc : collection.docs())
-      doc.weigh(0);
+      doc.weigh(collection.top(), collection.params());
   }
   set_documents(state);
 }
@@ -263,7 +280,7 @@ BENCHMARK(weigh_documents);
 
 void winnow_pass(benchmark::State &state) {
   Collection &collection = Collection::instance();
-  WinnowPasses passes(collection.top());
+  WinnowPasses passes(collection.top(), collection.params());
   for (std::uint32_t i = 0; i < Collection::nr_docs; ++i) {
     passes.add_document(collection.docs()[i], collection.members(i));
   }
@@ -279,7 +296,8 @@ BENCHMARK(winnow_pass);
 // One document against all sons, by the index and by the plain rule.
 void score_by_index(benchmark::State &state) {
   Collection &collection = Collection::instance();
-  const ClassScorer scorer(collection.top().sons);
+  const ClassScorer scorer(collection.top().sons, winnow_scoring,
+                           collection.params());
   std::vector<WeightType> values;
   for (auto _ : state) {
     for (const DocProfile &doc : collection.docs())
@@ -294,7 +312,8 @@ void score_one_by_one(benchmark::State &state) {
   for (auto _ : state) {
     for (const DocProfile &doc : collection.docs()) {
       for (const ClassData *son_P : collection.top().sons) {
-        benchmark::DoNotOptimize(score_document(son_P->profile, doc));
+        benchmark::DoNotOptimize(score_document(
+            winnow_scoring, collection.params(), son_P->profile, doc));
       }
     }
   }
@@ -311,7 +330,7 @@ void determine_threshold(benchmark::State &state) {
   }
   table.complete();
   for (auto _ : state) {
-    benchmark::DoNotOptimize(table.determine_threshhold());
+    benchmark::DoNotOptimize(table.threshold());
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }

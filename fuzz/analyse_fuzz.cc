@@ -60,9 +60,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
   const std::string_view text = vek::fuzzing::text_of(data + 2, size - 2);
   const std::string analysis = old_analyser(setting).analyse(text);
   require(is_valid_analysis(analysis));
-  vek::fuzzing::renew(vek::atom_table);
+  vek::StringPool pool;
+  vek::AtomTable atoms(pool);
   vek::TermBag bag;
-  require(vek::parse_analysis(analysis, "document", &bag) == 0);
+  vek::Messages messages;
+  vek::DocParser parser(atoms, bag, analysis, "document", messages);
+  require(parser.parse() && parser.nr_errors() == 0);
   const auto new_analyser =
       setting.analyser({.buffer = DocumentReader::least_buffer});
   require(new_analyser->analyse(text) == analysis);

@@ -26,38 +26,35 @@ constexpr bool is_replay = true;
 
 // What a parse has come to.
 struct Result {
-  vek::TermBag bag;
-  std::uint32_t nr_errors = 0;
+  // Without limits of its own it meets the usual ones.
+  template <class... Limits>
+  Result(vek::AtomTable &atoms, std::string_view text,
+         const Limits &...limits) {
+    vek::Messages messages;
+    vek::DocParser parser(atoms, bag, text, "document", messages, limits...);
+    require(parser.parse());
+    nr_errors = parser.nr_errors();
+  }
 
   void require_same(const Result &other) const {
     require(nr_errors == other.nr_errors);
     require(
         std::equal(bag.begin(), bag.end(), other.bag.begin(), other.bag.end()));
   }
+
+  vek::TermBag bag;
+  std::uint32_t nr_errors = 0;
 };
 
-Result parse_with_small_limits(std::string_view text) {
-  Result result;
-  vek::DocParser parser(&result.bag, text, "document", small_limits);
-  parser.parse();
-  result.nr_errors = parser.nr_errors();
-  return result;
-}
-
-Result parse(const std::string &text) {
-  Result result;
-  result.nr_errors = vek::parse_analysis(text, "document", &result.bag);
-  return result;
-}
-
-void check_bounds(std::size_t size, const Result &result) {
+void check_bounds(std::size_t size, const vek::AtomTable &atoms,
+                  const Result &result) {
   std::size_t nr_counted = 0;
   for (const vek::TermBagEntry &entry : result.bag)
     nr_counted += entry.count;
   require(nr_counted <= small_limits.pairs + size);
   std::size_t nr_bytes = 0;
-  for (std::uint32_t id = 0; id < vek::atom_table.size(); ++id)
-    nr_bytes += vek::atom_table.text(id).size();
+  for (std::uint32_t id = 0; id < atoms.size(); ++id)
+    nr_bytes += atoms.text(id).size();
   require(nr_bytes <= small_limits.compound_bytes + size);
 }
 
@@ -65,17 +62,16 @@ void check_bounds(std::size_t size, const Result &result) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
                                       std::size_t size) {
-  vek::fuzzing::renew(vek::atom_table);
-  // What parse_analysis() looks at.
-  std::string text(vek::fuzzing::text_of(data, size));
-  text.resize(std::min(text.size(), text.find('\0')));
-  const Result first = parse_with_small_limits(text);
-  check_bounds(size, first);
+  const std::string_view text = vek::fuzzing::text_of(data, size);
+  vek::StringPool pool;
+  vek::AtomTable atoms(pool);
+  const Result first(atoms, text, small_limits);
+  check_bounds(size, atoms, first);
   if (first.nr_errors == 0)
-    parse(text).require_same(first);
+    Result(atoms, text).require_same(first);
   else
-    parse_with_small_limits(text).require_same(first);
+    Result(atoms, text, small_limits).require_same(first);
   if (is_replay)
-    parse(text).require_same(parse(text));
+    Result(atoms, text).require_same(Result(atoms, text));
   return 0;
 }

@@ -21,7 +21,8 @@ std::string written(const vek::AtomTable &table) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
                                       std::size_t size) {
   std::string text(vek::fuzzing::text_of(data, size));
-  vek::AtomTable table;
+  vek::StringPool pool;
+  vek::AtomTable table(pool);
   const bool good = table.parse(text);
   require(table.size() <= (size + 1) / 2);
   if (!good)
@@ -30,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
   if (!text.empty() && text.back() != '\n')
     text += '\n';
   require(written(table) == text);
-  vek::AtomTable again;
+  vek::AtomTable again(pool);
   require(again.parse(text));
   for (std::uint32_t id = 0; id < table.size(); ++id)
     require(again.enter(table.text(id)) == id);

@@ -1,15 +1,14 @@
-// Any bytes as a class table, as a class profile under each algorithm, or as a
-// file of weights (the first byte chooses): what is read is written, read again
-// and written the same.
+// Any bytes as a class table, as a class profile with each kind of columns, or
+// as a file of weights (the first byte chooses): what is read is written, read
+// again and written the same.
 #include <set>
 #include <sstream>
 #include <string>
 #include <utility>
 
+#include "base/textio.h"
 #include "classes/classtab.h"
-#include "learning/weightfile.h"
-#include "params/params.h"
-#include "run/textio.h"
+#include "classes/weightfile.h"
 #include "target.h"
 
 namespace {
@@ -17,7 +16,7 @@ namespace {
 using vek::fuzzing::require;
 
 // Whether a class may stand there twice, by a rough reading that goes on where
-// ClassTable::read() would not.
+// ClassTable::parse() would not.
 bool repeats_a_class(std::string_view text) {
   vek::FieldReader fields(text);
   std::set<std::pair<std::uint32_t, std::string_view>> keys;
@@ -52,8 +51,7 @@ void check_table(const std::string &text) {
   if (repeats_a_class(text))
     return;
   vek::ClassTable table;
-  std::istringstream input(text);
-  const bool good = table.read(input);
+  const bool good = table.parse(text);
   // Of a class there are at least five numbers and the quotation marks.
   require(table.size() <= text.size() / 12);
   if (!good)
@@ -62,30 +60,26 @@ void check_table(const std::string &text) {
   require(table.all_names_storable(bad_id));
   const std::string output = written(table);
   vek::ClassTable again;
-  std::istringstream second(output);
-  require(again.read(second) && written(again) == output);
+  require(again.parse(output) && written(again) == output);
   for (std::uint32_t id = 0; id < table.size(); ++id)
     require(again.full_name(id) == table.full_name(id));
   again.gather_documents();
 }
 
-void check_profile(const std::string &text, vek::Algorithm algorithm) {
-  vek::params.set_algorithm(algorithm);
+void check_profile(const std::string &text, vek::ProfileColumns columns) {
   vek::ClassProfile profile;
   std::uint32_t nr_terms = 0;
-  std::istringstream input(text);
-  const bool good = profile.read(input, nr_terms);
+  const bool good = profile.parse(text, nr_terms, columns);
   // Of an entry there are at least three numbers.
   require(profile.size() <= text.size() / 6);
   if (!good)
     return;
   std::ostringstream output;
-  require(profile.write(output, nr_terms));
+  require(profile.write(output, nr_terms, columns));
   vek::ClassProfile again;
-  std::istringstream second(output.str());
-  require(again.read(second, nr_terms));
+  require(again.parse(output.view(), nr_terms, columns));
   std::ostringstream third;
-  require(again.write(third, nr_terms) && third.str() == output.str());
+  require(again.write(third, nr_terms, columns) && third.str() == output.str());
 }
 
 void check_weights(const std::string &text) {
@@ -117,13 +111,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
       check_table(text);
       break;
     case 1:
-      check_profile(text, vek::Algorithm::winnow);
+      check_profile(text, vek::ProfileColumns::updates);
       break;
     case 2:
-      check_profile(text, vek::Algorithm::rocchio);
+      check_profile(text, vek::ProfileColumns::weight);
       break;
     case 3:
-      check_profile(text, vek::Algorithm::sbc);
+      check_profile(text, vek::ProfileColumns::frequencies);
       break;
     default:
       check_weights(text);

@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "store/storeindex.h"
+#include "store/indexformat.h"
 #include "target.h"
 
 namespace {

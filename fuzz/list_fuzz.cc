@@ -5,7 +5,7 @@
 #include <string>
 
 #include "classes/classtab.h"
-#include "intake/collection.h"
+#include "intake/lists.h"
 #include "target.h"
 
 using vek::fuzzing::require;
@@ -33,7 +33,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
   std::ostringstream output;
   require(table.write(output));
   vek::ClassTable again;
-  std::istringstream input(output.str());
-  require(again.read(input) && again.size() == table.size());
+  require(again.parse(output.view()) && again.size() == table.size());
   return 0;
 }

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "analyse/result_files.h"
-#include "run/helpers.h"
-#include "run/polling.h"
+#include "base/helpers.h"
+#include "intake/lists.h"
 #include "target.h"
 
 namespace {

@@ -10,7 +10,7 @@ _vek_check() {
     return
   fi
   if [[ $word == -* ]]; then
-    mapfile -t COMPREPLY < <(compgen -W $'-h\n--help\n-r\n--resource\n-V\n--Version' -- "$word")
+    mapfile -t COMPREPLY < <(compgen -W $'-h\n--help\n-r\n--resource\n-V\n--version' -- "$word")
     return
   fi
   compopt -o filenames

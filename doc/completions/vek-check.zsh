@@ -4,5 +4,5 @@
 _arguments \
   '(- *)'{-h,--help}'[show help]' \
   {-r,--resource}'[specify resource file]:resource file:_files -g "*.rc"' \
-  '(- *)'{-V,--Version}'[show version]' \
+  '(- *)'{-V,--version}'[show version]' \
   ':examples directory:_files -/'

@@ -4,9 +4,7 @@
 #include <iterator>
 #include <string>
 
-#include "classes/classtab.h"
-#include "params/params.h"
-#include "run/textio.h"
+#include "base/textio.h"
 
 namespace vek {
 namespace {
@@ -17,44 +15,34 @@ constexpr std::size_t largest_preparation = 4096;
 // Text is handed to the stream in pieces of about this size.
 constexpr std::size_t piece_size = 65536;
 
-void append_entry(std::string &out, const ClassProfile::Slot &slot) {
+void append_entry(std::string &out, const ClassProfile::Slot &slot,
+                  ProfileColumns columns) {
   append_number(out, slot.term);
   out += '\t';
   append_number(out, slot.entry.tf);
   out += '\t';
   append_number(out, slot.entry.df);
   out += '\t';
-  switch (params.algorithm()) {
-    case Algorithm::winnow:
-      append_number(out, slot.entry.promotions);
-      out += '\t';
-      append_number(out, slot.entry.demotions);
-      out += '\t';
-      break;
-    case Algorithm::rocchio:
-      append_real(out, slot.entry.pos_weight);
-      out += '\t';
-      break;
-    case Algorithm::sbc:
-      break;
+  if (columns == ProfileColumns::updates) {
+    append_number(out, slot.entry.promotions);
+    out += '\t';
+    append_number(out, slot.entry.demotions);
+    out += '\t';
+  } else if (columns == ProfileColumns::weight) {
+    append_real(out, slot.entry.pos_weight);
+    out += '\t';
   }
   out += '\n';
 }
 
 bool read_entry(FieldReader &fields, std::uint32_t &term,
-                ClassProfileEntry &entry) {
-  if (!fields.read(term) || !fields.read(entry.tf) || !fields.read(entry.df)) {
+                ClassProfileEntry &entry, ProfileColumns columns) {
+  if (!fields.read(term) || !fields.read(entry.tf) || !fields.read(entry.df))
     return false;
-  }
-  switch (params.algorithm()) {
-    case Algorithm::winnow:
-      return fields.read(entry.promotions) && fields.read(entry.demotions);
-    case Algorithm::rocchio:
-      return fields.read(entry.pos_weight);
-    case Algorithm::sbc:
-      break;
-  }
-  return true;
+  if (columns == ProfileColumns::updates)
+    return fields.read(entry.promotions) && fields.read(entry.demotions);
+  return columns == ProfileColumns::frequencies ||
+         fields.read(entry.pos_weight);
 }
 
 }  // namespace
@@ -82,7 +70,7 @@ ClassProfileEntry &ClassProfile::operator[](std::uint32_t term) {
 
 void ClassProfile::erase(std::uint32_t term) {
   const std::uint32_t hole = places_.find(term);
-  if (hole == TermPlaces::nowhere)
+  if (hole == TermMap::nowhere)
     return;
   places_.erase(term);
   if (hole + 1 != slots_.size()) {
@@ -93,15 +81,15 @@ void ClassProfile::erase(std::uint32_t term) {
   slots_.pop_back();
 }
 
-void ClassProfile::reserve(std::size_t nr_entries) {
+void ClassProfile::reserve(std::size_t nr_entries, std::uint32_t largest_term) {
   slots_.reserve(nr_entries);
-  places_.reserve(nr_entries);
+  places_.expect(nr_entries, largest_term);
 }
 
 void ClassProfile::prepare(std::size_t nr_expected) {
   const std::size_t room = std::min(nr_expected / 2, largest_preparation);
   if (room > slots_.size())
-    reserve(room);
+    slots_.reserve(room);
 }
 
 void ClassProfile::arrange() const {
@@ -130,13 +118,8 @@ void ClassProfile::set_init_weights(WeightType pos, WeightType neg) {
   init_neg_weight_ = neg;
 }
 
-void ClassProfile::add_to_weight_sum(std::uint32_t class_id) const {
-  ClassData &data = class_table.get_data(class_id);
-  for (const Slot &slot : *this)
-    data.weight_sum += slot.entry.weight;
-}
-
-bool ClassProfile::write(std::ostream &os, std::uint32_t nr_terms) const {
+bool ClassProfile::write(std::ostream &os, std::uint32_t nr_terms,
+                         ProfileColumns columns) const {
   std::string text;
   append_number(text, size());
   text += '\t';
@@ -145,7 +128,7 @@ bool ClassProfile::write(std::ostream &os, std::uint32_t nr_terms) const {
   append_real(text, threshold_);
   text += '\n';
   for (const Slot &slot : *this) {
-    append_entry(text, slot);
+    append_entry(text, slot, columns);
     if (text.size() < piece_size)
       continue;
     if (!os.write(text.data(), std::ssize(text)))
@@ -156,11 +139,11 @@ bool ClassProfile::write(std::ostream &os, std::uint32_t nr_terms) const {
   return os.good();
 }
 
-bool ClassProfile::read(std::istream &is, std::uint32_t &nr_terms) {
-  const std::string text = read_rest(is);
+bool ClassProfile::parse(std::string_view text, std::uint32_t &nr_terms,
+                         ProfileColumns columns) {
   FieldReader fields(text);
   std::uint32_t nr_entries = 0;
-  if (is.bad() || !fields.read(nr_entries) || !fields.read(nr_terms) ||
+  if (!fields.read(nr_entries) || !fields.read(nr_terms) ||
       !fields.read(threshold_)) {
     return false;
   }
@@ -168,9 +151,7 @@ bool ClassProfile::read(std::istream &is, std::uint32_t &nr_terms) {
   for (std::uint32_t i = 0; i < nr_entries; ++i) {
     std::uint32_t term = 0;
     ClassProfileEntry entry;
-    if (!read_entry(fields, term, entry))
-      return false;
-    if (find(term) != nullptr)
+    if (!read_entry(fields, term, entry, columns) || find(term) != nullptr)
       return false;
     (*this)[term] = entry;
   }

@@ -9,12 +9,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <istream>
 #include <ostream>
+#include <string_view>
 #include <vector>
 
-#include "classes/termplaces.h"
-#include "run/helpers.h"
+#include "base/helpers.h"
+#include "classes/termmap.h"
 
 namespace vek {
 
@@ -33,6 +33,10 @@ struct ClassProfileEntry {
   std::int32_t demotions = 0;
 };
 
+// What a class profile's file has of each term behind its frequencies: nothing
+// more, Winnow's counts of updates, or the one weight.
+enum class ProfileColumns { frequencies, updates, weight };
+
 class ClassProfile {
  public:
   struct Slot {
@@ -46,11 +50,11 @@ class ClassProfile {
   // or the profile is walked.
   ClassProfileEntry *find(std::uint32_t term) {
     const std::uint32_t place = places_.find(term);
-    return place == TermPlaces::nowhere ? nullptr : &slots_[place].entry;
+    return place == TermMap::nowhere ? nullptr : &slots_[place].entry;
   }
   const ClassProfileEntry *find(std::uint32_t term) const {
     const std::uint32_t place = places_.find(term);
-    return place == TermPlaces::nowhere ? nullptr : &slots_[place].entry;
+    return place == TermMap::nowhere ? nullptr : &slots_[place].entry;
   }
 
   // 0 for an absent term, which stays absent.
@@ -62,8 +66,12 @@ class ClassProfile {
   void erase(std::uint32_t term);
   std::size_t size() const { return slots_.size(); }
 
-  // Makes room for so many terms in all.
-  void reserve(std::size_t nr_entries);
+  // Makes room for so many terms in all, none larger than `largest_term`.
+  void reserve(std::size_t nr_entries, std::uint32_t largest_term);
+  // 0 in an empty profile.
+  std::uint32_t largest_term() const {
+    return slots_.empty() ? 0 : (end() - 1)->term;
+  }
   // Makes room for half of `nr_expected` terms, within reason: a table of
   // fifty thousand classes must not reserve the whole vocabulary for each.
   void prepare(std::size_t nr_expected);
@@ -83,19 +91,17 @@ class ClassProfile {
   WeightType init_neg_weight() const { return init_neg_weight_; }
   void set_init_weights(WeightType pos, WeightType neg);
 
-  // Adds the weight of every entry to the weight sum of that class.
-  void add_to_weight_sum(std::uint32_t class_id) const;
-
   // The text form: a line with the number of entries, `nr_terms` and the
-  // threshold, then a line for each entry, whose columns follow the algorithm
-  // that is set. Doubles have six significant digits. False if the stream
-  // fails.
-  bool write(std::ostream &os, std::uint32_t nr_terms) const;
+  // threshold, then a line for each entry with the columns. Doubles have six
+  // significant digits. False if the stream fails.
+  bool write(std::ostream &os, std::uint32_t nr_terms,
+             ProfileColumns columns) const;
 
   // Reads that form into the empty profile. What the file does not carry is
-  // 0. False if the stream fails, if a number is none, out of range or not
-  // finite, if a term comes twice, and if anything follows the last entry.
-  bool read(std::istream &is, std::uint32_t &nr_terms);
+  // 0. False if a number is none, out of range or not finite, if a term comes
+  // twice, and if anything follows the last entry.
+  bool parse(std::string_view text, std::uint32_t &nr_terms,
+             ProfileColumns columns);
 
  private:
   void arrange() const;
@@ -103,7 +109,7 @@ class ClassProfile {
   // Slots in order of entry until a walk sorts them; `places_` leads to them.
   // Sorting changes no content, hence mutable.
   mutable std::vector<Slot> slots_;
-  mutable TermPlaces places_;
+  mutable TermMap places_;
   mutable bool arranged_ = true;
   WeightType threshold_ = 1.0;
   WeightType init_pos_weight_ = 0.0;

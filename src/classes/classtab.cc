@@ -6,7 +6,8 @@
 #include <optional>
 #include <utility>
 
-#include "run/textio.h"
+#include "base/require.h"
+#include "base/textio.h"
 
 namespace vek {
 namespace {
@@ -104,23 +105,23 @@ std::uint32_t ClassTable::enter_path(const std::string &path,
 }
 
 ClassData &ClassTable::get_data(std::uint32_t id) {
-  assert(unsigned(id) < size());
+  require(id < size(), "unsigned(id) < size()");
+  return class_vec_[id]->second;
+}
+
+const ClassData &ClassTable::get_data(std::uint32_t id) const {
+  require(id < size(), "unsigned(id) < size()");
   return class_vec_[id]->second;
 }
 
 const std::string &ClassTable::get_name(std::uint32_t id) const {
-  assert(unsigned(id) < size());
+  require(id < size(), "unsigned(id) < size()");
   return class_vec_[id]->first.name;
 }
 
-ClassProfile &ClassTable::get_profile(std::uint32_t id) {
-  return get_data(id).profile;
-}
-
 const std::string &ClassTable::full_name(std::uint32_t id) const {
-  assert(unsigned(id) < size());
   // Rank files ask for the same names for each document.
-  std::string &text = class_vec_[id]->second.full_name;
+  std::string &text = get_data(id).full_name;
   if (!text.empty())
     return text;
   std::vector<const std::string *> names;
@@ -135,10 +136,6 @@ const std::string &ClassTable::full_name(std::uint32_t id) const {
       text += '/';
   }
   return text;
-}
-
-void ClassTable::print_full_name(std::ostream &os, std::uint32_t id) const {
-  os << full_name(id);
 }
 
 void ClassTable::add_train_document(std::uint32_t id, const std::string &name) {
@@ -195,11 +192,10 @@ bool ClassTable::write(std::ostream &os) const {
   return os.good();
 }
 
-bool ClassTable::read(std::istream &is) {
-  const std::string text = read_rest(is);
+bool ClassTable::parse(std::string_view text) {
   FieldReader fields(text);
   std::uint32_t nr_classes = 0;
-  if (is.bad() || !fields.read(nr_classes))
+  if (!fields.read(nr_classes))
     return false;
   for (std::uint32_t i = 0; i < nr_classes; ++i) {
     ClassData record;

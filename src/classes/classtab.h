@@ -10,17 +10,16 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
-#include <istream>
 #include <map>
 #include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "base/helpers.h"
 #include "classes/classprof.h"
 #include "classes/termset.h"
 #include "classes/termstats.h"
-#include "run/helpers.h"
 
 namespace vek {
 
@@ -43,10 +42,10 @@ class DocumentMap {
   using Map = std::map<std::string, ClassList, std::less<>>;
 
   void add(const std::string &name, ClassData *class_data_P) {
-    list_of(name).push_back(class_data_P);
+    map_[name].push_back(class_data_P);
   }
   void add(const std::string &name, const ClassList &classes) {
-    ClassList &list = list_of(name);
+    ClassList &list = map_[name];
     list.insert(list.end(), classes.begin(), classes.end());
   }
   bool contains(std::string_view name) const { return map_.contains(name); }
@@ -57,12 +56,6 @@ class DocumentMap {
   Map::const_iterator end() const { return map_.end(); }
 
  private:
-  // Lists of documents are often in the order of their names.
-  ClassList &list_of(const std::string &name) {
-    const bool is_last = !map_.empty() && map_.rbegin()->first < name;
-    return is_last ? map_.try_emplace(map_.end(), name)->second : map_[name];
-  }
-
   Map map_;
 };
 
@@ -77,12 +70,12 @@ struct ClassData {
   // Sum of the accumulated weights of the profile; set by Winnow.
   WeightType weight_sum = 0.0;
   ClassProfile profile;
-  // Lives only between the gathering of statistics and term selection.
-  TermStatsTable term_stats;
+  // Only between the gathering of statistics and term selection.
+  TermStatsList term_stats;
   // Null for the top class.
   ClassData *father = nullptr;
   // Made when it is asked for first, by ClassTable::full_name().
-  std::string full_name;
+  mutable std::string full_name;
   // In order of entry.
   std::vector<ClassData *> sons;
   DocumentMap train_docs;
@@ -108,10 +101,9 @@ class ClassTable {
 
   // These four stop the program for an unknown id.
   ClassData &get_data(std::uint32_t id);
+  const ClassData &get_data(std::uint32_t id) const;
   const std::string &get_name(std::uint32_t id) const;
-  ClassProfile &get_profile(std::uint32_t id);
   // The path without the top class; the top class's is its own name.
-  void print_full_name(std::ostream &os, std::uint32_t id) const;
   const std::string &full_name(std::uint32_t id) const;
 
   void add_train_document(std::uint32_t id, const std::string &name);
@@ -122,15 +114,6 @@ class ClassTable {
   // document, the classes in which it was filed.
   void gather_documents();
 
-  // Gathers the statistics of every class over its training documents, fills
-  // active_terms and removes all other terms from the profiles.
-  void update_profiles();
-  // One class's share of that: counts, and statistics of its documents.
-  void collect_statistics(ClassData &data);
-  // Moves the statistics of the active terms into the class profiles, and
-  // removes all other terms that were counted in this run.
-  void remove_inactive_terms(const TermSet &active);
-
   // There is a top class and it has training documents.
   bool has_training_documents() const;
 
@@ -138,7 +121,7 @@ class ClassTable {
   // separated by tabs. False if the stream fails.
   bool write(std::ostream &os) const;
   // Reads that form into the empty table. False if it is anything else.
-  bool read(std::istream &is);
+  bool parse(std::string_view text);
 
   // Whether a class of this name could be read back from the text form, which
   // escapes nothing and bounds a name's length.
@@ -151,6 +134,8 @@ class ClassTable {
   // Walks go in the order of the keys.
   Map::iterator begin() { return classes_.begin(); }
   Map::iterator end() { return classes_.end(); }
+  Map::const_iterator begin() const { return classes_.begin(); }
+  Map::const_iterator end() const { return classes_.end(); }
 
  private:
   ClassData &append(Map::iterator position);
@@ -159,8 +144,6 @@ class ClassTable {
   std::vector<Map::iterator> class_vec_;
   std::uint32_t next_id_ = 0;
 };
-
-extern ClassTable class_table;
 
 }  // namespace vek
 

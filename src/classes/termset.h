@@ -32,10 +32,6 @@ class TermSet {
   std::size_t nr_terms_ = 0;
 };
 
-// The terms that passed selection in some class. Empty means that no
-// selection has been made, and then no term is filtered out.
-extern TermSet active_terms;
-
 }  // namespace vek
 
 #endif  // VEK_CLASSES_TERMSET_H_

@@ -1,12 +1,8 @@
 #include "evaluation/confus.h"
 
-#include <cassert>
 #include <iomanip>
-#include <sstream>
 
-#include "classes/classtab.h"
-#include "params/params.h"
-#include "run/log.h"
+#include "base/require.h"
 
 namespace vek {
 namespace {
@@ -36,10 +32,6 @@ std::ostream &operator<<(std::ostream &os, const ReportItem &item) {
   return os << std::fixed << std::setprecision(2) << item.percentage << "% ";
 }
 
-std::uint32_t nr_test_documents() {
-  return static_cast<std::uint32_t>(class_table.get_data(0).test_docs.size());
-}
-
 bool divide(std::uint32_t a, std::uint32_t b, WeightType &value) {
   value = b == 0 ? 0.0 : double(a) / double(b);
   return b != 0;
@@ -55,14 +47,19 @@ WeightType f_measure(WeightType precision, WeightType recall, double f) {
   return (square + 1.0) * precision * recall / divisor;
 }
 
-ConfusionMatrix::ConfusionMatrix()
-    : nr_classes_(static_cast<std::uint32_t>(class_table.size())),
+ConfusionMatrix::ConfusionMatrix(const ClassTable &classes)
+    : classes_(classes),
+      nr_classes_(static_cast<std::uint32_t>(classes.size())),
       cells_(std::size_t{nr_rows} * nr_classes_) {}
+
+std::uint32_t ConfusionMatrix::nr_test_documents() const {
+  return static_cast<std::uint32_t>(classes_.get_data(0).test_docs.size());
+}
 
 void ConfusionMatrix::enter(std::uint32_t row, std::uint32_t class_id) {
   const std::size_t start = std::size_t{row} * nr_classes_;
   const std::size_t pos = start + class_id;
-  assert(pos < size());
+  require(pos < size(), "pos < size()");
   ++cells_[pos];
   ++cells_[start];
 }
@@ -70,7 +67,7 @@ void ConfusionMatrix::enter(std::uint32_t row, std::uint32_t class_id) {
 std::uint32_t ConfusionMatrix::get_confusion(std::uint32_t row,
                                              std::uint32_t column) const {
   const std::size_t pos = std::size_t{row} * nr_classes_ + column;
-  assert(pos < size());
+  require(pos < size(), "pos < size()");
   return cells_[pos];
 }
 
@@ -103,19 +100,19 @@ void ConfusionMatrix::fallout(std::uint32_t class_id, WeightType &value) const {
   divide(nr_wrong(class_id), others, value);
 }
 
-void ConfusionMatrix::print(std::ostream &os) const {
+void ConfusionMatrix::print(std::ostream &os, double f) const {
   os << "Contingency table:RS/RNS/NRS/NRNS\n";
   for (std::uint32_t id = 0; id < nr_classes_; ++id)
     print_counts(os, id);
   os << "\nPrecision/Recall/F-Measure/Fallout\n";
   for (std::uint32_t id = 0; id < nr_classes_; ++id)
-    print_measures(os, id);
+    print_measures(os, id, f);
   os << '\n';
 }
 
 void ConfusionMatrix::print_counts(std::ostream &os,
                                    std::uint32_t class_id) const {
-  class_table.print_full_name(os, class_id);
+  os << classes_.full_name(class_id);
   os << "  ";
   std::uint32_t sum = 0;
   for (std::uint32_t row = 0; row < nr_rows; ++row) {
@@ -131,8 +128,8 @@ void ConfusionMatrix::print_counts(std::ostream &os,
   os << '\n';
 }
 
-void ConfusionMatrix::print_measures(std::ostream &os,
-                                     std::uint32_t class_id) const {
+void ConfusionMatrix::print_measures(std::ostream &os, std::uint32_t class_id,
+                                     double f) const {
   WeightType precision_value = 0.0;
   WeightType recall_value = 0.0;
   WeightType fallout_value = 0.0;
@@ -144,21 +141,14 @@ void ConfusionMatrix::print_measures(std::ostream &os,
   if (class_id == 0) {
     os << "Total";
   } else {
-    class_table.print_full_name(os, class_id);
+    os << classes_.full_name(class_id);
   }
-  const WeightType f =
-      f_measure(precision_value, recall_value, params.f_parameter());
   for (const WeightType measure :
-       {precision_value, recall_value, f, fallout_value}) {
+       {precision_value, recall_value,
+        f_measure(precision_value, recall_value, f), fallout_value}) {
     os << "  " << percentage_item(measure);
   }
   os << '\n';
-}
-
-void ConfusionMatrix::report(unsigned level) const {
-  std::ostringstream text;
-  print(text);
-  log_always(level, text.str());
 }
 
 }  // namespace vek

@@ -14,14 +14,16 @@
 #include <ostream>
 #include <vector>
 
-#include "run/helpers.h"
+#include "base/helpers.h"
+#include "classes/classtab.h"
 
 namespace vek {
 
 class ConfusionMatrix {
  public:
-  // All counts 0, for the classes that the class table holds now.
-  ConfusionMatrix();
+  // All counts 0, for the classes that the table holds now. It must outlive the
+  // matrix; its top class knows the test documents.
+  explicit ConfusionMatrix(const ClassTable &classes);
 
   // A class id outside the table stops the program.
   void enterRS(std::uint32_t class_id) { enter(row_rs, class_id); }
@@ -42,10 +44,9 @@ class ConfusionMatrix {
   void fallout(std::uint32_t class_id, WeightType &value) const;
 
   // The count table, an empty line, the measures, an empty line. Averages are
-  // micro-averages: the figures of the summed counts.
-  void print(std::ostream &os) const;
-  // The same as one message of the log.
-  void report(unsigned level) const;
+  // micro-averages: the figures of the summed counts. `f` is the parameter of
+  // the F-measure.
+  void print(std::ostream &os, double f) const;
 
  private:
   static constexpr std::uint32_t row_rs = 0;
@@ -56,8 +57,10 @@ class ConfusionMatrix {
   std::size_t size() const { return cells_.size(); }
   void enter(std::uint32_t row, std::uint32_t class_id);
   void print_counts(std::ostream &os, std::uint32_t class_id) const;
-  void print_measures(std::ostream &os, std::uint32_t class_id) const;
+  void print_measures(std::ostream &os, std::uint32_t class_id, double f) const;
+  std::uint32_t nr_test_documents() const;
 
+  const ClassTable &classes_;
   std::uint32_t nr_classes_;
   std::vector<std::uint32_t> cells_;
 };

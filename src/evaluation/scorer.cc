@@ -1,24 +1,23 @@
 #include "evaluation/scorer.h"
 
-#include "evaluation/testing.h"
-#include "params/params.h"
-
 namespace vek {
 
-ClassScorer::ClassScorer(const std::vector<ClassData *> &classes)
-    : index_(classes),
+ClassScorer::ClassScorer(const std::vector<ClassData *> &classes,
+                         const Scoring &scoring, const Params &params)
+    : kind_(scoring.kind),
+      index_(classes),
       weights_(index_.nr_places()),
       is_known_(index_.nr_places()) {
-  index_.for_each(
-      classes, [&](std::size_t place, std::uint32_t, ClassProfileEntry &entry) {
-        weights_[place] = scoring_weight(entry);
-        is_known_[place] = 1;
-      });
+  index_.for_each(classes, [&](std::size_t place, std::uint32_t,
+                               const ClassProfileEntry &entry) {
+    weights_[place] = scoring.weight(entry, params);
+    is_known_[place] = 1;
+  });
 }
 
 void ClassScorer::score(const DocProfile &doc,
                         std::vector<WeightType> &scores) const {
-  if (params.algorithm() == Algorithm::sbc) {
+  if (kind_ == Scoring::Kind::product) {
     multiply(doc, scores);
   } else {
     add_up(doc, scores);
@@ -27,8 +26,7 @@ void ClassScorer::score(const DocProfile &doc,
 
 void ClassScorer::add_up(const DocProfile &doc,
                          std::vector<WeightType> &scores) const {
-  // Kept from call to call, so that scoring does not allocate.
-  static std::vector<RowWeight<WeightType>> rows;
+  std::vector<RowWeight<WeightType>> rows;
   index_.find_rows(doc, rows);
   scores.assign(index_.nr_sums(), 0.0);
   index_.add_rows<WeightType>(rows, weights_, scores);
@@ -42,7 +40,7 @@ void ClassScorer::multiply(const DocProfile &doc,
   for (const DocProfileEntry &entry : doc) {
     factors.assign(factors.size(), unknown_term_factor);
     const std::uint32_t row = index_.row_of(entry.term);
-    if (row != TermIndex::no_row) {
+    if (row != InvertedIndex::no_row) {
       index_.for_each_in_row(row, [&](std::size_t place, std::uint32_t number) {
         if (is_known_[place] != 0)
           factors[number] = weights_[place];

@@ -8,19 +8,22 @@
 #ifndef VEK_EVALUATION_SCORER_H_
 #define VEK_EVALUATION_SCORER_H_
 
+#include <cstdint>
 #include <vector>
 
+#include "base/helpers.h"
 #include "classes/classtab.h"
-#include "evaluation/termindex.h"
+#include "evaluation/invertedindex.h"
+#include "evaluation/scoring.h"
 #include "intake/docprof.h"
-#include "run/helpers.h"
 
 namespace vek {
 
 class ClassScorer {
  public:
   // Takes the weights as they are now.
-  explicit ClassScorer(const std::vector<ClassData *> &classes);
+  ClassScorer(const std::vector<ClassData *> &classes, const Scoring &scoring,
+              const Params &params);
 
   // Sets scores[i] to the score against the i-th class, for each class.
   void score(const DocProfile &doc, std::vector<WeightType> &scores) const;
@@ -29,8 +32,9 @@ class ClassScorer {
   void add_up(const DocProfile &doc, std::vector<WeightType> &scores) const;
   void multiply(const DocProfile &doc, std::vector<WeightType> &scores) const;
 
-  TermIndex index_;
-  // By place: what the algorithm multiplies with.
+  Scoring::Kind kind_;
+  InvertedIndex index_;
+  // By place: what the document's weights are multiplied with.
   std::vector<WeightType> weights_;
   // By place: the class knows the term.
   std::vector<std::uint8_t> is_known_;

@@ -1,52 +1,24 @@
 #include "intake/DocParser.h"
 
-#include "vocabulary/atomtab.h"
-
 namespace vek {
-namespace {
 
-// Some times the number of searches that wait for memory together, and still
-// within the processor's first cache.
-constexpr std::size_t long_queue = 512;
-
-}  // namespace
-
-std::uint32_t TextQueue::add(std::string_view text) {
-  texts_.push_back(text);
-  return static_cast<std::uint32_t>(texts_.size() - 1);
-}
-
-std::uint32_t TextQueue::add_copy(std::string_view text) {
-  return add(copies_.emplace_back(text));
-}
-
-void TextQueue::flush(TermBag &bag) {
-  atom_table.enter_all(texts_, atom_ids_);
-  for (const auto &[head, mod] : pairs_) {
-    bag.add({atom_ids_[head], mod == EmptyAtom ? mod : atom_ids_[mod]});
-  }
-  texts_.clear();
-  copies_.clear();
-  pairs_.clear();
-}
-
-bool TextQueue::is_long() const {
-  return texts_.size() >= long_queue;
-}
-
-DocParser::DocParser(TermBag *bag, std::string_view input, const char *name)
+DocParser::DocParser(AtomTable &atoms, TermBag &bag, std::string_view input,
+                     const char *name, Messages &messages)
     : DocParser(
-          bag, input, name,
+          atoms, bag, input, name, messages,
           {max_alternatives, max_pairs + max_pairs_per_byte * input.size(),
            max_compound_bytes + max_compound_bytes_per_byte * input.size()}) {}
 
-DocParser::DocParser(TermBag *bag, std::string_view input, const char *name,
-                     const Limits &limits)
-    : Scanner(Mode::document, input, name), bag_P_(bag), limits_(limits) {}
+DocParser::DocParser(AtomTable &atoms, TermBag &bag, std::string_view input,
+                     const char *name, Messages &messages, const Limits &limits)
+    : Scanner(Mode::document, input, name, messages),
+      atoms_(atoms),
+      bag_(bag),
+      limits_(limits) {}
 
 // document: item*
-void DocParser::parse() {
-  while (!at_end()) {
+bool DocParser::parse() {
+  while (!at_end() && !is_full_) {
     if (is_word()) {
       count_word();
     } else if (open_group()) {
@@ -54,15 +26,17 @@ void DocParser::parse() {
     } else {
       advance();
     }
-    if (queue_.is_long())
-      queue_.flush(*bag_P_);
   }
-  queue_.flush(*bag_P_);
+  return !is_full_;
 }
 
 void DocParser::count_word() {
-  if (!text().empty())
-    queue_.count({queue_.add(text()), EmptyAtom});
+  if (!text().empty()) {
+    const std::uint32_t atom = atoms_.enter(text());
+    is_full_ = atom == EmptyAtom;
+    if (!is_full_)
+      bag_.add({atom, EmptyAtom});
+  }
   advance();
 }
 
@@ -154,14 +128,14 @@ void DocParser::count_product(Ids heads, Ids modifiers) {
   nr_pairs_ += heads.size() * modifiers.size();
   for (const std::uint32_t head : heads) {
     for (const std::uint32_t mod : modifiers) {
-      queue_.count({head, mod});
+      bag_.add({head, mod});
     }
   }
 }
 
 // A compound starts as one candidate with an empty text.
 DocParser::Compound DocParser::new_compound() const {
-  return {{}, texts_.size(), choices_.size(), 0, 1, false};
+  return {texts_.size(), choices_.size(), 0, 1, false};
 }
 
 // The candidates have no text yet.
@@ -189,11 +163,8 @@ void DocParser::add_word() {
   compound.found = true;
   if (compound.nr_candidates > 0) {
     const std::size_t size = texts_.size();
-    if (is_blank(compound)) {
-      compound.word = text();
-    } else {
+    if (!is_blank(compound))
       texts_ += ' ';
-    }
     texts_ += text();
     compound.nr_bytes += compound.nr_candidates * (texts_.size() - size);
   }
@@ -220,7 +191,7 @@ void DocParser::add_group(Ids ids) {
 void DocParser::add_choice(Compound &compound, Ids ids) {
   std::size_t nr_bytes = 0;
   for (const std::uint32_t id : ids)
-    nr_bytes += queue_.text(id).size();
+    nr_bytes += atoms_.text(id).size();
   if (!is_blank(compound)) {
     texts_ += ' ';
     nr_bytes += ids.size();
@@ -249,7 +220,7 @@ void DocParser::enter_candidates(const Compound &compound) {
   if (compound.found && compound.nr_candidates > 0) {
     nr_bytes_ += cost(compound);
     if (choices_.size() == compound.choices_begin) {
-      enter_words(compound);
+      enter_text(std::string_view(texts_).substr(compound.text_begin));
     } else if (hands_on(compound)) {
       const Ids ids = Ids(choice_ids_).subspan(choices_.back().ids_begin);
       ids_.insert(ids_.end(), ids.begin(), ids.end());
@@ -264,14 +235,15 @@ void DocParser::enter_candidates(const Compound &compound) {
   }
 }
 
-// A single word needs no copy, because it is in the input.
-void DocParser::enter_words(const Compound &compound) {
-  const std::string_view words =
-      std::string_view(texts_).substr(compound.text_begin);
-  if (words.empty())
+void DocParser::enter_text(std::string_view text) {
+  if (text.empty())
     return;
-  const bool single = words.size() == compound.word.size();
-  ids_.push_back(single ? queue_.add(compound.word) : queue_.add_copy(words));
+  const std::uint32_t atom = atoms_.enter(text);
+  if (atom == EmptyAtom) {
+    is_full_ = true;
+  } else {
+    ids_.push_back(atom);
+  }
 }
 
 // In the order of a nest of loops, the first choice outermost.
@@ -279,7 +251,7 @@ void DocParser::enter_combinations(const Compound &compound) {
   combination_.assign(choices_.size() - compound.choices_begin, 0);
   for (std::size_t i = 0; i < compound.nr_candidates; ++i) {
     spell(compound);
-    ids_.push_back(queue_.add_copy(candidate_));
+    enter_text(candidate_);
     step_combination(compound);
   }
 }
@@ -291,7 +263,7 @@ void DocParser::spell(const Compound &compound) {
   for (std::size_t i = 0; i < combination_.size(); ++i) {
     const Choice &choice = choices_[compound.choices_begin + i];
     candidate_ += words.substr(done, choice.place - done);
-    candidate_ += queue_.text(choice_ids_[choice.ids_begin + combination_[i]]);
+    candidate_ += atoms_.text(choice_ids_[choice.ids_begin + combination_[i]]);
     done = choice.place;
   }
   candidate_ += words.substr(done);
@@ -303,14 +275,6 @@ void DocParser::step_combination(const Compound &compound) {
       return;
     combination_[i] = 0;
   }
-}
-
-std::uint32_t parse_analysis(const std::string &text, const std::string &name,
-                             TermBag *bag) {
-  const std::string_view input(text);
-  DocParser parser(bag, input.substr(0, input.find('\0')), name.c_str());
-  parser.parse();
-  return parser.nr_errors();
 }
 
 }  // namespace vek

@@ -34,43 +34,17 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "base/messages.h"
 #include "intake/termbag.h"
 #include "params/scanner.h"
+#include "vocabulary/atomtab.h"
 
 namespace vek {
-
-// The texts that a parse has come to, numbered from 0 in their order, and what
-// was counted of them. They become atoms many at once, since that takes much
-// less time than one by one when the atom table is large.
-class TextQueue {
- public:
-  // The number of the text. It must outlive the next flush().
-  std::uint32_t add(std::string_view text);
-  // The same for a copy of the text.
-  std::uint32_t add_copy(std::string_view text);
-  std::string_view text(std::uint32_t number) const { return texts_[number]; }
-
-  // Counts a pair of such numbers once; `mod` may be EmptyAtom.
-  void count(const AtomPair &pair) { pairs_.push_back(pair); }
-
-  // Enters the texts in the atom table and adds the pairs to the bag. Numbers
-  // start anew.
-  void flush(TermBag &bag);
-  // There is so much that a flush() is worth its while.
-  bool is_long() const;
-
- private:
-  std::vector<std::string_view> texts_;
-  std::deque<std::string> copies_;
-  std::vector<AtomPair> pairs_;
-  std::vector<std::uint32_t> atom_ids_;
-};
 
 class DocParser : public Scanner {
  public:
@@ -97,16 +71,18 @@ class DocParser : public Scanner {
     std::size_t compound_bytes;
   };
 
-  // The bag is filled by parse() and stays the caller's. `input` and `name`,
-  // which stands for the file in messages, must outlive the parser.
-  DocParser(TermBag *bag, std::string_view input, const char *name);
+  // The bag is filled by parse(). All arguments must outlive the parser; `name`
+  // stands for the file in messages.
+  DocParser(AtomTable &atoms, TermBag &bag, std::string_view input,
+            const char *name, Messages &messages);
   // With other limits than the usual ones, for a test that is to meet them in a
   // small text.
-  DocParser(TermBag *bag, std::string_view input, const char *name,
-            const Limits &limits);
+  DocParser(AtomTable &atoms, TermBag &bag, std::string_view input,
+            const char *name, Messages &messages, const Limits &limits);
 
-  // Parses to the end of the input.
-  void parse();
+  // Parses to the end of the input. False if it ended because no more atoms can
+  // be numbered.
+  bool parse();
 
  private:
   // A group that a compound takes in: the place of its texts among the literal
@@ -120,8 +96,7 @@ class DocParser : public Scanner {
   // A compound in the making. Its candidates are the combinations of its
   // choices, with its words between them; they are spelled out only at its end.
   struct Compound {
-    std::string_view word;       // what the text starts with, if that is a word
-    std::size_t text_begin = 0;  // in `texts_`
+    std::size_t text_begin = 0;     // in `texts_`
     std::size_t choices_begin = 0;  // in `choices_`
     std::size_t nr_bytes = 0;       // of all candidates together
     std::size_t nr_candidates = 0;  // 0 once a part has handed on nothing
@@ -161,22 +136,22 @@ class DocParser : public Scanner {
   void check_cost(Compound &compound);
   void refuse(Compound &compound, const char *message);
   void enter_candidates(const Compound &compound);
-  void enter_words(const Compound &compound);
+  void enter_text(std::string_view text);
   void enter_combinations(const Compound &compound);
   void spell(const Compound &compound);
   void step_combination(const Compound &compound);
 
-  TermBag *const bag_P_;
+  AtomTable &atoms_;
+  TermBag &bag_;
   const Limits limits_;
   std::size_t nr_pairs_ = 0;  // counted by phrases
   std::size_t nr_bytes_ = 0;  // of finished compounds
 
-  TextQueue queue_;
+  bool is_full_ = false;  // the atom table
 
   // What the open groups hold, each behind that of the group around it.
-  // Ids are numbers of `queue_`.
   std::vector<Phrase> phrases_;
-  std::vector<std::uint32_t> ids_;  // heads, and modifiers at the end
+  std::vector<std::uint32_t> ids_;  // atoms: heads, and modifiers at the end
   std::string texts_;               // words of compounds
   std::vector<Choice> choices_;
   std::vector<std::uint32_t> choice_ids_;
@@ -185,12 +160,6 @@ class DocParser : public Scanner {
   std::vector<std::size_t> combination_;
   std::string candidate_;
 };
-
-// Parses `text` up to its first zero byte and adds what it counts to `*bag`.
-// `name` is the document's. Returns the number of parse errors, all of which
-// were reported.
-std::uint32_t parse_analysis(const std::string &text, const std::string &name,
-                             TermBag *bag);
 
 }  // namespace vek
 

@@ -14,17 +14,13 @@
 #include <string_view>
 #include <vector>
 
-#include "intake/DocParser.h"
-#include "params/params.h"
-#include "run/helpers.h"
-#include "run/log.h"
-#include "store/database.h"
-#include "vocabulary/termtab.h"
+#include "base/helpers.h"
+#include "intake/lists.h"
+#include "log/log.h"
 
 namespace vek {
 namespace {
 
-constexpr char document_suffix[] = ".txt";
 constexpr char end_marker = '\x01';
 constexpr std::size_t largest_nr_words = 21;
 
@@ -99,8 +95,9 @@ Analyser::~Analyser() {
   close();
 }
 
-void Analyser::open(const std::string &command) {
-  file_directory_ = params.file_directory();
+void Analyser::open(const std::string &command,
+                    const std::string &file_directory) {
+  file_directory_ = file_directory;
   ensure_directory(file_directory_);
   command_ = command;
   if (!command_.empty())
@@ -266,33 +263,6 @@ std::string Analyser::read_analysis(const std::string &name,
   ::close(fd);
   cut_at_nul(text);
   return text;
-}
-
-void analyse_document(const std::string &name, TermBag *bag) {
-  parse_analysis(analyser.process(name), name, bag);
-}
-
-void add_to_profile(TermBag &bag, DocProfile &profile) {
-  for (const auto &[pair, count] : bag) {
-    profile.add_term(term_table.enter(pair.head, pair.mod), count);
-  }
-}
-
-void profile_document(const std::string &name) {
-  if (data_base.exists(name))
-    return;
-  logf_if_verbose(3, "profiling document `%s'", name.c_str());
-  TermBag bag;
-  analyse_document(name, &bag);
-  DocProfile profile;
-  add_to_profile(bag, profile);
-  data_base.put(name, profile);
-}
-
-DocProfile *document_profile(const std::string &name) {
-  if (!data_base.exists(name))
-    profile_document(name);
-  return data_base.get(name);
 }
 
 }  // namespace vek

@@ -1,5 +1,4 @@
-// The external program that does the linguistic analysis, and the way from a
-// document's name to a stored profile.
+// The external program that does the linguistic analysis.
 //
 // The program is started once per run, before the data directory is opened,
 // and works in strict turn with this process: a path and a line feed go out
@@ -14,9 +13,6 @@
 
 #include <string>
 
-#include "intake/docprof.h"
-#include "intake/termbag.h"
-
 namespace vek {
 
 class Analyser {
@@ -30,7 +26,7 @@ class Analyser {
   // be, and starts the process if `command` is not empty. Ends the run on
   // failure; but a program that cannot be executed shows only when it is
   // asked.
-  void open(const std::string &command);
+  void open(const std::string &command, const std::string &file_directory);
 
   // The analysis text of a document. Ends the run if there is no file for it
   // or if the process has stopped answering. A NUL byte ends the text.
@@ -53,24 +49,6 @@ class Analyser {
   int from_analyser_ = -1;
   pid_t pid_ = 0;
 };
-
-extern Analyser analyser;
-
-// Fills the bag with the terms of a document. Errors in the analysis text are
-// reported and cost only what they spoil.
-void analyse_document(const std::string &name, TermBag *bag);
-
-// Enters the pairs of the bag in the term table, in the bag's order, and adds
-// them to the profile.
-void add_to_profile(TermBag &bag, DocProfile &profile);
-
-// Sees to it that the document has a stored profile. A name that is in the
-// store is not analysed again.
-void profile_document(const std::string &name);
-
-// The profile of a document, analysed first if need be. Owned by the cache of
-// the database.
-DocProfile *document_profile(const std::string &name);
 
 }  // namespace vek
 

@@ -1,26 +1,22 @@
 #include "intake/docprof.h"
 
 #include <algorithm>
-#include <cassert>
 #include <cmath>
-#include <limits>
 
-#include "classes/classtab.h"
-#include "classes/termset.h"
-#include "params/params.h"
-#include "run/bytes.h"
+#include "base/bytes.h"
+#include "base/require.h"
 
 namespace vek {
 namespace {
 
 constexpr std::size_t entry_size = 8;
 
-WeightType strength(std::uint32_t freq) {
+WeightType strength(std::uint32_t freq, Strength kind) {
   // No text counts a term 0 times, but a stored block may say so, and its
   // logarithm would spoil all sums.
   if (freq == 0)
     return 0.0;
-  switch (params.strength()) {
+  switch (kind) {
     case Strength::freq:
       break;
     case Strength::boolean:
@@ -31,25 +27,6 @@ WeightType strength(std::uint32_t freq) {
       return std::log(static_cast<double>(freq)) + 1.0;
   }
   return static_cast<double>(freq);
-}
-
-// ln(N / df), of 0 < df. Few document frequencies serve many terms, so those
-// against the N of the call before are kept.
-double inverse_document_frequency(std::uint32_t nr_docs, std::uint32_t df) {
-  constexpr std::size_t nr_kept = 8192;
-  static std::uint32_t known_nr_docs = 0;
-  static std::vector<double> known;
-  const double quotient = double(nr_docs) / df;
-  if (df >= nr_kept)
-    return std::log(quotient);
-  if (nr_docs != known_nr_docs || known.empty()) {
-    known.assign(nr_kept, std::numeric_limits<double>::quiet_NaN());
-    known_nr_docs = nr_docs;
-  }
-  double &value = known[df];
-  if (std::isnan(value))
-    value = std::log(quotient);
-  return value;
 }
 
 // Relative frequency in thousandths, rounded; an exact half stays down.
@@ -89,10 +66,8 @@ bool DocProfile::write(std::string &block) const {
 }
 
 bool DocProfile::read(const void *contents, unsigned len) {
-  // The stored form's sizes have four bytes, whatever this machine's have.
-  using size_t = std::uint32_t;
-  assert(contents);
-  assert(len >= sizeof(size_t));
+  require(contents != nullptr, "contents");
+  require(len >= 4, "len >= sizeof(size_t)");
   const auto *byte_P = static_cast<const unsigned char *>(contents);
   const std::uint32_t nr_entries = get_uint32(byte_P);
   if (std::uint64_t{nr_entries} * entry_size + 4 != len)
@@ -111,66 +86,50 @@ bool DocProfile::read(const void *contents, unsigned len) {
   return true;
 }
 
-void DocProfile::weigh(std::uint32_t class_id) {
-  ClassData &data = class_table.get_data(class_id);
-  // Kept from call to call, so that scoring does not allocate.
-  static std::vector<ClassProfileEntry *> class_entries;
-  class_entries.resize(entries_.size());
-  ClassProfileEntry **place_P = class_entries.data();
+void DocProfile::weigh(const ClassData &data, const Params &params) {
   for (DocProfileEntry &entry : entries_) {
-    ClassProfileEntry *class_entry_P = data.profile.find(entry.term);
-    *place_P++ = class_entry_P;
-    const std::uint32_t df = class_entry_P == nullptr ? 0 : class_entry_P->df;
+    const std::uint32_t df = data.profile.df(entry.term);
     // Without documents there is no mean to compare with: ln(0) is no weight.
     entry.weight = df == 0 || data.nr_docs == 0
                        ? 0.0
-                       : inverse_document_frequency(data.nr_docs, df) *
-                             strength(entry.freq);
+                       : std::log(double(data.nr_docs) / df) *
+                             strength(entry.freq, params.strength);
   }
-  const WeightType divisor = normaliser();
-  const bool divide = params.normalize() != Normalize::off;
-  for (std::size_t i = 0; i < entries_.size(); ++i) {
-    WeightType &weight = entries_[i].weight;
-    if (divide)
-      weight = divisor == 0.0 ? 0.0 : weight / divisor;
-    if (class_entries[i] != nullptr)
-      class_entries[i]->weight += weight;
-  }
+  if (params.normalize == Normalize::off)
+    return;
+  const WeightType divisor = normaliser(params.normalize);
+  for (DocProfileEntry &entry : entries_)
+    entry.weight = divisor == 0.0 ? 0.0 : entry.weight / divisor;
 }
 
-// What the weights are to be divided by, if they are to be normalised.
-WeightType DocProfile::normaliser() const {
-  WeightType sum = 0.0;
-  switch (params.normalize()) {
-    case Normalize::off:
-      break;
-    case Normalize::linear:
-      for (const DocProfileEntry &entry : entries_)
-        sum += entry.weight;
-      break;
-    case Normalize::vector:
-      for (const DocProfileEntry &entry : entries_) {
-        sum += entry.weight * entry.weight;
-      }
-      sum = std::sqrt(sum);
-      break;
-  }
-  return sum;
-}
-
-void DocProfile::update_statistics(ClassData &data) const {
-  // Most terms occur once.
-  const std::uint32_t share_of_one = thousandths(1, total_);
+void DocProfile::weigh_and_add(ClassData &data, const Params &params) {
+  weigh(data, params);
   for (const DocProfileEntry &entry : entries_) {
-    const std::uint32_t share =
-        entry.freq == 1 ? share_of_one : thousandths(entry.freq, total_);
-    TermStats &stats = data.term_stats[entry.term];
+    ClassProfileEntry *const class_entry_P = data.profile.find(entry.term);
+    if (class_entry_P != nullptr)
+      class_entry_P->weight += entry.weight;
+  }
+}
+
+// What the weights are to be divided by.
+WeightType DocProfile::normaliser(Normalize kind) const {
+  WeightType sum = 0.0;
+  for (const DocProfileEntry &entry : entries_) {
+    sum +=
+        kind == Normalize::linear ? entry.weight : entry.weight * entry.weight;
+  }
+  return kind == Normalize::linear ? sum : std::sqrt(sum);
+}
+
+void DocProfile::update_statistics(TermStatsCollector &statistics) const {
+  for (const DocProfileEntry &entry : entries_) {
+    const std::uint32_t share = thousandths(entry.freq, total_);
+    TermStats &stats = statistics[entry.term];
     stats.tf += entry.freq;
     ++stats.df;
     stats.sum += share;
     stats.sum_of_squares += share * share;
   }
-  data.nr_terms += total_;
 }
 
 template <class Keep>

@@ -13,12 +13,13 @@
 #include <string>
 #include <vector>
 
-#include "run/helpers.h"
+#include "base/helpers.h"
+#include "classes/classtab.h"
+#include "classes/termset.h"
+#include "classes/termstats.h"
+#include "params/params.h"
 
 namespace vek {
-
-struct ClassData;
-class TermSet;
 
 struct DocProfileEntry {
   std::uint32_t term;
@@ -45,17 +46,22 @@ class DocProfile {
 
   // Turns frequencies into weights against a class, that among whose sons the
   // document is to be placed: strength times ln(N / df), with the class's
-  // number of documents N and its document frequency df, then normalised. Adds
-  // each weight to the class's entry for the term, if it has one. Overwrites
-  // earlier weights.
+  // number of documents N and its document frequency df, then normalised. With
+  // `ltc` and `vector` that is the weighting ltc of Salton and Buckley,
+  // Term-weighting approaches in automatic text retrieval, Information
+  // Processing & Management 24 (1988). Overwrites earlier weights.
   //
   // A document whose weights cannot be normalised has all weights 0. So has a
   // term of a class without documents.
-  void weigh(std::uint32_t class_id);
+  void weigh(const ClassData &data, const Params &params);
+
+  // The same for a training document: each weight is also added to the class's
+  // entry for the term, if it has one.
+  void weigh_and_add(ClassData &data, const Params &params);
 
   // Adds this training document to the statistics of a class. They reach the
   // class's profile when terms have been selected.
-  void update_statistics(ClassData &data) const;
+  void update_statistics(TermStatsCollector &statistics) const;
 
   // Makes the profile empty again; its memory serves the next document.
   void clear();
@@ -76,7 +82,7 @@ class DocProfile {
  private:
   template <class Keep>
   void filter(Keep keep);
-  WeightType normaliser() const;
+  WeightType normaliser(Normalize kind) const;
 
   Entries entries_;
   std::uint32_t total_ = 0;

@@ -1,61 +1,64 @@
 #include "learning/rocchio.h"
 
-#include "classes/termset.h"
-#include "evaluation/scoretable.h"
-#include "evaluation/testing.h"
-#include "params/params.h"
-#include "run/log.h"
-#include "run/progress.h"
-#include "store/database.h"
+#include "base/progress.h"
+#include "evaluation/thresholds.h"
 
 namespace vek {
 namespace {
 
-WeightType term_weight(const ClassData &son, WeightType sum_in_son,
-                       WeightType sum_in_father) {
+WeightType term_weight(const RocchioParams &params, const ClassData &son,
+                       WeightType sum_in_son, WeightType sum_in_father) {
   const WeightType sum_in_others = sum_in_father - sum_in_son;
-  WeightType weight =
-      params.rocchio().beta() * sum_in_son / double(son.nr_docs);
+  WeightType weight = params.beta * sum_in_son / double(son.nr_docs);
   if (son.nr_others != 0) {
-    weight -= params.rocchio().gamma() * sum_in_others / double(son.nr_others);
+    weight -= params.gamma * sum_in_others / double(son.nr_others);
   }
-  if (weight < 0.0 && !params.rocchio().negative_weights())
+  if (weight < 0.0 && !params.negative_weights)
     return 0.0;
   return weight;
 }
 
 }  // namespace
 
-void train_rocchio() {
-  for (auto &[key, data] : class_table) {
-    if (data.sons.empty() || data.train_docs.empty())
-      continue;
-    logf_always(1,
-                "training Rocchio on `%s' with %d documents: %d active terms.",
-                key.name.c_str(), static_cast<int>(data.train_docs.size()),
-                static_cast<int>(active_terms.size()));
-    rocchio_weigh_documents(data);
-    rocchio_sum_sons(data);
-    rocchio_set_weights(data);
-  }
-  clear_scorers();
-  set_leaf_thresholds();
-  data_base.clear_cache();
+void train_rocchio(const Training &training) {
+  for_each_father(training, "Rocchio", [&](ClassData &father) {
+    rocchio_weigh_documents(training, father);
+    rocchio_sum_sons(training, father);
+    rocchio_set_weights(training.params, father);
+  });
+  set_leaf_thresholds(training.classes, training.documents.cache(),
+                      rocchio_scoring, training.params, training.scores,
+                      training.messages);
+  training.documents.clear_cache();
 }
 
-void rocchio_weigh_documents(ClassData &father) {
-  Progress progress("Rocchio Training", class_table.get_name(father.id),
+WeightType rocchio_scoring_weight(const ClassProfileEntry &entry,
+                                  const Params & /*params*/) {
+  return entry.pos_weight;
+}
+
+void write_rocchio_settings(std::ostream &out, const Params &params) {
+  out << "[Rocchio]\n"
+      << "Beta              " << params.rocchio.beta << '\n'
+      << "Gamma             " << params.rocchio.gamma << '\n'
+      << "NegativeWeights   " << on_off(params.rocchio.negative_weights)
+      << '\n';
+}
+
+void rocchio_weigh_documents(const Training &training, ClassData &father) {
+  Progress progress(training.messages, "Rocchio Training",
+                    training.classes.get_name(father.id),
                     father.train_docs.size());
   for (const auto &[name, classes] : father.train_docs) {
-    data_base.get(name)->weigh(father.id);
+    training.documents.get(name)->weigh_and_add(father, training.params);
     progress.count();
   }
 }
 
-void rocchio_sum_sons(ClassData &father) {
+void rocchio_sum_sons(const Training &training, ClassData &father) {
   for (ClassData *son_P : father.sons) {
     for (const auto &[name, classes] : son_P->train_docs) {
-      for (const DocProfileEntry &entry : *data_base.get(name)) {
+      for (const DocProfileEntry &entry : *training.documents.get(name)) {
         ClassProfileEntry *entry_P = son_P->profile.find(entry.term);
         if (entry_P != nullptr)
           entry_P->weight += entry.weight;
@@ -64,14 +67,15 @@ void rocchio_sum_sons(ClassData &father) {
   }
 }
 
-void rocchio_set_weights(ClassData &father) {
+void rocchio_set_weights(const Params &params, ClassData &father) {
   for (ClassData *son_P : father.sons) {
     for (ClassProfile::Slot &slot : son_P->profile) {
       const ClassProfileEntry *father_entry_P = father.profile.find(slot.term);
       slot.entry.pos_weight =
           father_entry_P == nullptr || son_P->nr_docs == 0
               ? 0.0
-              : term_weight(*son_P, slot.entry.weight, father_entry_P->weight);
+              : term_weight(params.rocchio, *son_P, slot.entry.weight,
+                            father_entry_P->weight);
     }
   }
 }

@@ -8,25 +8,37 @@
 #ifndef VEK_LEARNING_ROCCHIO_H_
 #define VEK_LEARNING_ROCCHIO_H_
 
+#include <ostream>
+
 #include "classes/classtab.h"
+#include "evaluation/scoring.h"
+#include "learning/training.h"
 
 namespace vek {
 
 // Trains all fathers of the class table, then sets the thresholds of all
-// leaves. The statistics must be complete.
-void train_rocchio();
+// leaves.
+void train_rocchio(const Training &training);
+
+// The one weight of an entry.
+WeightType rocchio_scoring_weight(const ClassProfileEntry &entry,
+                                  const Params &params);
+inline constexpr Scoring rocchio_scoring = {Scoring::Kind::sum,
+                                            rocchio_scoring_weight};
+
+void write_rocchio_settings(std::ostream &out, const Params &params);
 
 // Weighs the documents of a father against it, which sums their weights up in
 // the father's profile.
-void rocchio_weigh_documents(ClassData &father);
+void rocchio_weigh_documents(const Training &training, ClassData &father);
 
 // Sums up the same weights in the profile of each son, over its documents.
-void rocchio_sum_sons(ClassData &father);
+void rocchio_sum_sons(const Training &training, ClassData &father);
 
 // Sets the weights of the sons from these sums. What cannot be computed (a son
 // without documents in this run, a term that the father lacks, both possible
 // when earlier statistics were read) is a weight of 0.
-void rocchio_set_weights(ClassData &father);
+void rocchio_set_weights(const Params &params, ClassData &father);
 
 }  // namespace vek
 

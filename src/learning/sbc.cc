@@ -2,29 +2,26 @@
 
 #include <cstdint>
 
-#include "classes/termset.h"
-#include "evaluation/testing.h"
-#include "run/log.h"
-
 namespace vek {
 
-void train_sbc() {
-  for (auto &[key, data] : class_table) {
-    if (data.sons.empty() || data.train_docs.empty())
-      continue;
-    logf_always(1,
-                "training S.B.C. on `%s' with %d documents: %d active terms.",
-                key.name.c_str(), static_cast<int>(data.train_docs.size()),
-                static_cast<int>(active_terms.size()));
-    sbc_set_weights(data);
-  }
-  clear_scorers();
+void train_sbc(const Training &training) {
+  for_each_father(training, "S.B.C.", sbc_set_weights);
 }
 
-void restore_sbc_weights() {
-  for (auto &[key, data] : class_table)
+WeightType sbc_scoring_weight(const ClassProfileEntry &entry,
+                              const Params & /*params*/) {
+  return entry.pos_weight;
+}
+
+void write_sbc_settings(std::ostream &out, const Params &params) {
+  out << "[SBC]\n"
+      << "Laplace           " << on_off(params.sbc.laplace) << '\n'
+      << "MaxSignif         " << params.sbc.max_signif << '\n';
+}
+
+void restore_sbc_weights(ClassTable &classes) {
+  for (auto &[key, data] : classes)
     sbc_set_weights(data);
-  clear_scorers();
 }
 
 void sbc_set_weights(ClassData &father) {

@@ -1,19 +1,14 @@
 #include "learning/winnow.h"
 
-#include <cassert>
 #include <cstdlib>
 #include <numeric>
+#include <string>
 #include <utility>
 
-#include "classes/termset.h"
-#include "evaluation/scoretable.h"
-#include "evaluation/testing.h"
-#include "intake/analyser.h"
+#include "base/progress.h"
+#include "base/require.h"
+#include "evaluation/thresholds.h"
 #include "learning/winnowpass.h"
-#include "params/params.h"
-#include "run/log.h"
-#include "run/progress.h"
-#include "store/database.h"
 
 namespace vek {
 namespace {
@@ -25,17 +20,19 @@ constexpr WeightType mean_without_documents = 10000.0;
 // Weighs the documents of a father against it and sums up what they weigh.
 // The strengths are not touched again during training. Returns how many terms
 // the documents have.
-std::size_t weigh_documents(ClassData &father) {
+std::size_t weigh_documents(const Training &training, ClassData &father) {
   std::size_t nr_terms = 0;
-  Progress progress("Winnow Initialization", class_table.get_name(father.id),
+  Progress progress(training.messages, "Winnow Initialization",
+                    training.classes.get_name(father.id),
                     father.train_docs.size());
   for (const auto &[name, classes] : father.train_docs) {
-    DocProfile &doc = *data_base.get(name);
-    doc.weigh(father.id);
+    DocProfile &doc = *training.documents.get(name);
+    doc.weigh_and_add(father, training.params);
     nr_terms += doc.size();
     progress.count();
   }
-  father.profile.add_to_weight_sum(father.id);
+  for (const ClassProfile::Slot &slot : father.profile)
+    father.weight_sum += slot.entry.weight;
   return nr_terms;
 }
 
@@ -46,11 +43,12 @@ WeightType mean_weight_sum(const ClassData &father) {
   return mean == 0.0 ? mean_without_documents : mean;
 }
 
-std::vector<const std::string *> load_documents(WinnowPasses &passes,
+std::vector<const std::string *> load_documents(const Training &training,
+                                                WinnowPasses &passes,
                                                 const ClassData &father) {
   std::vector<const std::string *> names;
   for (const auto &[name, classes] : father.train_docs) {
-    passes.add_document(*data_base.get(name), classes);
+    passes.add_document(*training.documents.get(name), classes);
     names.push_back(&name);
   }
   return names;
@@ -64,11 +62,16 @@ struct PassCounts {
 // Counts documents, not updates: one that changed several sons counts once, on
 // the side of the last.
 PassCounts winnow_pass(WinnowPasses &passes,
-                       const std::vector<const std::string *> &names) {
+                       const std::vector<const std::string *> &names,
+                       Messages &messages) {
   PassCounts counts;
+  const bool names_are_told = messages.wants(4);
   for (const std::uint32_t number :
        make_training_list(static_cast<std::uint32_t>(names.size()))) {
-    logf_if_verbose(4, "training document `%s'", names[number]->c_str());
+    if (names_are_told) {
+      messages.detail(
+          4, formatted("training document `%s'", names[number]->c_str()));
+    }
     const int result = passes.train_document(number);
     if (result >= 1)
       ++counts.promotions;
@@ -80,47 +83,63 @@ PassCounts winnow_pass(WinnowPasses &passes,
 
 }  // namespace
 
-void train_winnow() {
-  for (auto &[key, data] : class_table) {
-    if (data.sons.empty() || data.train_docs.empty())
-      continue;
-    logf_always(1,
-                "training winnow on `%s' with %d documents: %d active terms.",
-                key.name.c_str(), static_cast<int>(data.train_docs.size()),
-                static_cast<int>(active_terms.size()));
-    logf_if_verbose(1, "trained %d iterations",
-                    static_cast<int>(train_winnow_class(data)));
-  }
-  clear_scorers();
-  set_leaf_thresholds();
-  data_base.clear_cache();
+void train_winnow(const Training &training) {
+  for_each_father(training, "winnow", [&](ClassData &father) {
+    training.messages.detail(1,
+                             formatted("trained %u iterations",
+                                       train_winnow_class(training, father)));
+  });
+  set_leaf_thresholds(training.classes, training.documents.cache(),
+                      winnow_scoring, training.params, training.scores,
+                      training.messages);
+  training.documents.clear_cache();
 }
 
-unsigned train_winnow_class(ClassData &father) {
-  const std::size_t nr_terms = weigh_documents(father);
+WeightType winnow_scoring_weight(const ClassProfileEntry &entry,
+                                 const Params &params) {
+  return params.winnow.negative_weights ? entry.pos_weight - entry.neg_weight
+                                        : entry.pos_weight;
+}
+
+void write_winnow_settings(std::ostream &out, const Params &params) {
+  const WinnowParams &settings = params.winnow;
+  out << "[Winnow]\n"
+      << "Alpha             " << settings.alpha << '\n'
+      << "Beta              " << settings.beta << '\n'
+      << "ThetaPlus         " << settings.theta_plus << '\n'
+      << "ThetaMin          " << settings.theta_min << '\n'
+      << "MaxIters          " << settings.max_iters
+      << '\n'
+      // One column short of the others; logs are compared byte for byte.
+      << "NegativeWeights  " << on_off(settings.negative_weights) << '\n';
+}
+
+unsigned train_winnow_class(const Training &training, ClassData &father) {
+  const std::size_t nr_terms = weigh_documents(training, father);
   for (ClassData *son_P : father.sons)
-    init_winnow_weights(*son_P);
-  WinnowPasses passes(father);
+    init_winnow_weights(training.params, *son_P);
+  WinnowPasses passes(father, training.params);
   passes.reserve(father.train_docs.size(), nr_terms);
-  const std::vector<const std::string *> names = load_documents(passes, father);
+  const std::vector<const std::string *> names =
+      load_documents(training, passes, father);
   unsigned nr_passes = 0;
-  while (nr_passes < params.winnow().max_iters()) {
+  while (nr_passes < training.params.winnow.max_iters) {
     ++nr_passes;
-    const PassCounts counts = winnow_pass(passes, names);
-    logf_always(3, "iteration %d: %d promotions, %d demotions",
-                static_cast<int>(nr_passes), counts.promotions,
-                counts.demotions);
+    const PassCounts counts = winnow_pass(passes, names, training.messages);
+    training.messages.note(
+        3, formatted("iteration %u: %d promotions, %d demotions", nr_passes,
+                     counts.promotions, counts.demotions));
     if (counts.promotions + counts.demotions == 0)
       break;
   }
   return nr_passes;
 }
 
-void init_winnow_weights(ClassData &data) {
-  assert(data.father != 0);
+void init_winnow_weights(const Params &params, ClassData &data) {
+  require(data.father != nullptr, "data.father != 0");
   WeightType pos = start_pos_weight;
   WeightType neg = start_neg_weight;
-  if (params.normalize() != Normalize::linear) {
+  if (params.normalize != Normalize::linear) {
     const WeightType mean = mean_weight_sum(*data.father);
     pos = start_pos_weight / mean;
     neg = start_neg_weight / mean;
@@ -140,25 +159,6 @@ std::vector<std::uint32_t> make_training_list(std::uint32_t nr_docs) {
     std::swap(list[i], list[other]);
   }
   return list;
-}
-
-bool classify_new_document(const std::string &name, Ranks &ranks) {
-  ClassData &top = class_table.get_data(0);
-  DocProfile &doc = *document_profile(name);
-  Ranks scores_of_sons;
-  score_sons(&top, doc, scores_of_sons);
-  scores_of_sons.sort();
-  const bool significant = classify_document(&top, doc, scores_of_sons, ranks);
-  const char *verdict = significant ? "significant" : "not significant";
-  if (ranks.empty()) {
-    logf_if_verbose(4, "classified document `%s' in no class (%s)",
-                    name.c_str(), verdict);
-  } else {
-    const std::uint32_t id = ranks.front().class_data_P->id;
-    logf_if_verbose(4, "classified document `%s' in class `%s' (%s)",
-                    name.c_str(), class_table.get_name(id).c_str(), verdict);
-  }
-  return significant;
 }
 
 }  // namespace vek

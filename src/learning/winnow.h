@@ -12,35 +12,41 @@
 #define VEK_LEARNING_WINNOW_H_
 
 #include <cstdint>
-#include <string>
+#include <ostream>
 #include <vector>
 
 #include "classes/classtab.h"
-#include "evaluation/ranks.h"
+#include "evaluation/scoring.h"
+#include "learning/training.h"
 
 namespace vek {
 
 // Trains all fathers of the class table, then sets the thresholds of all
-// leaves. The statistics must be complete.
-void train_winnow();
+// leaves.
+void train_winnow(const Training &training);
+
+// The difference of an entry's two weights, or the positive one alone without
+// negative weights.
+WeightType winnow_scoring_weight(const ClassProfileEntry &entry,
+                                 const Params &params);
+inline constexpr Scoring winnow_scoring = {Scoring::Kind::sum,
+                                           winnow_scoring_weight};
+
+void write_winnow_settings(std::ostream &out, const Params &params);
 
 // Trains the sons of one father against each other. Returns the number of
 // passes made, that which found nothing to do included.
-unsigned train_winnow_class(ClassData &father);
+unsigned train_winnow_class(const Training &training, ClassData &father);
 
 // Gives a class with a father its start weights: 2.0 and 1.0, divided by the
 // mean weight sum of the father's documents unless weights are normalised
 // linearly. A father without documents, or whose documents weigh nothing,
 // counts as having the mean 10000.0.
-void init_winnow_weights(ClassData &data);
+void init_winnow_weights(const Params &params, ClassData &data);
 
 // The order of a pass: 0 to nr_docs - 1, shuffled by lrand48(), which nobody
 // seeds, so that each run repeats the last and each pass has its own order.
 std::vector<std::uint32_t> make_training_list(std::uint32_t nr_docs);
-
-// Classifies a document against the whole hierarchy, under any algorithm,
-// analysing it first if need be. Returns whether it is significant.
-bool classify_new_document(const std::string &name, Ranks &ranks);
 
 }  // namespace vek
 

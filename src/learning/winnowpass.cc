@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
-#include "evaluation/packs.h"
-#include "evaluation/testing.h"
-#include "params/params.h"
+#include "base/simd.h"
+#include "learning/winnow.h"
 
 namespace vek {
 namespace {
@@ -52,43 +52,33 @@ struct Judgement {
 };
 
 // Every score lies on the right side of its theta, and certainly so.
-template <int nr_bytes>
-[[gnu::always_inline]] inline bool all_right(const Judgement &j) {
-  constexpr std::size_t width = pack_width<WeightType, nr_bytes>;
-  Pack<std::int64_t, nr_bytes> are_right = ~Pack<std::int64_t, nr_bytes>{};
+VEK_FOR_EACH_PROCESSOR bool all_are_right(const Judgement &j) {
+  constexpr std::size_t width = pack_width<WeightType>;
+  Pack<std::int64_t> are_right = ~Pack<std::int64_t>{};
   for (std::size_t k = 0; k < j.size; k += width) {
-    Pack<float, nr_bytes / 2> scores;
-    Pack<WeightType, nr_bytes> thetas;
-    Pack<WeightType, nr_bytes> sides;
-    Pack<WeightType, nr_bytes> largest;
-    load_pack(scores, j.scores + k);
+    float rough[width];
+    std::memcpy(rough, j.scores + k, sizeof rough);
+    const Pack<WeightType> scores = {rough[0], rough[1], rough[2], rough[3]};
+    Pack<WeightType> thetas;
+    Pack<WeightType> sides;
+    Pack<WeightType> largest;
     load_pack(thetas, j.thetas + k);
     load_pack(sides, j.sides + k);
     load_pack(largest, j.largest_weights + k);
-    const auto distances =
-        (__builtin_convertvector(scores, decltype(thetas)) - thetas) * sides;
-    are_right &= distances > largest * j.error.relative + j.error.absolute;
+    are_right &= (scores - thetas) * sides >
+                 largest * j.error.relative + j.error.absolute;
   }
   bool result = true;
-  for (std::size_t k = 0; k < width; ++k)
-    result &= are_right[k] != 0;
+  for (std::size_t i = 0; i < width; ++i)
+    result &= are_right[i] != 0;
   return result;
 }
 
-bool all_right_in_16_bytes(const Judgement &judgement) {
-  return all_right<16>(judgement);
-}
-VEK_WIDE_PACKS bool all_right_in_32_bytes(const Judgement &judgement) {
-  return all_right<32>(judgement);
-}
-auto *const all_are_right =
-    has_wide_packs() ? all_right_in_32_bytes : all_right_in_16_bytes;
-
 }  // namespace
 
-WinnowPasses::WinnowPasses(ClassData &father)
+WinnowPasses::WinnowPasses(ClassData &father, const Params &params)
     : sons_(father.sons),
-      uses_neg_(params.winnow().negative_weights()),
+      params_(params),
       index_(sons_),
       weights_(index_.nr_places()),
       // Behind the sons stands what is right with any score.
@@ -117,7 +107,7 @@ void WinnowPasses::add_document(const DocProfile &doc,
   WeightType strengths = 0.0;
   for (const DocProfileEntry &entry : doc) {
     const std::uint32_t row = index_.row_of(entry.term);
-    if (row == TermIndex::no_row)
+    if (row == InvertedIndex::no_row)
       continue;
     terms_.push_back({row, static_cast<float>(entry.weight)});
     strengths += std::abs(entry.weight);
@@ -136,7 +126,7 @@ void WinnowPasses::add_document(const DocProfile &doc,
 void WinnowPasses::set_member(std::uint32_t son, bool is_member) {
   sides_[son] = is_member ? 1.0 : -1.0;
   thetas_[son] =
-      is_member ? params.winnow().theta_plus() : params.winnow().theta_min();
+      is_member ? params_.winnow.theta_plus : params_.winnow.theta_min;
 }
 
 int WinnowPasses::train_document(std::uint32_t number) {
@@ -197,14 +187,15 @@ bool WinnowPasses::score_roughly(const Document &doc, Terms terms) {
 // By the score proper. One that is not a number compares false both times: no
 // update.
 bool WinnowPasses::is_wrong(std::uint32_t son, const DocProfile &doc) const {
-  const WeightType score = score_document(sons_[son]->profile, doc);
+  const WeightType score =
+      score_document(winnow_scoring, params_, sons_[son]->profile, doc);
   return is_member(son) ? score <= thetas_[son] : score >= thetas_[son];
 }
 
 void WinnowPasses::update(std::uint32_t son, const DocProfile &doc) {
   const bool promoted = is_member(son);
-  const double alpha = params.winnow().alpha();
-  const double beta = params.winnow().beta();
+  const double alpha = params_.winnow.alpha;
+  const double beta = params_.winnow.beta;
   const double pos_factor = promoted ? alpha : beta;
   const double neg_factor = promoted ? beta : alpha;
   ClassProfile &profile = sons_[son]->profile;
@@ -230,8 +221,7 @@ void WinnowPasses::update(std::uint32_t son, const DocProfile &doc) {
 // To be called for an entry that has changed.
 void WinnowPasses::set_weight(std::size_t place, std::uint32_t son,
                               const ClassProfileEntry &entry) {
-  const WeightType weight =
-      uses_neg_ ? entry.pos_weight - entry.neg_weight : entry.pos_weight;
+  const WeightType weight = winnow_scoring_weight(entry, params_);
   weights_[place] = static_cast<float>(weight);
   largest_weights_[son] = std::max(largest_weights_[son], std::abs(weight));
   largest_weight_ = std::max(largest_weight_, largest_weights_[son]);

@@ -4,29 +4,34 @@
 // each document's terms are translated once into rows, and the weights of the
 // sons that know a term stand next to each other. The sons do not see each
 // other's weights, so scoring all of them before updating any gives what
-// taking them one by one gives, to the last bit. A pass only asks on which side
-// of a theta a score lies, and for nearly all of them single precision tells.
+// taking them one by one gives, to the last bit.
+//
+// Mixed precision: a pass only asks on which side of a theta a score lies, and
+// for nearly all of them single precision tells, with a bound on its error.
 #ifndef VEK_LEARNING_WINNOWPASS_H_
 #define VEK_LEARNING_WINNOWPASS_H_
 
-#include <boost/unordered/unordered_flat_map.hpp>
+#include <tsl/robin_map.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
 
+#include "base/helpers.h"
 #include "classes/classtab.h"
-#include "evaluation/termindex.h"
+#include "evaluation/invertedindex.h"
 #include "intake/docprof.h"
-#include "run/helpers.h"
+#include "params/params.h"
 
 namespace vek {
 
 class WinnowPasses {
  public:
-  // Starts from the sons' weights and counters as they are. What training
+  // Starts from the sons' weights and counters as they are. The parameters must
+  // outlive the passes. What training
   // changes stands in their profiles at once; nobody else may change those.
-  explicit WinnowPasses(ClassData &father);
+  WinnowPasses(ClassData &father, const Params &params);
 
   // Makes room for so many documents and terms of documents in all.
   void reserve(std::size_t nr_docs, std::size_t nr_terms);
@@ -64,9 +69,9 @@ class WinnowPasses {
                   const ClassProfileEntry &entry);
 
   const std::vector<ClassData *> &sons_;
-  const bool uses_neg_;  // for scores
-  TermIndex index_;
-  boost::unordered_flat_map<const ClassData *, std::uint32_t> son_numbers_;
+  const Params &params_;
+  InvertedIndex index_;
+  tsl::robin_map<const ClassData *, std::uint32_t> son_numbers_;
   // By place of the index: what the score multiplies with, rounded.
   std::vector<float> weights_;
   // All documents, one behind the other. A document's terms are rounded, and

@@ -1,20 +1,20 @@
 // All values of a run that a user can tune.
 //
-// The global record is complete with its defaults before the entry point. The
-// resource file (rcparser.h) writes to it, then the command line does, and
-// from then on every unit only reads. Nothing here checks a range or how two
-// parameters go together: what the resource file can express is stored, so
-// that no number is negative, NaN or infinite, and no more is promised.
+// The record is complete with its defaults from the start. The resource file
+// (rcparser.h) writes to it, then the command line does, and from then on it is
+// only read. Nothing here checks a range or how two parameters go together:
+// what the resource file can express is stored, so that no number is negative,
+// NaN or infinite, and no more is promised.
 #ifndef VEK_PARAMS_PARAMS_H_
 #define VEK_PARAMS_PARAMS_H_
 
 #include <cstdint>
 #include <string>
-#include <utility>
+#include <string_view>
 
 namespace vek {
 
-// The trainer of the run. The command line speaks in the same numbers.
+// The classifier of the run; learning/classifiers.h has the record of each.
 enum class Algorithm : std::uint32_t { winnow = 0, rocchio = 1, sbc = 2 };
 
 // The measure that selects terms.
@@ -37,170 +37,83 @@ enum class Strength : std::uint32_t {
   ltc = 7
 };
 
-// The name of a value in the settings text.
-const char *report_name(Algorithm value);
-const char *report_name(TermSelection value);
-const char *report_name(Normalize value);
-const char *report_name(Strength value);
+// What the settings text says for a flag.
+const char *on_off(bool value);
 
-class WinnowParams {
- public:
+struct WinnowParams {
   // Upper bound of the passes over the documents of one father.
-  std::uint32_t max_iters() const { return max_iters_; }
-  void set_max_iters(std::uint32_t value) { max_iters_ = value; }
+  std::uint32_t max_iters = 5;
   // Factors that raise and lower a weight.
-  double alpha() const { return alpha_; }
-  void set_alpha(double value) { alpha_ = value; }
-  double beta() const { return beta_; }
-  void set_beta(double value) { beta_ = value; }
-  // A member of the class must score above theta_plus(), a non-member below
-  // theta_min().
-  double theta_plus() const { return theta_plus_; }
-  void set_theta_plus(double value) { theta_plus_ = value; }
-  double theta_min() const { return theta_min_; }
-  void set_theta_min(double value) { theta_min_ = value; }
+  double alpha = 1.1;
+  double beta = 0.9;
+  // A member of the class must score above theta_plus, a non-member below
+  // theta_min.
+  double theta_plus = 1.0;
+  double theta_min = 1.0;
   // Whether a score is the difference of two weights or the positive one alone.
-  bool negative_weights() const { return negative_weights_; }
-  void set_negative_weights(bool value) { negative_weights_ = value; }
-
- private:
-  std::uint32_t max_iters_ = 5;
-  double alpha_ = 1.1;
-  double beta_ = 0.9;
-  double theta_plus_ = 1.0;
-  double theta_min_ = 1.0;
-  bool negative_weights_ = true;
+  bool negative_weights = true;
 };
 
-class RocchioParams {
- public:
+struct RocchioParams {
   // Accepted and stored; nothing reads it.
-  bool pivoted() const { return pivoted_; }
-  void set_pivoted(bool value) { pivoted_ = value; }
+  bool pivoted = false;
   // Factors of the class's own documents and of the others.
-  double beta() const { return beta_; }
-  void set_beta(double value) { beta_ = value; }
-  double gamma() const { return gamma_; }
-  void set_gamma(double value) { gamma_ = value; }
+  double beta = 16.0;
+  double gamma = 4.0;
   // Whether a weight below zero is kept.
-  bool negative_weights() const { return negative_weights_; }
-  void set_negative_weights(bool value) { negative_weights_ = value; }
-
- private:
-  bool pivoted_ = false;
-  double beta_ = 16.0;
-  double gamma_ = 4.0;
-  bool negative_weights_ = false;
+  bool negative_weights = false;
 };
 
 // Both are reported only.
-class SbcParams {
- public:
-  std::uint32_t max_signif() const { return max_signif_; }
-  void set_max_signif(std::uint32_t value) { max_signif_ = value; }
-  bool laplace() const { return laplace_; }
-  void set_laplace(bool value) { laplace_ = value; }
-
- private:
-  std::uint32_t max_signif_ = 10000;
-  bool laplace_ = true;
+struct SbcParams {
+  std::uint32_t max_signif = 10000;
+  bool laplace = true;
 };
 
-class Params {
- public:
+struct Params {
   // Where vocabulary, class files and profile store lie.
-  std::string data_directory() const { return data_directory_; }
-  void set_data_directory(std::string value) {
-    data_directory_ = std::move(value);
-  }
+  std::string data_directory = "data";
   // The parent of the directory that polling looks at.
-  std::string input_directory() const { return input_directory_; }
-  void set_input_directory(std::string value) {
-    input_directory_ = std::move(value);
-  }
+  std::string input_directory = "input";
   // Where the document files lie.
-  std::string file_directory() const { return file_directory_; }
-  void set_file_directory(std::string value) {
-    file_directory_ = std::move(value);
-  }
+  std::string file_directory = "files";
   // The command line of the analyser. Empty: no process, and the document
   // files hold analysis text themselves.
-  std::string analyser() const { return analyser_; }
-  void set_analyser(std::string value) { analyser_ = std::move(value); }
+  std::string analyser = "analyse.pl";
 
   // The number f of the F-measure.
-  double f_parameter() const { return f_parameter_; }
-  void set_f_parameter(double value) { f_parameter_ = value; }
+  double f_parameter = 1.0;
   // The threshold of term selection; 0 lets every term through.
-  double selectivity() const { return selectivity_; }
-  void set_selectivity(double value) { selectivity_ = value; }
+  double selectivity = 0.16;
 
-  Algorithm algorithm() const { return algorithm_; }
-  void set_algorithm(Algorithm value) { algorithm_ = value; }
-  TermSelection term_selection() const { return term_selection_; }
-  void set_term_selection(TermSelection value) { term_selection_ = value; }
+  Algorithm algorithm = Algorithm::winnow;
+  TermSelection term_selection = TermSelection::uncertainty;
 
   // Read the class files at the start and write them at the end.
-  bool incremental() const { return incremental_; }
-  void set_incremental(bool value) { incremental_ = value; }
+  bool incremental = false;
   // Write the class files at the end.
-  bool save() const { return save_; }
-  void set_save(bool value) { save_ = value; }
+  bool save = false;
   // Divide scores by the class's threshold, and compare them with 1.0.
-  bool scaling() const { return scaling_; }
-  void set_scaling(bool value) { scaling_ = value; }
+  bool scaling = true;
 
-  // A ranking is cut to max_ranks() entries; min_ranks() entries stay in it
-  // even below their threshold. The second may be the greater one.
-  std::uint32_t max_ranks() const { return max_ranks_; }
-  void set_max_ranks(std::uint32_t value) { max_ranks_ = value; }
-  std::uint32_t min_ranks() const { return min_ranks_; }
-  void set_min_ranks(std::uint32_t value) { min_ranks_ = value; }
+  // A ranking is cut to max_ranks entries; min_ranks entries stay in it even
+  // below their threshold. The second may be the greater one.
+  std::uint32_t max_ranks = 1;
+  std::uint32_t min_ranks = 1;
 
-  Normalize normalize() const { return normalize_; }
-  void set_normalize(Normalize value) { normalize_ = value; }
-  Strength strength() const { return strength_; }
-  void set_strength(Strength value) { strength_ = value; }
+  Normalize normalize = Normalize::off;
+  Strength strength = Strength::freq;
 
-  // The records of the algorithms, whichever of them is selected.
-  const WinnowParams &winnow() const { return winnow_; }
-  WinnowParams &winnow() { return winnow_; }
-  const RocchioParams &rocchio() const { return rocchio_; }
-  RocchioParams &rocchio() { return rocchio_; }
-  const SbcParams &sbc() const { return sbc_; }
-  SbcParams &sbc() { return sbc_; }
+  // The records of the classifiers, whichever of them is selected.
+  WinnowParams winnow;
+  RocchioParams rocchio;
+  SbcParams sbc;
 
-  // The general settings and those of the selected algorithm, a line each,
-  // every line with its end. The keys of the lines are the labels that the
-  // documents use.
-  std::string settings_text() const;
-
-  // Logs settings_text() by log_always() at `level`; the log's own line end
-  // makes a blank line close the report.
-  void print_parameters(unsigned level) const;
-
- private:
-  std::string data_directory_ = "data";
-  std::string input_directory_ = "input";
-  std::string file_directory_ = "files";
-  std::string analyser_ = "analyse.pl";
-  double f_parameter_ = 1.0;
-  double selectivity_ = 0.16;
-  Algorithm algorithm_ = Algorithm::winnow;
-  TermSelection term_selection_ = TermSelection::uncertainty;
-  bool incremental_ = false;
-  bool save_ = false;
-  bool scaling_ = true;
-  std::uint32_t max_ranks_ = 1;
-  std::uint32_t min_ranks_ = 1;
-  Normalize normalize_ = Normalize::off;
-  Strength strength_ = Strength::freq;
-  WinnowParams winnow_;
-  RocchioParams rocchio_;
-  SbcParams sbc_;
+  // The general settings, a line each, every line with its end, under the
+  // classifier's name. The keys of the lines are the labels that the documents
+  // use.
+  std::string general_text(std::string_view algorithm_name) const;
 };
-
-extern Params params;
 
 }  // namespace vek
 

@@ -2,10 +2,6 @@
 
 #include <array>
 #include <cmath>
-#include <utility>
-
-#include "run/helpers.h"
-#include "run/log.h"
 
 namespace vek {
 namespace {
@@ -13,85 +9,68 @@ namespace {
 using Option = ChoiceValue::Option;
 
 constexpr std::array training_options = {
-    Option{Token::winnow,
-           [](Params &p) { p.set_algorithm(Algorithm::winnow); }},
-    Option{Token::rocchio,
-           [](Params &p) { p.set_algorithm(Algorithm::rocchio); }},
-    Option{Token::sbc, [](Params &p) { p.set_algorithm(Algorithm::sbc); }},
+    Option{Token::winnow, [](Params &p) { p.algorithm = Algorithm::winnow; }},
+    Option{Token::rocchio, [](Params &p) { p.algorithm = Algorithm::rocchio; }},
+    Option{Token::sbc, [](Params &p) { p.algorithm = Algorithm::sbc; }},
 };
 
 constexpr std::array selection_options = {
     Option{Token::none,
-           [](Params &p) { p.set_term_selection(TermSelection::none); }},
+           [](Params &p) { p.term_selection = TermSelection::none; }},
     Option{Token::uncertainty,
-           [](Params &p) { p.set_term_selection(TermSelection::uncertainty); }},
+           [](Params &p) { p.term_selection = TermSelection::uncertainty; }},
     Option{Token::termfreq,
-           [](Params &p) { p.set_term_selection(TermSelection::termfreq); }},
+           [](Params &p) { p.term_selection = TermSelection::termfreq; }},
     Option{Token::docfreq,
-           [](Params &p) { p.set_term_selection(TermSelection::docfreq); }},
+           [](Params &p) { p.term_selection = TermSelection::docfreq; }},
     Option{Token::tfidf,
-           [](Params &p) { p.set_term_selection(TermSelection::tfidf); }},
+           [](Params &p) { p.term_selection = TermSelection::tfidf; }},
     Option{Token::infogain,
-           [](Params &p) { p.set_term_selection(TermSelection::infogain); }},
+           [](Params &p) { p.term_selection = TermSelection::infogain; }},
 };
 
 constexpr std::array strength_options = {
-    Option{Token::freq, [](Params &p) { p.set_strength(Strength::freq); }},
-    Option{Token::boolean,
-           [](Params &p) { p.set_strength(Strength::boolean); }},
-    Option{Token::sqrt, [](Params &p) { p.set_strength(Strength::sqrt); }},
-    Option{Token::ltc, [](Params &p) { p.set_strength(Strength::ltc); }},
+    Option{Token::freq, [](Params &p) { p.strength = Strength::freq; }},
+    Option{Token::boolean, [](Params &p) { p.strength = Strength::boolean; }},
+    Option{Token::sqrt, [](Params &p) { p.strength = Strength::sqrt; }},
+    Option{Token::ltc, [](Params &p) { p.strength = Strength::ltc; }},
 };
 
 constexpr std::array normalize_options = {
-    Option{Token::off, [](Params &p) { p.set_normalize(Normalize::off); }},
-    Option{Token::linear,
-           [](Params &p) { p.set_normalize(Normalize::linear); }},
-    Option{Token::vector,
-           [](Params &p) { p.set_normalize(Normalize::vector); }},
+    Option{Token::off, [](Params &p) { p.normalize = Normalize::off; }},
+    Option{Token::linear, [](Params &p) { p.normalize = Normalize::linear; }},
+    Option{Token::vector, [](Params &p) { p.normalize = Normalize::vector; }},
     // Another name of the same thing.
-    Option{Token::cosine,
-           [](Params &p) { p.set_normalize(Normalize::vector); }},
+    Option{Token::cosine, [](Params &p) { p.normalize = Normalize::vector; }},
 };
 
 constexpr std::array general_keys = {
-    ResourceKey{Token::fparameter, RationalValue{[](Params &p, double v) {
-                  p.set_f_parameter(v);
-                }}},
-    ResourceKey{Token::selectivity, RationalValue{[](Params &p, double v) {
-                  p.set_selectivity(v);
-                }}},
-    ResourceKey{Token::maxranks, NumberValue{[](Params &p, std::uint32_t v) {
-                  p.set_max_ranks(v);
-                }}},
-    ResourceKey{Token::minranks, NumberValue{[](Params &p, std::uint32_t v) {
-                  p.set_min_ranks(v);
-                }}},
+    ResourceKey{Token::fparameter,
+                RationalValue{[](Params &p) { return &p.f_parameter; }}},
+    ResourceKey{Token::selectivity,
+                RationalValue{[](Params &p) { return &p.selectivity; }}},
+    ResourceKey{Token::maxranks,
+                NumberValue{[](Params &p) { return &p.max_ranks; }}},
+    ResourceKey{Token::minranks,
+                NumberValue{[](Params &p) { return &p.min_ranks; }}},
     ResourceKey{Token::training, ChoiceValue{"Training algorithm name expected",
                                              training_options}},
     ResourceKey{Token::termselection,
                 ChoiceValue{"Term selection algorithm name expected",
                             selection_options}},
     ResourceKey{Token::incremental,
-                OnOffValue{[](Params &p, bool v) { p.set_incremental(v); }}},
-    ResourceKey{Token::save,
-                OnOffValue{[](Params &p, bool v) { p.set_save(v); }}},
+                OnOffValue{[](Params &p) { return &p.incremental; }}},
+    ResourceKey{Token::save, OnOffValue{[](Params &p) { return &p.save; }}},
     ResourceKey{Token::scaling,
-                OnOffValue{[](Params &p, bool v) { p.set_scaling(v); }}},
-    ResourceKey{Token::datadirectory, StringValue{[](Params &p, std::string v) {
-                  p.set_data_directory(std::move(v));
-                }}},
+                OnOffValue{[](Params &p) { return &p.scaling; }}},
+    ResourceKey{Token::datadirectory,
+                StringValue{[](Params &p) { return &p.data_directory; }}},
     ResourceKey{Token::inputdirectory,
-                StringValue{[](Params &p, std::string v) {
-                  p.set_input_directory(std::move(v));
-                }}},
-    ResourceKey{Token::filedirectory, StringValue{[](Params &p, std::string v) {
-                  p.set_file_directory(std::move(v));
-                }}},
+                StringValue{[](Params &p) { return &p.input_directory; }}},
+    ResourceKey{Token::filedirectory,
+                StringValue{[](Params &p) { return &p.file_directory; }}},
     ResourceKey{Token::analyser_command,
-                StringValue{[](Params &p, std::string v) {
-                  p.set_analyser(std::move(v));
-                }}},
+                StringValue{[](Params &p) { return &p.analyser; }}},
     ResourceKey{Token::strength,
                 ChoiceValue{"Strength mode expected", strength_options}},
     ResourceKey{Token::normalize,
@@ -99,47 +78,38 @@ constexpr std::array general_keys = {
 };
 
 constexpr std::array winnow_keys = {
-    ResourceKey{Token::alpha, RationalValue{[](Params &p, double v) {
-                  p.winnow().set_alpha(v);
-                }}},
-    ResourceKey{Token::beta, RationalValue{[](Params &p, double v) {
-                  p.winnow().set_beta(v);
-                }}},
-    ResourceKey{Token::thetaplus, RationalValue{[](Params &p, double v) {
-                  p.winnow().set_theta_plus(v);
-                }}},
-    ResourceKey{Token::thetamin, RationalValue{[](Params &p, double v) {
-                  p.winnow().set_theta_min(v);
-                }}},
-    ResourceKey{Token::maxiters, NumberValue{[](Params &p, std::uint32_t v) {
-                  p.winnow().set_max_iters(v);
-                }}},
-    ResourceKey{Token::negativeweights, OnOffValue{[](Params &p, bool v) {
-                  p.winnow().set_negative_weights(v);
+    ResourceKey{Token::alpha,
+                RationalValue{[](Params &p) { return &p.winnow.alpha; }}},
+    ResourceKey{Token::beta,
+                RationalValue{[](Params &p) { return &p.winnow.beta; }}},
+    ResourceKey{Token::thetaplus,
+                RationalValue{[](Params &p) { return &p.winnow.theta_plus; }}},
+    ResourceKey{Token::thetamin,
+                RationalValue{[](Params &p) { return &p.winnow.theta_min; }}},
+    ResourceKey{Token::maxiters,
+                NumberValue{[](Params &p) { return &p.winnow.max_iters; }}},
+    ResourceKey{Token::negativeweights, OnOffValue{[](Params &p) {
+                  return &p.winnow.negative_weights;
                 }}},
 };
 
 constexpr std::array rocchio_keys = {
-    ResourceKey{Token::beta, RationalValue{[](Params &p, double v) {
-                  p.rocchio().set_beta(v);
+    ResourceKey{Token::beta,
+                RationalValue{[](Params &p) { return &p.rocchio.beta; }}},
+    ResourceKey{Token::gamma,
+                RationalValue{[](Params &p) { return &p.rocchio.gamma; }}},
+    ResourceKey{Token::negativeweights, OnOffValue{[](Params &p) {
+                  return &p.rocchio.negative_weights;
                 }}},
-    ResourceKey{Token::gamma, RationalValue{[](Params &p, double v) {
-                  p.rocchio().set_gamma(v);
-                }}},
-    ResourceKey{Token::negativeweights, OnOffValue{[](Params &p, bool v) {
-                  p.rocchio().set_negative_weights(v);
-                }}},
-    ResourceKey{Token::pivoted, OnOffValue{[](Params &p, bool v) {
-                  p.rocchio().set_pivoted(v);
-                }}},
+    ResourceKey{Token::pivoted,
+                OnOffValue{[](Params &p) { return &p.rocchio.pivoted; }}},
 };
 
 constexpr std::array sbc_keys = {
     ResourceKey{Token::laplace,
-                OnOffValue{[](Params &p, bool v) { p.sbc().set_laplace(v); }}},
-    ResourceKey{Token::maxsignif, NumberValue{[](Params &p, std::uint32_t v) {
-                  p.sbc().set_max_signif(v);
-                }}},
+                OnOffValue{[](Params &p) { return &p.sbc.laplace; }}},
+    ResourceKey{Token::maxsignif,
+                NumberValue{[](Params &p) { return &p.sbc.max_signif; }}},
 };
 
 constexpr std::array section_table = {
@@ -169,12 +139,10 @@ std::span<const ResourceSection> resource_sections() {
   return section_table;
 }
 
-RcParser::RcParser(Params *params_P, std::istream &input, const char *file_name)
-    : Scanner(Mode::resource, input, file_name), params_P_(params_P) {}
-
 RcParser::RcParser(Params *params_P, std::string_view input,
-                   const char *file_name)
-    : Scanner(Mode::resource, input, file_name), params_P_(params_P) {}
+                   const char *file_name, Messages &messages)
+    : Scanner(Mode::resource, input, file_name, messages),
+      params_P_(params_P) {}
 
 // file: section*
 void RcParser::parse() {
@@ -228,7 +196,7 @@ void RcParser::parse_value(const OnOffValue &value) {
     parse_error("`on' or `off' expected");
     return;
   }
-  value.set(*params_P_, is(Token::on));
+  *value.field(*params_P_) = is(Token::on);
   advance();
 }
 
@@ -237,7 +205,7 @@ void RcParser::parse_value(const NumberValue &value) {
     parse_error("number expected");
     return;
   }
-  value.set(*params_P_, int_value());
+  *value.field(*params_P_) = int_value();
   advance();
 }
 
@@ -249,7 +217,7 @@ void RcParser::parse_value(const RationalValue &value) {
     parse_error("rational number expected");
     return;
   }
-  value.set(*params_P_, number);
+  *value.field(*params_P_) = number;
   advance();
 }
 
@@ -258,7 +226,7 @@ void RcParser::parse_value(const StringValue &value) {
     parse_error("quoted string expected");
     return;
   }
-  value.set(*params_P_, std::string(text().substr(0, text().find('\0'))));
+  *value.field(*params_P_) = text().substr(0, text().find('\0'));
   advance();
 }
 
@@ -270,23 +238,6 @@ void RcParser::parse_value(const ChoiceValue &value) {
   }
   option_P->set(*params_P_);
   advance();
-}
-
-unsigned read_parameters(const std::string &path) {
-  std::string content;
-  const ReadResult result = read_file(path, content);
-  if (result == ReadResult::cannot_open) {
-    report_file_error(path, FileError::open_for_reading);
-    abort_run();
-  }
-  logf_if_verbose(2, "reading parameters from file `%s'", path.c_str());
-  if (result == ReadResult::read_error) {
-    report_file_error(path, FileError::read);
-    abort_run();
-  }
-  RcParser parser(&params, std::string_view(content), path.c_str());
-  parser.parse();
-  return parser.nr_errors();
 }
 
 }  // namespace vek

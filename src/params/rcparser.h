@@ -16,7 +16,6 @@
 #define VEK_PARAMS_RCPARSER_H_
 
 #include <cstdint>
-#include <istream>
 #include <span>
 #include <string>
 #include <string_view>
@@ -27,24 +26,24 @@
 
 namespace vek {
 
-// The kinds of value, each with what it does to the record.
+// The kinds of value, each with the field of the record that it sets.
 
 // "on" or "off".
 struct OnOffValue {
-  void (*set)(Params &settings, bool value);
+  bool *(*field)(Params &settings);
 };
 // An integer.
 struct NumberValue {
-  void (*set)(Params &settings, std::uint32_t value);
+  std::uint32_t *(*field)(Params &settings);
 };
 // An integer or a rational number.
 struct RationalValue {
-  void (*set)(Params &settings, double value);
+  double *(*field)(Params &settings);
 };
 // A quoted string, with its backslashes. It ends before its first byte 0, as
 // it would for the system when it is used as a path.
 struct StringValue {
-  void (*set)(Params &settings, std::string value);
+  std::string *(*field)(Params &settings);
 };
 // One of some keywords.
 struct ChoiceValue {
@@ -73,10 +72,9 @@ std::span<const ResourceSection> resource_sections();
 
 class RcParser : public Scanner {
  public:
-  // Will fill `params_P`, from a stream or from memory; `input`, `file_name`
-  // and the record must outlive the parser.
-  RcParser(Params *params_P, std::istream &input, const char *file_name);
-  RcParser(Params *params_P, std::string_view input, const char *file_name);
+  // Will fill `params_P`. The arguments must outlive the parser.
+  RcParser(Params *params_P, std::string_view input, const char *file_name,
+           Messages &messages);
 
   // Reads from the current token to the end. nr_errors() tells how it went.
   void parse();
@@ -96,11 +94,6 @@ class RcParser : public Scanner {
 
   Params *const params_P_;
 };
-
-// Reads the file `path` into the global record and returns the number of parse
-// errors, each of which has been reported. Ends the run if the file cannot be
-// opened or read.
-unsigned read_parameters(const std::string &path);
 
 }  // namespace vek
 

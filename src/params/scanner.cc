@@ -10,8 +10,7 @@
 #include <system_error>
 #include <utility>
 
-#include "run/helpers.h"
-#include "run/log.h"
+#include "base/helpers.h"
 
 namespace vek {
 namespace {
@@ -121,53 +120,6 @@ std::string_view string_text(std::string_view match) {
   return match.substr(0, place);
 }
 
-constexpr std::array keyword_table = {
-    Keyword{"alpha", Token::alpha},
-    Keyword{"analyser", Token::analyser_command},
-    Keyword{"beta", Token::beta},
-    Keyword{"bool", Token::boolean},
-    Keyword{"cosine", Token::cosine},
-    Keyword{"datadirectory", Token::datadirectory},
-    Keyword{"docfreq", Token::docfreq},
-    Keyword{"filedirectory", Token::filedirectory},
-    Keyword{"fparameter", Token::fparameter},
-    Keyword{"freq", Token::freq},
-    Keyword{"gamma", Token::gamma},
-    Keyword{"general", Token::general},
-    Keyword{"incremental", Token::incremental},
-    Keyword{"infogain", Token::infogain},
-    Keyword{"inputdirectory", Token::inputdirectory},
-    Keyword{"laplace", Token::laplace},
-    Keyword{"linear", Token::linear},
-    Keyword{"ltc", Token::ltc},
-    Keyword{"maxiters", Token::maxiters},
-    Keyword{"maxranks", Token::maxranks},
-    Keyword{"maxsignif", Token::maxsignif},
-    Keyword{"minranks", Token::minranks},
-    Keyword{"negativeweights", Token::negativeweights},
-    Keyword{"none", Token::none},
-    Keyword{"normalize", Token::normalize},
-    Keyword{"off", Token::off},
-    Keyword{"on", Token::on},
-    Keyword{"pivoted", Token::pivoted},
-    Keyword{"rocchio", Token::rocchio},
-    Keyword{"save", Token::save},
-    Keyword{"sbc", Token::sbc},
-    Keyword{"scaling", Token::scaling},
-    Keyword{"selectivity", Token::selectivity},
-    Keyword{"sqrt", Token::sqrt},
-    Keyword{"strength", Token::strength},
-    Keyword{"termfreq", Token::termfreq},
-    Keyword{"termselection", Token::termselection},
-    Keyword{"tfidf", Token::tfidf},
-    Keyword{"thetamin", Token::thetamin},
-    Keyword{"thetaplus", Token::thetaplus},
-    Keyword{"training", Token::training},
-    Keyword{"uncertainty", Token::uncertainty},
-    Keyword{"vector", Token::vector},
-    Keyword{"winnow", Token::winnow},
-    Keyword{"winnowfilter", Token::winnowfilter},
-};
 constexpr std::size_t longest_keyword = 15;
 
 static_assert(std::ranges::is_sorted(keyword_table, {}, &Keyword::text));
@@ -195,23 +147,12 @@ Token::Code identifier_code(std::string_view text) {
 
 }  // namespace
 
-std::span<const Keyword> keywords() {
-  return keyword_table;
-}
-
-Scanner::Scanner(Mode mode, std::string_view input, const char *file_name)
+Scanner::Scanner(Mode mode, std::string_view input, const char *file_name,
+                 Messages &messages)
     : next_P_(input.data()),
       end_P_(input.data() + input.size()),
       file_name_(file_name),
-      mode_(mode) {
-  advance();
-}
-
-Scanner::Scanner(Mode mode, std::istream &input, const char *file_name)
-    : owned_(read_rest(input)),
-      next_P_(owned_.data()),
-      end_P_(owned_.data() + owned_.size()),
-      file_name_(file_name),
+      messages_(messages),
       mode_(mode) {
   advance();
 }
@@ -347,13 +288,14 @@ void Scanner::parse_error(const char *message) {
     return;
   ++nr_errors_;
   const std::string found(at_end() ? "<EOF>" : text());
-  error("file %s: line %u: before `%s': parse error: %s", file_name_, line_,
-        found.c_str(), message);
+  messages_.error(formatted("file %s: line %u: before `%s': parse error: %s",
+                            file_name_, line_, found.c_str(), message));
   in_error_ = true;
 }
 
 void Scanner::lexical_error(const char *message) const {
-  error("file %s: line %u: %s", file_name_, line_, message);
+  messages_.error(
+      formatted("file %s: line %u: %s", file_name_, line_, message));
 }
 
 void Scanner::skip_to(int code) {

@@ -3,10 +3,10 @@
 // one token of lookahead, the line number, the report of an error and the
 // recovery from it.
 //
-// Input is memory with a length; a stream is read whole first. A token's text
-// is a view of that memory, no token has a limit of its length, and the time
-// is linear in the length of the input, whatever stands in it. Bytes are all
-// alike to the scanner; it knows no character set.
+// Input is memory with a length. A token's text is a view of that memory, no
+// token has a limit of its length, and the time is linear in the length of the
+// input, whatever stands in it. Bytes are all alike to the scanner; it knows no
+// character set.
 //
 // Lexical rules. The longest match wins, and among matches of one length the
 // first in the table. A blank is a tab, vertical tab, form feed, carriage
@@ -42,11 +42,12 @@
 #ifndef VEK_PARAMS_SCANNER_H_
 #define VEK_PARAMS_SCANNER_H_
 
+#include <array>
 #include <cstdint>
-#include <istream>
-#include <span>
 #include <string>
 #include <string_view>
+
+#include "base/messages.h"
 
 namespace vek {
 
@@ -117,19 +118,63 @@ struct Keyword {
 };
 
 // All keywords, ordered by their text.
-std::span<const Keyword> keywords();
+inline constexpr std::array keyword_table = {
+    Keyword{"alpha", Token::alpha},
+    Keyword{"analyser", Token::analyser_command},
+    Keyword{"beta", Token::beta},
+    Keyword{"bool", Token::boolean},
+    Keyword{"cosine", Token::cosine},
+    Keyword{"datadirectory", Token::datadirectory},
+    Keyword{"docfreq", Token::docfreq},
+    Keyword{"filedirectory", Token::filedirectory},
+    Keyword{"fparameter", Token::fparameter},
+    Keyword{"freq", Token::freq},
+    Keyword{"gamma", Token::gamma},
+    Keyword{"general", Token::general},
+    Keyword{"incremental", Token::incremental},
+    Keyword{"infogain", Token::infogain},
+    Keyword{"inputdirectory", Token::inputdirectory},
+    Keyword{"laplace", Token::laplace},
+    Keyword{"linear", Token::linear},
+    Keyword{"ltc", Token::ltc},
+    Keyword{"maxiters", Token::maxiters},
+    Keyword{"maxranks", Token::maxranks},
+    Keyword{"maxsignif", Token::maxsignif},
+    Keyword{"minranks", Token::minranks},
+    Keyword{"negativeweights", Token::negativeweights},
+    Keyword{"none", Token::none},
+    Keyword{"normalize", Token::normalize},
+    Keyword{"off", Token::off},
+    Keyword{"on", Token::on},
+    Keyword{"pivoted", Token::pivoted},
+    Keyword{"rocchio", Token::rocchio},
+    Keyword{"save", Token::save},
+    Keyword{"sbc", Token::sbc},
+    Keyword{"scaling", Token::scaling},
+    Keyword{"selectivity", Token::selectivity},
+    Keyword{"sqrt", Token::sqrt},
+    Keyword{"strength", Token::strength},
+    Keyword{"termfreq", Token::termfreq},
+    Keyword{"termselection", Token::termselection},
+    Keyword{"tfidf", Token::tfidf},
+    Keyword{"thetamin", Token::thetamin},
+    Keyword{"thetaplus", Token::thetaplus},
+    Keyword{"training", Token::training},
+    Keyword{"uncertainty", Token::uncertainty},
+    Keyword{"vector", Token::vector},
+    Keyword{"winnow", Token::winnow},
+    Keyword{"winnowfilter", Token::winnowfilter},
+};
 
 class Scanner {
  public:
   enum class Mode { resource, document };
 
   // Reads the first token, so that a message can come out here. `input`, which
-  // needs no terminating 0, and `file_name`, which messages give, must outlive
-  // the scanner.
-  Scanner(Mode mode, std::string_view input, const char *file_name);
-  // The same over a copy of what is left in the stream. An input error counts
-  // as its end.
-  Scanner(Mode mode, std::istream &input, const char *file_name);
+  // needs no terminating 0, `file_name`, which messages give, and the place for
+  // messages must outlive the scanner.
+  Scanner(Mode mode, std::string_view input, const char *file_name,
+          Messages &messages);
   Scanner(const Scanner &) = delete;
   Scanner &operator=(const Scanner &) = delete;
 
@@ -155,8 +200,8 @@ class Scanner {
     return false;
   }
 
-  // The text of the current token, valid as long as the input: until the
-  // scanner is destroyed if that was a stream. Empty at the end.
+  // The text of the current token, valid as long as the input. Empty at the
+  // end.
   std::string_view text() const { return text_; }
   // The number at the start of text(), up to the first comma: 1,000 is 1, as
   // 1,000.5 is. For number tokens; a text that starts with no digit gives 0.
@@ -199,10 +244,10 @@ class Scanner {
   bool skip_comment();
   void skip_blanks_and_comments();
 
-  const std::string owned_;  // the input, if it came as a stream
-  const char *next_P_;       // the first byte behind the current token
+  const char *next_P_;  // the first byte behind the current token
   const char *const end_P_;
   const char *const file_name_;
+  Messages &messages_;
   std::string_view text_;
   int token_ = Token::end;
   std::uint32_t line_ = 1;

@@ -3,22 +3,20 @@
 #include <cerrno>
 #include <ctime>
 
-#include "classes/classtab.h"
-#include "evaluation/scoretable.h"
+#include <locale>
+#include <sstream>
+#include <string>
+
+#include "base/helpers.h"
 #include "evaluation/testing.h"
-#include "intake/analyser.h"
+#include "evaluation/walk.h"
 #include "intake/collection.h"
-#include "learning/rocchio.h"
-#include "learning/sbc.h"
-#include "learning/winnow.h"
-#include "params/params.h"
+#include "learning/classifiers.h"
 #include "params/rcparser.h"
-#include "run/helpers.h"
-#include "run/log.h"
-#include "run/options.h"
+#include "run/globals.h"
 #include "run/polling.h"
-#include "run/statistics.h"
-#include "store/database.h"
+#include "run/profiling.h"
+#include "run/rankfile.h"
 
 namespace vek {
 namespace {
@@ -34,13 +32,18 @@ bool has_examples() {
   return !options.examples_directory().empty();
 }
 
+const Classifier &classifier() {
+  return classifier_of(params.algorithm);
+}
+
 bool learns() {
   return has_examples() && !options.xlearning();
 }
 
 void collect_examples() {
   log_always(1, "collecting documents...");
-  collect_documents(options.examples_directory().c_str());
+  collect_documents(options.examples_directory(), class_table,
+                    profile_document);
   data_base.sync();
   report_statistics();
 }
@@ -53,11 +56,15 @@ void merge_classes() {
 
 void learn() {
   log_if_verbose(3, "updating class profiles...");
-  class_table.update_profiles();
+  LogMessages messages;
+  const Training training = {class_table, data_base, active_terms,
+                             params,      scores,    messages};
+  update_profiles(training, term_table.size());
   report_statistics();
   scores.open(scores_name, OutputFile::Mode::truncate);
   scores << "****TRAIN\n";
-  train_classes();
+  classifier().train(training);
+  report_statistics();
 }
 
 // Nothing depends on the scores, so a full disk costs them and a word.
@@ -68,15 +75,21 @@ void close_scores() {
     warning("error writing file `%s'", scores_name);
 }
 
+void write_classes() {
+  data_base.write(classifier().files);
+}
+
 void test_and_poll() {
-  test_classes();
+  Walk walk(classifier().scoring, params);
+  test_classes(walk);
   close_scores();
   report_statistics();
-  if (class_table.has_training_documents()) {
-    data_base.write(params.incremental() || params.save());
+  if (class_table.has_training_documents() &&
+      (params.incremental || params.save)) {
+    write_classes();
   }
   data_base.sync();
-  poll_input();
+  poll_input(walk);
   data_base.save_vocabulary();
 }
 
@@ -108,7 +121,7 @@ int run(int argument_count, char **argument_vector) {
     learn();
   scores << "****TEST\n";
   if (options.xtesting()) {
-    data_base.write(true);
+    write_classes();
     close_scores();
   } else {
     test_and_poll();
@@ -140,63 +153,85 @@ void read_resources() {
     abort_run();
 }
 
+unsigned read_parameters(const std::string &path) {
+  std::string content;
+  const ReadResult result = read_file(path, content);
+  if (result == ReadResult::cannot_open) {
+    report_file_error(path, FileError::open_for_reading);
+    abort_run();
+  }
+  logf_if_verbose(2, "reading parameters from file `%s'", path.c_str());
+  if (result == ReadResult::read_error) {
+    report_file_error(path, FileError::read);
+    abort_run();
+  }
+  LogMessages messages;
+  RcParser parser(&params, content, path.c_str(), messages);
+  parser.parse();
+  return parser.nr_errors();
+}
+
 void merge_options() {
-  if (options.algorithm() != 0) {
-    params.set_algorithm(static_cast<Algorithm>(options.algorithm()));
-  }
-  if (!options.data_directory().empty()) {
-    params.set_data_directory(options.data_directory());
-  }
-  if (!options.input_directory().empty()) {
-    params.set_input_directory(options.input_directory());
-  }
+  if (options.algorithm() != Algorithm::winnow)
+    params.algorithm = options.algorithm();
+  if (!options.data_directory().empty())
+    params.data_directory = options.data_directory();
+  if (!options.input_directory().empty())
+    params.input_directory = options.input_directory();
 }
 
 void report_parameters() {
   log_always(3, "parameter settings are:");
-  params.print_parameters(3);
+  std::ostringstream section;
+  section.imbue(std::locale::classic());
+  classifier().write_settings(section, params);
+  // The log's own line end makes a blank line close the report.
+  log_always(3, params.general_text(classifier().name) + '\n' + section.str());
 }
 
 void start_analyser() {
-  analyser.open(params.analyser());
+  analyser.open(params.analyser, params.file_directory);
 }
 
 void open_data_base() {
-  data_base.open(params.data_directory());
+  data_base.open(params.data_directory);
+  const ClassFileFormat &format = classifier().files;
   if (learns()) {
-    data_base.read(params.incremental());
+    data_base.read(params.incremental, format);
     return;
   }
   // A directory without a model is told so where the model is needed.
-  data_base.read(has_examples() || data_base.has_classes());
-  data_base.read_weights();
-  if (params.algorithm() == Algorithm::sbc)
-    restore_sbc_weights();
+  data_base.read(has_examples() || data_base.has_classes(), format);
+  data_base.read_weights(format);
+  if (classifier().restore_weights != nullptr)
+    classifier().restore_weights(class_table);
 }
 
-void train_classes() {
-  switch (params.algorithm()) {
-    case Algorithm::winnow:
-      train_winnow();
-      break;
-    case Algorithm::rocchio:
-      train_rocchio();
-      break;
-    case Algorithm::sbc:
-      train_sbc();
-      break;
+void test_classes(Walk &walk) {
+  if (class_table.size() == 0)
+    return;
+  const ClassData &top = class_table.get_data(0);
+  if (top.sons.empty() || top.test_docs.empty())
+    return;
+  RankFile file(options.examples_directory(), RankFile::Announce::no);
+  logf_always(1, "testing %s on `%s' with %zu documents...", classifier().name,
+              class_table.get_name(0).c_str(), top.test_docs.size());
+  LogMessages messages;
+  if (!test_top_class({class_table, data_base, walk, params, messages},
+                      file.stream())) {
+    abort_run();
   }
-  report_statistics();
+  file.finish();
 }
 
-void poll_input() {
+void poll_input(Walk &walk) {
   if (!options.poll())
     return;
   if (class_table.size() < 2) {
     error("no class profiles available");
     abort_run();
   }
-  poll_directory(params.input_directory().c_str());
+  poll_directory(params.input_directory, walk);
 }
 
 }  // namespace vek

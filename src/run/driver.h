@@ -7,6 +7,10 @@
 #ifndef VEK_RUN_DRIVER_H_
 #define VEK_RUN_DRIVER_H_
 
+#include <string>
+
+#include "evaluation/walk.h"
+
 namespace vek {
 
 // The whole run. Returns the exit status 0.
@@ -17,16 +21,22 @@ void process_command_line(int argument_count, char **argument_vector);
 // Reads the resource file that was asked for, or the default one if there is
 // one. Ends the run if it has an error.
 void read_resources();
+// Reads the file `path` into the global record and returns the number of parse
+// errors, each of which has been reported. Ends the run if the file cannot be
+// opened or read.
+unsigned read_parameters(const std::string &path);
 // Lets the command line override the parameters.
 void merge_options();
 void report_parameters();
 
 void start_analyser();
 void open_data_base();
-// Runs the trainer that is set.
-void train_classes();
+// The test run, over the top class: writes a rank file into the examples
+// directory, which gets its final name when it is complete. Without sons or
+// test documents nothing happens.
+void test_classes(Walk &walk);
 // Polls if asked to. Ends the run if there are no classes to classify with.
-void poll_input();
+void poll_input(Walk &walk);
 
 }  // namespace vek
 

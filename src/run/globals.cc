@@ -5,26 +5,15 @@
 // first, then the analyser sees the end of its input, then the profile store is
 // closed by the database. Parameters and options outlive everything, because
 // everything reads them.
-#include "classes/classtab.h"
-#include "classes/termset.h"
-#include "evaluation/scoretable.h"
-#include "intake/analyser.h"
-#include "params/params.h"
-#include "run/log.h"
-#include "run/options.h"
-#include "run/statistics.h"
-#include "store/database.h"
-#include "vocabulary/atomtab.h"
-#include "vocabulary/stringpool.h"
-#include "vocabulary/termtab.h"
+#include "run/globals.h"
 
 namespace vek {
 
 Params params;
 Options options;
 StringPool string_pool;
-AtomTable atom_table;
-DataBase data_base;
+AtomTable atom_table(string_pool);
+DataBase data_base(atom_table, term_table, class_table, active_terms);
 TermTable term_table;
 ClassTable class_table;
 Analyser analyser;

@@ -4,8 +4,8 @@
 
 #include <csignal>
 
+#include "log/memory.h"
 #include "run/driver.h"
-#include "run/memory.h"
 
 namespace {
 

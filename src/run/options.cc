@@ -3,7 +3,8 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "run/log.h"
+#include "learning/classifiers.h"
+#include "log/log.h"
 
 namespace vek {
 namespace {
@@ -90,8 +91,9 @@ void Options::parse_options(int argument_count, char **argument_vector) {
       set_algorithm(arguments.take_value("-a")[0]);
     } else if (argument == "-p" || argument == "--poll") {
       poll_ = true;
-    } else if (argument == "-V" || argument == "--Version") {
-      std::fprintf(stderr, "%s\n", banner_text);
+    } else if (argument == "-V" || argument == "--Version" ||
+               argument == "--version") {
+      std::fprintf(stderr, "vek %.1f, a text categoriser\n", version);
       std::exit(0);
     } else if (argument == "-h" || argument == "--help") {
       show(usage_text);
@@ -119,6 +121,7 @@ void Options::parse_options(int argument_count, char **argument_vector) {
   }
   if (examples_directory_.empty())
     poll_ = true;
+  set_verbosity(verbose_);
   log_if_verbose(1, banner_text);
 }
 
@@ -133,20 +136,14 @@ void Options::parse_verbose(std::string_view argument) {
 }
 
 void Options::set_algorithm(char letter) {
-  switch (letter) {
-    case 'W':
-      algorithm_ = 0;
-      break;
-    case 'R':
-      algorithm_ = 1;
-      break;
-    case 'S':
-      algorithm_ = 2;
-      break;
-    default:
-      error("valid arguments to -a are W, R or S");
-      exit_with_hint();
+  for (const Classifier &classifier : classifiers()) {
+    if (classifier.option_letter == letter) {
+      algorithm_ = classifier.algorithm;
+      return;
+    }
   }
+  error("valid arguments to -a are W, R or S");
+  exit_with_hint();
 }
 
 void Options::report_polling(unsigned level) const {

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "params/params.h"
+
 namespace vek {
 
 class Options {
@@ -16,15 +18,15 @@ class Options {
   void parse_options(int argument_count, char **argument_vector);
 
   std::uint32_t verbose() const { return verbose_; }
-  // 0 Winnow or not given, 1 Rocchio, 2 SBC: the numbers of the parameter.
-  std::uint32_t algorithm() const { return algorithm_; }
+  // Winnow if none was given.
+  Algorithm algorithm() const { return algorithm_; }
   bool poll() const { return poll_; }
   bool xlearning() const { return xlearning_; }
   bool xtesting() const { return xtesting_; }
-  std::string data_directory() const { return data_directory_; }
-  std::string input_directory() const { return input_directory_; }
-  std::string examples_directory() const { return examples_directory_; }
-  std::string rc_file() const { return rc_file_; }
+  const std::string &data_directory() const { return data_directory_; }
+  const std::string &input_directory() const { return input_directory_; }
+  const std::string &examples_directory() const { return examples_directory_; }
+  const std::string &rc_file() const { return rc_file_; }
 
   // Logs that polling is on, if it is.
   void report_polling(unsigned level) const;
@@ -34,7 +36,7 @@ class Options {
   void set_algorithm(char letter);
 
   std::uint32_t verbose_ = 0;
-  std::uint32_t algorithm_ = 0;
+  Algorithm algorithm_ = Algorithm::winnow;
   bool poll_ = false;
   bool xlearning_ = false;
   bool xtesting_ = false;
@@ -43,8 +45,6 @@ class Options {
   std::string examples_directory_;
   std::string rc_file_;
 };
-
-extern Options options;
 
 }  // namespace vek
 

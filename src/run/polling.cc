@@ -1,20 +1,14 @@
 #include "run/polling.h"
 
-#include "evaluation/ranks.h"
-#include "evaluation/testing.h"
-#include "intake/analyser.h"
-#include "learning/winnow.h"
-#include "run/helpers.h"
-#include "run/log.h"
+#include "base/helpers.h"
+#include "intake/lists.h"
+#include "run/globals.h"
+#include "run/profiling.h"
+#include "run/rankfile.h"
 
 namespace vek {
-namespace {
 
-constexpr char document_suffix[] = ".txt";
-
-}  // namespace
-
-void poll_directory(const char *input) {
+void poll_directory(const std::string &input, Walk &walk) {
   const Path path(input, "in", "");
   if (!is_directory(path)) {
     report_file_error(path, FileError::directory_missing);
@@ -23,13 +17,17 @@ void poll_directory(const char *input) {
   logf_always(1, "polling directory `%s'", path.c_str());
   std::vector<std::string> names;
   collect_input_documents(path, names);
-  if (!names.empty())
-    write_classifications(names);
-}
-
-bool is_input_document(const std::string &entry, std::string &name) {
-  strip_suffix(name, entry, document_suffix);
-  return !entry.starts_with('.') && ends_with(entry, document_suffix);
+  if (names.empty())
+    return;
+  RankFile file(options.examples_directory(), RankFile::Announce::yes);
+  for (const std::string &name : names) {
+    Ranks ranks;
+    classify_new_document(name, walk, ranks);
+    file.stream() << ranks.line(name, class_table);
+    if (!ranks.empty() && !file.stream())
+      abort_run();
+  }
+  file.finish();
 }
 
 void collect_input_documents(const std::string &directory,
@@ -48,21 +46,29 @@ void collect_input_documents(const std::string &directory,
     names.push_back(name);
     logf_if_verbose(3, "collected input document `%s'", name.c_str());
   }
-  // Nobody shall take a part of the documents for all of them.
+  // A part of the documents must not pass for all of them.
   if (entries.read_failed()) {
     report_file_error(directory, FileError::read);
     abort_run();
   }
 }
 
-void write_classifications(const std::vector<std::string> &names) {
-  RankFile file(RankFile::Announce::yes);
-  for (const std::string &name : names) {
-    Ranks ranks;
-    classify_new_document(name, ranks);
-    ranks.print(name, file.stream());
+bool classify_new_document(const std::string &name, Walk &walk, Ranks &ranks) {
+  const ClassData &top = class_table.get_data(0);
+  DocProfile &doc = *document_profile(name);
+  Ranks scores_of_sons;
+  walk.score_sons(top, doc, scores_of_sons);
+  const bool significant = walk.classify(top, doc, scores_of_sons, ranks);
+  const char *verdict = significant ? "significant" : "not significant";
+  if (ranks.empty()) {
+    logf_if_verbose(4, "classified document `%s' in no class (%s)",
+                    name.c_str(), verdict);
+  } else {
+    const std::uint32_t id = ranks.front().class_data_P->id;
+    logf_if_verbose(4, "classified document `%s' in class `%s' (%s)",
+                    name.c_str(), class_table.get_name(id).c_str(), verdict);
   }
-  file.finish();
+  return significant;
 }
 
 }  // namespace vek

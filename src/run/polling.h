@@ -6,16 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "evaluation/walk.h"
+
 namespace vek {
 
 // The whole pass. `input` is the parent of the directory `in` that is scanned;
 // the class table must hold at least two classes. Ends the run if `in` is
 // missing or a document's file is not where documents lie.
-void poll_directory(const char *input);
-
-// Whether an entry of the input directory names a document: it ends in ".txt"
-// and does not begin with a full stop. Sets `name` to it without the ending.
-bool is_input_document(const std::string &entry, std::string &name);
+void poll_directory(const std::string &input, Walk &walk);
 
 // Appends the documents of a directory, in the system's order: its entries
 // for which is_input_document() holds. Each has a stored profile afterwards.
@@ -24,8 +22,9 @@ bool is_input_document(const std::string &entry, std::string &name);
 void collect_input_documents(const std::string &directory,
                              std::vector<std::string> &names);
 
-// Classifies the documents and writes a line for each, in their order.
-void write_classifications(const std::vector<std::string> &names);
+// Classifies a document against the whole hierarchy, analysing it first if need
+// be. Returns whether it is significant.
+bool classify_new_document(const std::string &name, Walk &walk, Ranks &ranks);
 
 }  // namespace vek
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "run/helpers.h"
-#include "run/log.h"
-#include "run/textio.h"
+#include "base/helpers.h"
+#include "base/textio.h"
+#include "log/log.h"
 
 namespace vek {
 namespace {

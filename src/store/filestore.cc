@@ -11,11 +11,11 @@
 #include <ctime>
 #include <string>
 
-#include "run/helpers.h"
-#include "store/blockwindow.h"
-#include "store/indexfile.h"
-#include "store/storefiles.h"
-#include "store/storeindex.h"
+#include "base/helpers.h"
+#include "base/require.h"
+#include "store/indexformat.h"
+#include "store/indexupdate.h"
+#include "store/storeio.h"
 
 // One slot for a repository file; in an unused slot both are -1.
 struct FileStoreRepository {
@@ -32,13 +32,11 @@ struct FileStore {
   // Name to FileStoreNode. Its shape is seen outside: the entries of the index
   // file stand in its post-order.
   GTree *tree;
-  GTreeNode *last;  // found by find_node()
   int idx_fd;
   GString *idx_image;  // the index file's next content, during a sync only
   gsize idx_size;      // of that content in bytes
   gboolean in_sync;
   gboolean is_index_old;  // the index file may have other content
-  vek::BlockWindow window;
   GSList *replaced;  // nodes that left the tree, kept for those who hold them
 };
 
@@ -106,8 +104,8 @@ void load_index(FileStore *res, const char *idx_path) {
   const bool complete = vek::read_index(source, res->tree, summary, fault);
   res->nr_stores = summary.nr_stores;
   g_assert(res->nr_stores <= MAX_NR_STORES);
-  const vek::IndexSummary *node = &summary;  // what the assertion calls it
-  g_assert(node->repository_id < MAX_NR_STORES);
+  vek::require(summary.repository_id < MAX_NR_STORES,
+               "node->repository_id < MAX_NR_STORES");
   if (!complete)
     report_fault(fault, idx_path);
   for (guint32 id = 0; id < res->nr_stores; ++id) {
@@ -159,8 +157,8 @@ FileStoreRepository &begin_repository(FileStore *fstore) {
   if (repository.fd < 0)
     fail("filestore_put_file");
   repository.size = 0;
-  // Counted last, because exit() may write the index: it must not name a file
-  // that there is not.
+  // Counted last, because exit() may write the index, which must not name a
+  // missing file.
   ++fstore->nr_stores;
   return repository;
 }
@@ -202,32 +200,8 @@ FileStore *new_store(const char *fname) {
   return res;
 }
 
-// Names are mostly asked for in their order, some left out: the next of them is
-// sooner found from the last one than from the root. Nodes stay where they are
-// while the tree grows.
-GTreeNode *find_nearby(FileStore *fstore, const char *fname) {
-  constexpr int most_steps = 4;
-  GTreeNode *node = fstore->last;
-  for (int step = 0; node != nullptr && step < most_steps; ++step) {
-    node = g_tree_node_next(node);
-    if (node == nullptr)
-      return nullptr;
-    const int order =
-        std::strcmp(fname, static_cast<const char *>(g_tree_node_key(node)));
-    if (order <= 0)
-      return order == 0 ? node : nullptr;
-  }
-  return nullptr;
-}
-
 FileStoreNode *find_node(FileStore *fstore, const char *fname) {
-  GTreeNode *node = find_nearby(fstore, fname);
-  if (node == nullptr)
-    node = g_tree_lookup_node(fstore->tree, fname);
-  if (node == nullptr)
-    return nullptr;
-  fstore->last = node;
-  return static_cast<FileStoreNode *>(g_tree_node_value(node));
+  return static_cast<FileStoreNode *>(g_tree_lookup(fstore->tree, fname));
 }
 
 gboolean list_func(gpointer key, gpointer, gpointer data) {
@@ -283,7 +257,6 @@ void filestore_close(FileStore *fstore) {
   close(fstore->idx_fd);
   if (fstore->idx_image != nullptr)
     g_string_free(fstore->idx_image, TRUE);
-  g_free(fstore->window.data);
   g_free(fstore->name);
   traverse(fstore, fs_free_func, G_PRE_ORDER, nullptr);
   g_tree_destroy(fstore->tree);
@@ -334,7 +307,6 @@ void filestore_put_file(FileStore *fstore, const char *fname, const void *data,
     refuse("filestore_put_file", "a block of %u bytes is too big", len);
   FileStoreRepository &repository = repository_for(fstore, len);
   const gint64 offset = repository.size;
-  vek::empty_window(fstore->window);
   vek::seek("filestore_put_file", repository.fd, offset);
   vek::write_data(repository.fd, data, len);
   repository.size += len;
@@ -360,13 +332,7 @@ gboolean filestore_get_file(FileStore *fstore, const char *fname,
     return FALSE;
   *len_ptr = node_P->size;
   const int fd = fstore->stores[node_P->repository_id].fd;
-  if (const char *block_P = vek::find_in_window(fstore->window, fd, *node_P)) {
-    need_memory("filestore_get_file", node_P->size);
-    *data_ptr = g_memdup2(block_P, node_P->size);
-    return TRUE;
-  }
-  vek::seek("filestore_get_file", fd, node_P->offset);
-  *data_ptr = vek::read_data(fd, node_P->size);
+  *data_ptr = vek::read_data(fd, node_P->offset, node_P->size);
   return TRUE;
 }
 

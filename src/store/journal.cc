@@ -7,19 +7,14 @@
 #include <iterator>
 #include <string_view>
 
-#include "run/helpers.h"
-#include "run/log.h"
-#include "run/output_file.h"
-#include "run/textio.h"
-#include "vocabulary/atomtab.h"
-#include "vocabulary/tablefile.h"
-#include "vocabulary/termtab.h"
+#include "base/helpers.h"
+#include "base/output_file.h"
+#include "base/textio.h"
+#include "log/log.h"
+#include "store/datafiles.h"
 
 namespace vek {
 namespace {
-
-constexpr std::string_view first_line = "vek journal 1\n";
-constexpr std::string_view last_line = "end\n";
 
 // Of a table's file, which may be missing.
 std::uint64_t size_or_zero(const std::string &path) {
@@ -34,94 +29,12 @@ std::uint64_t size_or_zero(const std::string &path) {
   return 0;
 }
 
-// Takes the numbers of the second line.
-bool parse_numbers(std::string_view line, JournalContent &content,
-                   std::uint32_t &nr_new_atoms, std::uint32_t &nr_new_terms) {
-  FieldReader fields(line);
-  return fields.read(content.nr_atoms) && fields.read(content.atoms_size) &&
-         fields.read(content.nr_terms) && fields.read(content.terms_size) &&
-         fields.read(nr_new_atoms) && fields.read(nr_new_terms) &&
-         fields.at_end();
-}
-
-bool parse_atom(std::string_view line, JournalContent &content) {
-  content.new_atoms.push_back(line);
-  return !line.empty() && line.find('\0') == std::string_view::npos;
-}
-
-bool parse_term(std::string_view line, JournalContent &content) {
-  FieldReader fields(line);
-  JournalContent::Pair term = {};
-  if (!fields.read(term.head) || !fields.read(term.mod) || !fields.at_end())
-    return false;
-  content.new_terms.push_back(term);
-  const std::uint64_t nr_atoms =
-      std::uint64_t{content.nr_atoms} + content.new_atoms.size();
-  return term.head < nr_atoms && term.head != EmptyAtom &&
-         (term.mod < nr_atoms || term.mod == EmptyAtom);
-}
-
 }  // namespace
-
-bool parse_journal(std::string_view text, JournalContent &content) {
-  if (!text.starts_with(first_line) || !text.ends_with(last_line))
-    return false;
-  text.remove_prefix(first_line.size());
-  text.remove_suffix(last_line.size());
-  // Else the end of the line before would be lost on the way to the last one.
-  if (!text.ends_with('\n'))
-    return false;
-  std::uint32_t nr_new_atoms = 0;
-  std::uint32_t nr_new_terms = 0;
-  std::string_view line;
-  take_line(text, line);
-  if (!parse_numbers(line, content, nr_new_atoms, nr_new_terms))
-    return false;
-  while (content.new_atoms.size() < nr_new_atoms) {
-    if (!take_line(text, line) || !parse_atom(line, content))
-      return false;
-  }
-  while (content.new_terms.size() < nr_new_terms) {
-    if (!take_line(text, line) || !parse_term(line, content))
-      return false;
-  }
-  return text.empty();
-}
-
-std::string journal_text(const JournalContent &content) {
-  std::string text(first_line);
-  append_number(text, content.nr_atoms);
-  text += ' ';
-  append_number(text, content.atoms_size);
-  text += ' ';
-  append_number(text, content.nr_terms);
-  text += ' ';
-  append_number(text, content.terms_size);
-  text += ' ';
-  append_number(text, content.new_atoms.size());
-  text += ' ';
-  append_number(text, content.new_terms.size());
-  text += '\n';
-  for (const std::string_view atom : content.new_atoms) {
-    text += atom;
-    text += '\n';
-  }
-  for (const auto &[head, mod] : content.new_terms) {
-    append_number(text, head);
-    text += ' ';
-    append_number(text, mod);
-    text += '\n';
-  }
-  text += last_line;
-  return text;
-}
 
 void Journal::set_directory(const std::string &directory) {
   directory_ = directory;
-  path_ = Path(directory, "journal", ".dat");
+  path_ = journal_path(directory);
   temporary_path_ = Path(directory, "journal", ".tmp");
-  atoms_path_ = Path(directory, "atoms", ".dat");
-  terms_path_ = Path(directory, "terms", ".dat");
 }
 
 bool Journal::exists() const {
@@ -147,24 +60,6 @@ void Journal::load(std::string &text, JournalContent &content) const {
     reject(path_);
 }
 
-// The number of complete lines from byte `size` on; none if nothing is there.
-std::size_t Journal::count_lines_behind(const std::string &path,
-                                        std::uint64_t size) const {
-  if (size_or_zero(path) <= size)
-    return 0;
-  std::string text;
-  if (read_file(path, text) != ReadResult::ok) {
-    report_file_error(path, FileError::read);
-    abort_run();
-  }
-  const std::string_view tail = std::string_view(text).substr(size);
-  const auto nr_ends = static_cast<std::size_t>(std::ranges::count(tail, '\n'));
-  // A last line without its end gets it before more is appended.
-  return size > 0 && text[size - 1] != '\n' && tail.starts_with('\n')
-             ? nr_ends - 1
-             : nr_ends;
-}
-
 void Journal::prepare_tables() {
   std::string text;
   JournalContent journal;
@@ -175,15 +70,21 @@ void Journal::prepare_tables() {
     std::size_t nr_pending;
   };
   const Table tables[] = {
-      {atoms_path_, journal.atoms_size, journal.new_atoms.size()},
-      {terms_path_, journal.terms_size, journal.new_terms.size()}};
+      {atoms_file_.name(), journal.atoms_size, journal.new_atoms.size()},
+      {terms_file_.name(), journal.terms_size, journal.new_terms.size()}};
   for (const Table &table : tables) {
-    if (size_or_zero(table.path) < table.size)
+    const std::uint64_t size = size_or_zero(table.path);
+    if (size < table.size)
       reject(table.path);
-    // What was being appended is in the journal. Tables with more than that
-    // are newer than the journal, and nothing of them may be cut.
-    if (count_lines_behind(table.path, table.size) > table.nr_pending)
+    std::string content;
+    if (size > table.size && read_file(table.path, content) != ReadResult::ok) {
+      report_file_error(table.path, FileError::read);
+      abort_run();
+    }
+    if (size > table.size &&
+        !fits_journal(content, table.size, table.nr_pending)) {
       reject(path_);
+    }
   }
   for (const Table &table : tables) {
     if (size_or_zero(table.path) > table.size &&
@@ -198,44 +99,24 @@ void Journal::enter_pending() {
   std::string text;
   JournalContent journal;
   load(text, journal);
-  if (!enter(journal))
+  if (!enter_journal(journal, atoms_, terms_))
     reject(path_);
-  nr_atoms_saved_ = atom_table.size();
-  nr_terms_saved_ = term_table.size();
-}
-
-// False if the tables are others, or if an atom or term is known already: its
-// id would not be the one that the stored profiles use.
-bool Journal::enter(const JournalContent &content) const {
-  if (atom_table.size() != content.nr_atoms ||
-      term_table.size() != content.nr_terms) {
-    return false;
-  }
-  for (const std::string_view atom : content.new_atoms) {
-    const std::uint32_t id = atom_table.size();
-    if (atom_table.enter(atom) != id)
-      return false;
-  }
-  for (const auto &[head, mod] : content.new_terms) {
-    const std::uint32_t id = term_table.size();
-    if (term_table.enter(head, mod) != id)
-      return false;
-  }
-  return true;
+  nr_atoms_saved_ = atoms_.size();
+  nr_terms_saved_ = terms_.size();
 }
 
 // What the tables' files lack.
 JournalContent Journal::content() const {
   JournalContent content;
-  content.nr_atoms = atom_table.nr_written();
-  content.atoms_size = size_or_zero(atoms_path_);
-  content.nr_terms = term_table.nr_written();
-  content.terms_size = size_or_zero(terms_path_);
-  for (std::uint32_t id = content.nr_atoms; id < atom_table.size(); ++id) {
-    content.new_atoms.push_back(atom_table.text(id));
+  content.nr_atoms = atoms_file_.nr_written();
+  content.atoms_size = size_or_zero(atoms_file_.name());
+  content.nr_terms = terms_file_.nr_written();
+  content.terms_size = size_or_zero(terms_file_.name());
+  for (std::uint32_t id = content.nr_atoms; id < atoms_.size(); ++id) {
+    content.new_atoms.push_back(atoms_.text(id));
   }
-  for (std::uint32_t id = content.nr_terms; id < term_table.size(); ++id) {
-    content.new_terms.push_back({term_table.head(id), term_table.mod(id)});
+  for (std::uint32_t id = content.nr_terms; id < terms_.size(); ++id) {
+    content.new_terms.push_back({terms_.head(id), terms_.mod(id)});
   }
   return content;
 }
@@ -254,24 +135,30 @@ bool Journal::write_file(const std::string &text) const {
          sync_path(directory_);
 }
 
+bool Journal::has_unwritten() const {
+  return atoms_file_.nr_written() < atoms_.size() ||
+         terms_file_.nr_written() < terms_.size();
+}
+
 bool Journal::save() {
-  if (!atom_table.has_unwritten() && !term_table.has_unwritten())
+  if (!has_unwritten())
     return true;
-  if (nr_atoms_saved_ == atom_table.size() &&
-      nr_terms_saved_ == term_table.size() && exists()) {
+  if (nr_atoms_saved_ == atoms_.size() && nr_terms_saved_ == terms_.size() &&
+      exists()) {
     return true;
   }
   if (!write_file(journal_text(content())))
     return false;
-  nr_atoms_saved_ = atom_table.size();
-  nr_terms_saved_ = term_table.size();
+  nr_atoms_saved_ = atoms_.size();
+  nr_terms_saved_ = terms_.size();
   return true;
 }
 
 void Journal::drop() {
   if (!exists())
     return;
-  for (const std::string &path : {atoms_path_, terms_path_, directory_}) {
+  for (const std::string &path :
+       {atoms_file_.name(), terms_file_.name(), directory_}) {
     if (sync_path(path))
       continue;
     report_file_error(path, FileError::write);

@@ -1,5 +1,5 @@
-// Keeps what the vocabulary's files do not hold yet, so that nothing that is
-// stored ever names a term that nobody knows.
+// A write-ahead journal: keeps what the vocabulary's files do not hold yet, so
+// that nothing that is stored ever names a term that nobody knows.
 //
 // A stored profile holds term ids. atoms.dat and terms.dat are written at one
 // point of a run only, but profiles reach the disk earlier (a run that stops
@@ -17,37 +17,26 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
-#include <vector>
+
+#include "store/journalformat.h"
+#include "store/tablefile.h"
+#include "vocabulary/atomtab.h"
+#include "vocabulary/termtab.h"
 
 namespace vek {
 
-// What the file says. The atoms lie in the text that it was parsed from, or in
-// the atom table.
-struct JournalContent {
-  struct Pair {
-    std::uint32_t head;
-    std::uint32_t mod;
-  };
-  std::uint32_t nr_atoms = 0;    // in atoms.dat
-  std::uint64_t atoms_size = 0;  // its length in bytes
-  std::uint32_t nr_terms = 0;    // in terms.dat
-  std::uint64_t terms_size = 0;  // its length in bytes
-  std::vector<std::string_view> new_atoms;
-  std::vector<Pair> new_terms;
-};
-
-// Fills the empty `content`. Returns false if no journal_text() can be that
-// text: it is cut, has bytes to spare, an atom that none can be, or a term of
-// atoms that are not there.
-bool parse_journal(std::string_view text, JournalContent &content);
-
-// The whole file.
-std::string journal_text(const JournalContent &content);
-
 class Journal {
  public:
-  // Where the journal and the two tables' files lie.
+  // The two tables, and the files that they are appended to. All must outlive
+  // the journal.
+  Journal(AtomTable &atoms, TermTable &terms, const TableFile &atoms_file,
+          const TableFile &terms_file)
+      : atoms_(atoms),
+        terms_(terms),
+        atoms_file_(atoms_file),
+        terms_file_(terms_file) {}
+
+  // Where the journal lies.
   void set_directory(const std::string &directory);
 
   // There is one on the disk. Leaves errno alone.
@@ -72,19 +61,19 @@ class Journal {
   void drop();
 
  private:
+  bool has_unwritten() const;
   JournalContent content() const;
   void load(std::string &text, JournalContent &content) const;
-  bool enter(const JournalContent &content) const;
   bool write_file(const std::string &text) const;
   [[noreturn]] void reject(const std::string &path) const;
-  std::size_t count_lines_behind(const std::string &path,
-                                 std::uint64_t size) const;
 
+  AtomTable &atoms_;
+  TermTable &terms_;
+  const TableFile &atoms_file_;
+  const TableFile &terms_file_;
   std::string directory_;
   std::string path_;
   std::string temporary_path_;
-  std::string atoms_path_;
-  std::string terms_path_;
   // What the journal on the disk reaches up to.
   std::uint32_t nr_atoms_saved_ = 0;
   std::uint32_t nr_terms_saved_ = 0;

@@ -7,17 +7,13 @@
 #include <cstring>
 #include <functional>
 
-#include "run/log.h"
+#include "base/textio.h"
 
 namespace vek {
 namespace {
 
 // The bytes of a text that a slot holds; its last byte is the length.
 constexpr std::size_t longest_in_slot = 15;
-
-// Searches that wait for memory together. More than the processor can have
-// under way at once is of no use.
-constexpr std::size_t batch_size = 16;
 
 }  // namespace
 
@@ -38,52 +34,36 @@ std::uint64_t AtomTable::Slot::hash() const {
   return text_hash * std::uint64_t{0x9E3779B97F4A7C15};
 }
 
-void AtomTable::set_file(const std::string &path) {
-  file_.set_name(path);
-}
-
-std::uint32_t AtomTable::enter(std::string_view text) {
-  return enter(text, Slot(text));
-}
-
-void AtomTable::enter_all(std::span<const std::string_view> texts,
-                          std::vector<std::uint32_t> &ids) {
-  ids.clear();
-  std::array<Slot, batch_size> slots;
-  while (!texts.empty()) {
-    const auto batch = texts.first(std::min(batch_size, texts.size()));
-    for (std::size_t i = 0; i < batch.size(); ++i) {
-      slots[i] = Slot(batch[i]);
-      index_.prefetch(slots[i].hash());
-    }
-    for (std::size_t i = 0; i < batch.size(); ++i) {
-      ids.push_back(enter(batch[i], slots[i]));
-    }
-    texts = texts.subspan(batch.size());
-  }
-}
-
-// `slot` is that of `text`.
-std::uint32_t AtomTable::enter(std::string_view text, Slot slot) {
-  assert(!text.empty());
-  const Slot *const found_P = index_.find(slot.hash(), [&](const Slot &other) {
+// `slot` is that of `text`; null if the text is not there.
+const AtomTable::Slot *AtomTable::find_slot(std::string_view text,
+                                            const Slot &slot) const {
+  return index_.find(slot.hash(), [&](const Slot &other) {
     return slot.text_hash == other.text_hash && slot.start == other.start &&
            slot.rest == other.rest &&
            (text.size() <= longest_in_slot || texts_[other.id] == text);
   });
+}
+
+std::uint32_t AtomTable::enter(std::string_view text) {
+  assert(!text.empty());
+  Slot slot(text);
+  const Slot *const found_P = find_slot(text, slot);
   if (found_P != nullptr)
     return found_P->id;
-  if (size() == EmptyAtom) {
-    error("no more atoms can be numbered");
-    abort_run();
-  }
+  if (size() == EmptyAtom)
+    return EmptyAtom;
   slot.id = size();
-  texts_.emplace_back(text);
+  texts_.push_back(pool_.copy(text));
   index_.insert(slot);
   return slot.id;
 }
 
-const std::string &AtomTable::text(std::uint32_t atom_id) const {
+std::uint32_t AtomTable::find(std::string_view text) const {
+  const Slot *const found_P = find_slot(text, Slot(text));
+  return found_P == nullptr ? EmptyAtom : found_P->id;
+}
+
+std::string_view AtomTable::text(std::uint32_t atom_id) const {
   assert(atom_id < size());
   return texts_[atom_id];
 }
@@ -96,19 +76,18 @@ bool AtomTable::parse(std::string_view content) {
   const std::size_t nr_lines = count_lines(content);
   if (nr_lines >= EmptyAtom)
     return false;
+  texts_.reserve(nr_lines);
   index_.reserve(nr_lines);
-  std::array<std::string_view, batch_size> lines;
-  std::vector<std::uint32_t> ids;
+  std::array<std::string_view, search_batch> lines;
   while (!content.empty()) {
     std::size_t nr_read = 0;
-    while (nr_read < lines.size() && take_line(content, lines[nr_read])) {
-      if (lines[nr_read++].empty())
+    while (nr_read < lines.size() && take_line(content, lines[nr_read]))
+      index_.prefetch(Slot(lines[nr_read++]).hash());
+    for (std::size_t i = 0; i < nr_read; ++i) {
+      const std::uint32_t next_id = size();
+      if (lines[i].empty() || enter(lines[i]) != next_id)
         return false;
     }
-    const std::size_t nr_before = size();
-    enter_all(std::span(lines).first(nr_read), ids);
-    if (size() != nr_before + nr_read)
-      return false;
   }
   return true;
 }
@@ -116,18 +95,6 @@ bool AtomTable::parse(std::string_view content) {
 void AtomTable::append_line(std::string &out, std::uint32_t atom_id) const {
   out += text(atom_id);
   out += '\n';
-}
-
-void AtomTable::read() {
-  if (!parse(file_.load()))
-    file_.reject();
-  file_.accept(size());
-}
-
-void AtomTable::write() {
-  file_.append(size(), "atoms", [this](std::string &out, std::uint32_t id) {
-    append_line(out, id);
-  });
 }
 
 }  // namespace vek

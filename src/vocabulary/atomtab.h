@@ -2,21 +2,19 @@
 // by a small dense number.
 //
 // Terms, profiles and statistics hold atom ids only; the text is found here.
-// The table lies in the data directory as a text file, one atom a line, line k
-// being atom k. An atom keeps its id for the life of the data directory, and a
-// run only appends to the file.
+// The table lies in the data directory as a text file, atoms.dat, one atom a
+// line, line k being atom k. An atom keeps its id for the life of the data
+// directory, and a run only appends to the file (store/tablefile.h).
 #ifndef VEK_VOCABULARY_ATOMTAB_H_
 #define VEK_VOCABULARY_ATOMTAB_H_
 
 #include <cstdint>
-#include <deque>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "vocabulary/idindex.h"
-#include "vocabulary/tablefile.h"
+#include "vocabulary/stringpool.h"
 
 namespace vek {
 
@@ -26,57 +24,39 @@ inline constexpr std::uint32_t EmptyAtom = 0xFFFFFFFF;
 
 class AtomTable {
  public:
-  AtomTable() = default;
+  // The pool holds the texts and must outlive the table.
+  explicit AtomTable(StringPool &pool) : pool_(pool) {}
   AtomTable(const AtomTable &) = delete;
   AtomTable &operator=(const AtomTable &) = delete;
-
-  // Names the table's file, of which nothing is held to be written yet.
-  void set_file(const std::string &path);
 
   // The id of `text`, compared byte by byte. A new text gets the next id, so
   // ids follow the order of first entering, from 0 without gaps. `text` must
   // not be empty and must hold neither a line feed nor a zero byte, which the
-  // file could not give back. Ends the run when all ids are used up.
+  // file could not give back. EmptyAtom when all ids are used up.
   std::uint32_t enter(std::string_view text);
 
-  // Sets `ids` to what enter() gives for each of `texts`, in their order. Takes
-  // much less time for a large table than one call for each.
-  void enter_all(std::span<const std::string_view> texts,
-                 std::vector<std::uint32_t> &ids);
+  // The id of `text`, or EmptyAtom if it has none.
+  std::uint32_t find(std::string_view text) const;
 
-  // The text of an atom; valid for the life of the table. `atom_id` must be
+  // The text of an atom; valid for the life of the pool. `atom_id` must be
   // below size().
-  const std::string &text(std::uint32_t atom_id) const;
+  std::string_view text(std::uint32_t atom_id) const;
 
   // The number of atoms, which is also the id of the next new one.
   std::uint32_t size() const {
     return static_cast<std::uint32_t>(texts_.size());
   }
-  std::uint32_t next_id() const { return size(); }
   bool empty() const { return texts_.empty(); }
-
-  // How many atoms, counted from id 0, the file holds.
-  std::uint32_t nr_written() const { return file_.nr_written(); }
-  bool has_unwritten() const { return nr_written() < size(); }
 
   // Enters the content of a file in the empty table. Returns false if it is
   // damaged: an empty line, a line that was there before, a zero byte. The
-  // table then holds the lines before that. A last line without its line end
-  // counts.
+  // table then holds the lines before that, or for a zero byte none. A last
+  // line without its line end counts.
   bool parse(std::string_view content);
 
   // Adds to `out` the line of the file that stands for an atom, whose id must
   // be below size().
   void append_line(std::string &out, std::uint32_t atom_id) const;
-
-  // Loads the file into the empty table by parse(). The run ends with a report
-  // if the file can't be read or is damaged.
-  void read();
-
-  // Appends the atoms that the file does not hold yet, and logs how many. The
-  // file is created even if there are none. Ends the run with a report if
-  // that fails.
-  void write();
 
  private:
   // An atom in the index. Most texts are so short that all of them is here, and
@@ -96,15 +76,12 @@ class AtomTable {
     std::uint64_t rest = 0;
   };
 
-  std::uint32_t enter(std::string_view text, Slot slot);
+  const Slot *find_slot(std::string_view text, const Slot &slot) const;
 
-  // A deque, because the references handed out must outlive its growth.
-  std::deque<std::string> texts_;
+  StringPool &pool_;
+  std::vector<std::string_view> texts_;
   IdIndex<Slot> index_;
-  TableFile file_;
 };
-
-extern AtomTable atom_table;
 
 }  // namespace vek
 

@@ -1,10 +1,11 @@
-// The way from a key to its id, for tables that only grow: open addressing with
-// linear probing, in one array of slots.
+// A hash index from a key to its id, for tables that only grow: open addressing
+// with linear probing, in one array of slots.
 //
 // A table of millions does not fit into the processor's caches, and a search
 // that has to wait for memory takes longer than all else that is done for a
 // word. So a slot holds as much of the key as it can, which makes one place in
-// memory of most searches, and prefetch() lets several of them wait together.
+// memory of most searches; the array is two thirds full before it grows, and
+// then filled from front to back.
 #ifndef VEK_VOCABULARY_IDINDEX_H_
 #define VEK_VOCABULARY_IDINDEX_H_
 
@@ -14,6 +15,10 @@
 #include <vector>
 
 namespace vek {
+
+// Lines of a file that are searched for together. More than the processor can
+// have under way at once is of no use.
+inline constexpr std::size_t search_batch = 16;
 
 // A Slot is a small struct whose default value means a free slot, for which its
 // is_free() is true, and whose hash() spreads over the upper bits of 64.
@@ -49,7 +54,8 @@ class IdIndex {
       resize(size);
   }
 
-  // Starts to fetch what find() with that hash will look at first.
+  // Starts to fetch what find() with that hash will look at first. Searches
+  // that wait for memory together take hardly longer than one.
   void prefetch(std::uint64_t hash) const {
     __builtin_prefetch(&slots_[home(hash)]);
   }

@@ -1,9 +1,6 @@
 #include "vocabulary/stringpool.h"
 
-#include <cassert>
 #include <cstddef>
-#include <cstring>
-#include <limits>
 
 namespace vek {
 namespace {
@@ -18,20 +15,15 @@ constexpr std::uint64_t rounded_up(std::uint32_t size) {
 
 }  // namespace
 
-StringPool::~StringPool() {
-  while (!blocks_.empty())
-    blocks_.pop_back();
-}
-
 char *StringPool::allocate(std::uint32_t size) {
   const std::uint64_t rounded = rounded_up(size);
-  // Its own piece, so that what is left of the block goes on being used. Not
-  // kept account of: such requests are few, and live to the end of the run.
-  if (rounded > block_size) {
-    return std::make_unique_for_overwrite<char[]>(rounded).release();
-  }
-  if (rounded > bytes_left_) {
-    blocks_.push_back(std::make_unique_for_overwrite<char[]>(block_size));
+  const bool is_large = rounded > block_size;
+  if (is_large || rounded > bytes_left_) {
+    blocks_.push_back(std::make_unique_for_overwrite<char[]>(
+        is_large ? rounded : block_size));
+    // Its own piece, so that what is left of the block goes on being used.
+    if (is_large)
+      return blocks_.back().get();
     next_free_P_ = blocks_.back().get();
     bytes_left_ = block_size;
   }
@@ -41,12 +33,10 @@ char *StringPool::allocate(std::uint32_t size) {
   return result_P;
 }
 
-const char *pool_copy(const char *text) {
-  const std::size_t size = std::strlen(text) + 1;
-  assert(size <= std::numeric_limits<std::uint32_t>::max());
-  char *const copy_P = string_pool.allocate(static_cast<std::uint32_t>(size));
-  std::memcpy(copy_P, text, size);
-  return copy_P;
+std::string_view StringPool::copy(std::string_view text) {
+  char *const copy_P = allocate(static_cast<std::uint32_t>(text.size()));
+  text.copy(copy_P, text.size());
+  return {copy_P, text.size()};
 }
 
 }  // namespace vek

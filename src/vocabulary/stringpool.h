@@ -1,10 +1,11 @@
-// The strings that live to the end of the run, in blocks that are freed
-// together: quoted values of the resource file and names of classes.
+// Strings that live as long as their pool, in blocks that are freed together:
+// the texts of the atom table, of which a large collection has millions.
 #ifndef VEK_VOCABULARY_STRINGPOOL_H_
 #define VEK_VOCABULARY_STRINGPOOL_H_
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 namespace vek {
@@ -12,25 +13,21 @@ namespace vek {
 class StringPool {
  public:
   StringPool() = default;
-  ~StringPool();
   StringPool(const StringPool &) = delete;
   StringPool &operator=(const StringPool &) = delete;
 
   // Returns `size` bytes, rounded up to a multiple of 4, not initialised,
-  // valid until the pool is destroyed. A request of more than a block comes
-  // straight from the heap and is never freed.
+  // valid until the pool is destroyed.
   char *allocate(std::uint32_t size);
+
+  // A copy of `text`, of less than 4 GiB, that is valid as long.
+  std::string_view copy(std::string_view text);
 
  private:
   std::vector<std::unique_ptr<char[]>> blocks_;  // oldest first
-  char *next_free_P_ = nullptr;                  // in the newest block
+  char *next_free_P_ = nullptr;                  // in the block in use
   std::uint32_t bytes_left_ = 0;                 // at `next_free_P_`
 };
-
-extern StringPool string_pool;
-
-// Copies `text` with its terminating zero into `string_pool`.
-const char *pool_copy(const char *text);
 
 }  // namespace vek
 

@@ -5,17 +5,12 @@
 #include <cassert>
 #include <charconv>
 #include <cstddef>
-#include <numeric>
 #include <system_error>
 
-#include "run/log.h"
-#include "run/textio.h"
+#include "base/textio.h"
 
 namespace vek {
 namespace {
-
-// Lines that are searched for together: each search waits for memory.
-constexpr std::size_t batch_size = 16;
 
 // A pair as one number, whose order is that of head and then modifier.
 constexpr std::uint64_t pair_key(std::uint32_t head, std::uint32_t mod) {
@@ -47,16 +42,11 @@ bool parse_line(std::string_view line, TermTable::Term &term) {
          take_number(line, term.next) && line.empty();
 }
 
-bool has_known_atoms(const TermTable::Term &term) {
-  const std::uint32_t nr_atoms = atom_table.size();
+bool has_known_atoms(const TermTable::Term &term, std::uint32_t nr_atoms) {
   return term.head < nr_atoms && (term.mod < nr_atoms || term.mod == EmptyAtom);
 }
 
 }  // namespace
-
-void TermTable::set_file(const std::string &path) {
-  file_.set_name(path);
-}
 
 // The last step of MurmurHash3: every bit of the pair reaches the upper ones.
 std::uint64_t TermTable::Slot::hash() const {
@@ -67,23 +57,17 @@ std::uint64_t TermTable::Slot::hash() const {
 
 std::uint32_t TermTable::enter(std::uint32_t head, std::uint32_t mod) {
   assert(head != EmptyAtom);
-  Slot slot = {pair_key(head, mod), size()};
+  const Slot slot = {pair_key(head, mod), size()};
   const Slot *const found_P = index_.find(
       slot.hash(), [&](const Slot &other) { return slot.key == other.key; });
   if (found_P != nullptr)
     return found_P->id;
-  create_term(head, mod);
+  if (slot.id == EmptyAtom)
+    return EmptyAtom;
+  terms_.push_back({head, mod, slot.id, EmptyAtom});
+  linked_ = false;
   index_.insert(slot);
   return slot.id;
-}
-
-void TermTable::create_term(std::uint32_t head, std::uint32_t mod) {
-  if (size() == EmptyAtom) {
-    error("no more terms can be numbered");
-    abort_run();
-  }
-  terms_.push_back({head, mod, size(), EmptyAtom});
-  linked_ = false;
 }
 
 const TermTable::Term &TermTable::get_term(std::uint32_t term_id) const {
@@ -102,14 +86,6 @@ std::uint32_t TermTable::mod(std::uint32_t term_id) const {
   return terms_[term_id].mod;
 }
 
-std::uint32_t TermTable::first_of_head(std::uint32_t head) const {
-  link();
-  const auto place = std::ranges::lower_bound(
-      chains_, head, {}, [this](std::uint32_t id) { return terms_[id].head; });
-  const bool found = place != chains_.end() && terms_[*place].head == head;
-  return found ? *place : EmptyAtom;
-}
-
 // Makes all chains anew: in the order of the pairs they stand one behind the
 // other.
 void TermTable::link() const {
@@ -125,50 +101,45 @@ void TermTable::link() const {
     places.push_back({pair_key(term.head, term.mod), term.id});
   }
   std::ranges::sort(places, {}, &Place::key);
-  chains_.clear();
   Term *previous_P = nullptr;
   for (const Place &place : places) {
     Term &term = terms_[place.id];
     term.next = EmptyAtom;
     if (previous_P != nullptr && previous_P->head == term.head) {
       previous_P->next = term.id;
-    } else {
-      chains_.push_back(term.id);
     }
     previous_P = &term;
   }
   linked_ = true;
 }
 
-bool TermTable::parse(std::string_view content) {
+bool TermTable::parse(std::string_view content, std::uint32_t nr_atoms) {
   assert(empty());
   const std::size_t nr_lines = count_lines(content);
   if (nr_lines >= EmptyAtom)
     return false;
   terms_.reserve(nr_lines);
   index_.reserve(nr_lines);
-  while (!content.empty()) {
-    if (!add_lines(content))
-      return false;
+  std::array<Term, search_batch> batch = {};
+  bool is_good = true;
+  while (is_good && !content.empty()) {
+    std::size_t nr_read = 0;
+    std::string_view line;
+    while (nr_read < batch.size() && take_line(content, line)) {
+      Term &term = batch[nr_read];
+      is_good = parse_line(line, term) && has_known_atoms(term, nr_atoms);
+      if (!is_good)
+        break;
+      index_.prefetch(Slot{pair_key(term.head, term.mod), 0}.hash());
+      ++nr_read;
+    }
+    for (std::size_t i = 0; i < nr_read; ++i) {
+      const std::uint32_t next_id = size();
+      if (enter(batch[i].head, batch[i].mod) != next_id)
+        return false;
+    }
   }
-  return true;
-}
-
-// Returns false if the line is none that write() leaves.
-bool TermTable::add_lines(std::string_view &content) {
-  std::array<Term, batch_size> batch = {};
-  std::size_t nr_lines = 0;
-  std::string_view line;
-  while (nr_lines < batch.size() && take_line(content, line)) {
-    Term &term = batch[nr_lines++];
-    if (!parse_line(line, term) || !has_known_atoms(term))
-      return false;
-    index_.prefetch(Slot{pair_key(term.head, term.mod), 0}.hash());
-  }
-  const std::size_t nr_before = size();
-  for (std::size_t i = 0; i < nr_lines; ++i)
-    enter(batch[i].head, batch[i].mod);
-  return size() == nr_before + nr_lines;
+  return is_good;
 }
 
 void TermTable::append_line(std::string &out, std::uint32_t term_id) const {
@@ -181,18 +152,6 @@ void TermTable::append_line(std::string &out, std::uint32_t term_id) const {
   out += ' ';
   append_number(out, term.next);
   out += '\n';
-}
-
-void TermTable::read() {
-  if (!parse(file_.load()))
-    file_.reject();
-  file_.accept(size());
-}
-
-void TermTable::write() {
-  file_.append(size(), "terms", [this](std::string &out, std::uint32_t id) {
-    append_line(out, id);
-  });
 }
 
 }  // namespace vek

@@ -2,8 +2,8 @@
 // alone, that was ever counted, each known by a dense number.
 //
 // Profiles, statistics and classifiers count terms by that id. Like the atom
-// table it lies in the data directory as a text file to which a run only
-// appends; a line holds the four numbers of a Term.
+// table it lies in the data directory as a text file, terms.dat, to which a run
+// only appends; a line holds the four numbers of a Term.
 //
 // The terms of one head form a chain through `next`, in ascending order of
 // `mod`, so that the head alone stands last. Only the file shows the chains.
@@ -20,7 +20,6 @@
 
 #include "vocabulary/atomtab.h"
 #include "vocabulary/idindex.h"
-#include "vocabulary/tablefile.h"
 
 namespace vek {
 
@@ -37,11 +36,8 @@ class TermTable {
   TermTable(const TermTable &) = delete;
   TermTable &operator=(const TermTable &) = delete;
 
-  // Names the table's file, of which nothing is held to be written yet.
-  void set_file(const std::string &path);
-
   // The id of the pair. A new pair gets the next id, from 0 without gaps.
-  // `head` must not be EmptyAtom; `mod` may be. Ends the run when all ids are
+  // `head` must not be EmptyAtom; `mod` may be. EmptyAtom when all ids are
   // used up.
   std::uint32_t enter(std::uint32_t head, std::uint32_t mod);
 
@@ -52,67 +48,41 @@ class TermTable {
   std::uint32_t head(std::uint32_t term_id) const;
   std::uint32_t mod(std::uint32_t term_id) const;
 
-  // The first term of the head's chain, EmptyAtom if it has none. May sort, as
-  // get_term() does.
-  std::uint32_t first_of_head(std::uint32_t head) const;
-
   // The number of terms, which is also the id of the next new one.
   std::uint32_t size() const {
     return static_cast<std::uint32_t>(terms_.size());
   }
-  std::uint32_t next_id() const { return size(); }
   bool empty() const { return terms_.empty(); }
 
-  // How many terms, counted from id 0, the file holds.
-  std::uint32_t nr_written() const { return file_.nr_written(); }
-  bool has_unwritten() const { return nr_written() < size(); }
-
-  // Enters the content of a file in the empty table; the atom table must have
-  // been read. Of a line only head and modifier are used: the term's place is
-  // its id, and the chain has grown since the line was written. Returns false
-  // if the content is damaged: a line that is not four 32-bit decimal numbers
-  // with one blank between them, a pair that was there before, no head, or an
-  // atom that the atom table does not hold. The table then holds the lines
-  // before that.
-  bool parse(std::string_view content);
+  // Enters the content of a file in the empty table, for an atom table of
+  // `nr_atoms` atoms. Of a line only head and modifier are used: the term's
+  // place is its id, and the chain has grown since the line was written.
+  // Returns false if the content is damaged: a line that is not four 32-bit
+  // decimal numbers with one blank between them, a pair that was there before,
+  // no head, or an atom that the atom table does not hold. The table then holds
+  // the lines before that.
+  bool parse(std::string_view content, std::uint32_t nr_atoms);
 
   // Adds to `out` the line of the file that stands for a term, as get_term()
   // has it.
   void append_line(std::string &out, std::uint32_t term_id) const;
-
-  // Loads the file into the empty table by parse(). The run ends with a report
-  // if the file can't be read or is damaged.
-  void read();
-
-  // Appends the terms that the file does not hold yet, and logs how many.
-  // Earlier lines stay as they are even if their `next` has changed. The file
-  // is created even if there are none. Ends the run with a report if that
-  // fails.
-  void write();
 
  private:
   struct Slot {
     bool is_free() const { return id == EmptyAtom; }
     std::uint64_t hash() const;
 
-    std::uint64_t key = 0;  // the pair
+    std::uint64_t key = 0;  // the pair as one number
     std::uint32_t id = EmptyAtom;
   };
 
-  void create_term(std::uint32_t head, std::uint32_t mod);
-  // Cuts some lines off the file's content and enters what they say.
-  bool add_lines(std::string_view &content);
   void link() const;
 
   // The chains are made on demand, in const functions too.
   mutable std::vector<Term> terms_;
-  mutable std::vector<std::uint32_t> chains_;  // first terms, by their head
   mutable bool linked_ = true;
   IdIndex<Slot> index_;
-  TableFile file_;
 };
-
-extern TermTable term_table;
 
 }  // namespace vek
 

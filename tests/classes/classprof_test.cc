@@ -5,25 +5,24 @@
 #include <map>
 #include <sstream>
 #include <string>
-#include <vector>
-
-#include "params/params.h"
-#include "run/output_file.h"
+#include <utility>
 
 namespace vek {
 namespace {
 
-std::string written(const ClassProfile &profile, std::uint32_t nr_terms) {
+using Columns = ProfileColumns;
+
+std::string written(const ClassProfile &profile, std::uint32_t nr_terms,
+                    Columns columns) {
   std::ostringstream stream;
-  EXPECT_TRUE(profile.write(stream, nr_terms));
+  EXPECT_TRUE(profile.write(stream, nr_terms, columns));
   return stream.str();
 }
 
-bool reads(const std::string &text) {
-  std::istringstream stream(text);
+bool reads(const std::string &text, Columns columns) {
   ClassProfile profile;
   std::uint32_t nr_terms = 0;
-  return profile.read(stream, nr_terms);
+  return profile.parse(text, nr_terms, columns);
 }
 
 // Compares with an ordered map after every few of many mixed steps.
@@ -43,7 +42,6 @@ TEST(ClassProfile, BehavesAsAMapWalkedByAscendingTerm) {
     }
     ASSERT_EQ(profile.tf(term), model.contains(term) ? model[term] : 0);
     ASSERT_EQ(profile.find(term) != nullptr, model.contains(term));
-    ASSERT_EQ(profile.df(term), 0U);
     if (step % 7 != 0)
       continue;
     auto expected = model.begin();
@@ -55,101 +53,68 @@ TEST(ClassProfile, BehavesAsAMapWalkedByAscendingTerm) {
   }
 }
 
-struct Layout {
-  Algorithm algorithm;
-  std::string text;
-};
-
-const std::vector<Layout> layouts = {
-    {Algorithm::winnow, "2\t42\t1.23457\n5\t6\t7\t-1\t2\t\n9\t1\t2\t3\t4\t\n"},
-    {Algorithm::rocchio,
+const std::pair<Columns, std::string> layouts[] = {
+    {Columns::updates, "2\t42\t1.23457\n5\t6\t7\t-1\t2\t\n9\t1\t2\t3\t4\t\n"},
+    {Columns::weight,
      "2\t42\t1.23457\n5\t6\t7\t-1.5e-07\t\n9\t1\t2\t0.333333\t\n"},
-    {Algorithm::sbc, "2\t42\t1.23457\n5\t6\t7\t\n9\t1\t2\t\n"},
+    {Columns::frequencies, "2\t42\t1.23457\n5\t6\t7\t\n9\t1\t2\t\n"},
 };
 
-TEST(ClassProfile, WritesTheColumnsOfTheAlgorithmAndReadsZeroForTheRest) {
+TEST(ClassProfile, WritesItsColumnsAndReadsZeroForTheRest) {
   ClassProfile profile;
   profile.set_threshold(1.23456789);
   profile[9] = {1, 2, 8.0, 1.0 / 3.0, 8.0, 3, 4};
   profile[5] = {6, 7, 8.0, -1.5e-7, 8.0, -1, 2};
-  for (const Layout &layout : layouts) {
-    params.set_algorithm(layout.algorithm);
-    EXPECT_EQ(written(profile, 42), layout.text);
-    std::istringstream stream(layout.text);
+  for (const auto &[columns, text] : layouts) {
+    EXPECT_EQ(written(profile, 42, columns), text);
     ClassProfile again;
     std::uint32_t nr_terms = 0;
-    ASSERT_TRUE(again.read(stream, nr_terms));
-    EXPECT_EQ(written(again, nr_terms), layout.text);
-    const ClassProfileEntry &entry = *again.find(5);
-    EXPECT_EQ(entry.pos_weight,
-              layout.algorithm == Algorithm::rocchio ? -1.5e-7 : 0.0);
-    EXPECT_EQ(entry.neg_weight + entry.weight, 0.0);
+    ASSERT_TRUE(again.parse(text, nr_terms, columns));
+    EXPECT_EQ(written(again, nr_terms, columns), text);
+    EXPECT_EQ(again.find(5)->pos_weight,
+              columns == Columns::weight ? -1.5e-7 : 0.0);
   }
-  EXPECT_EQ(written(ClassProfile(), 4294967295), "0\t4294967295\t1\n");
+  EXPECT_EQ(written(ClassProfile(), 4294967295, Columns::weight),
+            "0\t4294967295\t1\n");
 }
 
-TEST(ClassProfile, ReadsNoFileOfAnotherAlgorithmOrOneThatIsCutShort) {
-  for (const Layout &layout : layouts) {
-    for (const Layout &other : layouts) {
-      params.set_algorithm(other.algorithm);
-      EXPECT_EQ(reads(layout.text), &layout == &other);
-    }
-    params.set_algorithm(layout.algorithm);
-    const std::size_t last = layout.text.find_last_not_of("\t\n");
+TEST(ClassProfile, ReadsNoFileOfOtherColumnsOrOneThatIsCutShort) {
+  for (const auto &[columns, text] : layouts) {
+    for (const auto &other : layouts)
+      EXPECT_EQ(reads(text, other.first), columns == other.first);
+    const std::size_t last = text.find_last_not_of("\t\n");
     // A cut inside the last number leaves another number.
-    const std::size_t start = layout.text.find_last_of('\t', last) + 1;
-    for (std::size_t size = 0; size <= start; ++size) {
-      EXPECT_FALSE(reads(layout.text.substr(0, size))) << size;
-    }
-    EXPECT_TRUE(reads(layout.text.substr(0, last + 1)));
+    const std::size_t start = text.find_last_of('\t', last) + 1;
+    for (std::size_t size = 0; size <= start; ++size)
+      EXPECT_FALSE(reads(text.substr(0, size), columns)) << size;
+    EXPECT_TRUE(reads(text.substr(0, last + 1), columns));
   }
 }
 
 TEST(ClassProfile, ReadsNoDamagedFile) {
-  const auto winnow = Algorithm::winnow;
-  const auto rocchio = Algorithm::rocchio;
-  const auto sbc = Algorithm::sbc;
   const struct {
-    Algorithm algorithm;
+    Columns columns;
     std::string text;
     bool readable = false;
   } cases[] = {
-      {sbc, " 1 \r\n 7 1e0 \v 5 6 7 \n\n", true},
-      {sbc, "1\t0\t1\n5\t6\t7\t\n9\t1\t2\t\n"},
-      {sbc, std::string("1\t0\t1\n5\t6\t7\t\n\0", 14)},
-      {sbc, "2\t0\t1\n5\t6\t7\t\n5\t6\t7\t\n"},
-      {sbc, "4294967295\t0\t1\n5\t6\t7\t\n"},
-      {sbc, "0\t4294967296\t1\n"},
-      {sbc, "0\t0\tnan\n"},
-      {sbc, "0\t0\t1e309\n"},
-      {sbc, "1\t0\t1\n4294967295\t4294967295\t4294967295\n", true},
-      {sbc, "1\t0\t1\n5\t4294967296\t7\t\n"},
-      {winnow, "1\t0\t1\n5\t6\t7\t2147483647\t-2147483648\n", true},
-      {winnow, "1\t0\t1\n5\t6\t7\t2147483648\t0\n"},
-      {winnow, "1\t0\t1\n5\t6\t7\t0\t-2147483649\n"},
-      {rocchio, "1\t0\t1\n5\t6\t7\tinf\n"},
+      {Columns::frequencies, " 1 \r\n 7 1e0 \v 5 6 7 \n\n", true},
+      {Columns::frequencies, "1\t0\t1\n5\t6\t7\t\n9\t1\t2\t\n"},
+      {Columns::frequencies, std::string("1\t0\t1\n5\t6\t7\t\n\0", 14)},
+      {Columns::frequencies, "2\t0\t1\n5\t6\t7\t\n5\t6\t7\t\n"},
+      {Columns::frequencies, "4294967295\t0\t1\n5\t6\t7\t\n"},
+      {Columns::frequencies, "0\t4294967296\t1\n"},
+      {Columns::frequencies, "0\t0\tnan\n"},
+      {Columns::frequencies, "0\t0\t1e309\n"},
+      {Columns::frequencies, "1\t0\t1\n4294967295\t4294967295\t4294967295\n",
+       true},
+      {Columns::frequencies, "1\t0\t1\n5\t4294967296\t7\t\n"},
+      {Columns::updates, "1\t0\t1\n5\t6\t7\t2147483647\t-2147483648\n", true},
+      {Columns::updates, "1\t0\t1\n5\t6\t7\t2147483648\t0\n"},
+      {Columns::updates, "1\t0\t1\n5\t6\t7\t0\t-2147483649\n"},
+      {Columns::weight, "1\t0\t1\n5\t6\t7\tinf\n"},
   };
-  for (const auto &[algorithm, text, readable] : cases) {
-    params.set_algorithm(algorithm);
-    EXPECT_EQ(reads(text), readable) << text;
-  }
-}
-
-TEST(ClassProfile, KeepsALargeTableAndTellsOfAFullDisk) {
-  ClassProfile profile;
-  profile.prepare(4294967295);
-  for (std::uint32_t term = 20000; term-- > 0;)
-    profile[term * 3].df = term;
-  const std::string text = written(profile, 1);
-  std::istringstream stream(text);
-  ClassProfile again;
-  std::uint32_t nr_terms = 0;
-  ASSERT_TRUE(again.read(stream, nr_terms));
-  EXPECT_TRUE(written(again, 1) == text);
-
-  OutputFile full;
-  full.open("/dev/full", OutputFile::Mode::truncate);
-  EXPECT_FALSE(profile.write(full, 0));
+  for (const auto &[columns, text, readable] : cases)
+    EXPECT_EQ(reads(text, columns), readable) << text;
 }
 
 }  // namespace

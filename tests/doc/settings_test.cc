@@ -8,8 +8,11 @@
 #include <regex>
 #include <sstream>
 #include <string>
+#include <variant>
 #include <vector>
 
+#include "base/messages.h"
+#include "learning/classifiers.h"
 #include "params/params.h"
 #include "params/rcparser.h"
 #include "params/scanner.h"
@@ -45,75 +48,70 @@ std::vector<Entry> read_page() {
 }
 
 std::string text_of(Token::Code code) {
-  return std::string(std::ranges::find(keywords(), code, &Keyword::code)->text);
+  return std::string(
+      std::ranges::find(keyword_table, code, &Keyword::code)->text);
 }
 
-// The kind of value as the page shows it; of a choice, the names.
-struct Shown {
-  std::string operator()(const OnOffValue &) { return "*on*|*off*"; }
-  std::string operator()(const NumberValue &) { return "_integer_"; }
-  std::string operator()(const RationalValue &) { return "_number_"; }
-  std::string operator()(const StringValue &) { return "string"; }
-  std::string operator()(const ChoiceValue &value) {
-    std::string text;
-    for (const ChoiceValue::Option &option : value.options)
-      text += (text.empty() ? "*" : "|*") + text_of(option.keyword) + '*';
-    return text;
-  }
-};
-
-TEST(SettingsPage, HasTheKeysAndValuesOfTheParser) {
+// With the names of a choice, and otherwise the kind of value.
+TEST(SettingsPage, HasTheKeysAndChoicesOfTheParser) {
   std::map<std::string, std::string> of_page;
   for (const Entry &entry : read_page()) {
-    const bool is_string = entry.values.starts_with('"');
     of_page[entry.section + ' ' + entry.key] =
-        is_string ? "string" : entry.values;
+        entry.values[0] == '"' ? "string" : entry.values;
   }
+  const char *const kinds[] = {"*on*|*off*", "_integer_", "_number_", "string"};
   std::map<std::string, std::string> of_parser;
   for (const ResourceSection &section : resource_sections()) {
     for (const ResourceKey &key : section.keys) {
-      of_parser[text_of(section.keyword) + ' ' + text_of(key.keyword)] =
-          std::visit(Shown(), key.value);
+      std::string &shown =
+          of_parser[text_of(section.keyword) + ' ' + text_of(key.keyword)];
+      const auto *choice_P = std::get_if<ChoiceValue>(&key.value);
+      if (choice_P == nullptr) {
+        shown = kinds[key.value.index()];
+        continue;
+      }
+      for (const ChoiceValue::Option &option : choice_P->options)
+        shown += (shown.empty() ? "*" : "|*") + text_of(option.keyword) + '*';
     }
   }
   EXPECT_EQ(of_page, of_parser);
 }
 
 // All that a record holds, by the settings text of each algorithm.
-std::string everything(Params settings) {
-  std::string text = settings.settings_text();
-  for (const Algorithm algorithm :
-       {Algorithm::winnow, Algorithm::rocchio, Algorithm::sbc}) {
-    settings.set_algorithm(algorithm);
-    text += settings.settings_text();
-  }
-  return text + (settings.rocchio().pivoted() ? "pivoted" : "");
+std::string everything(const Params &settings) {
+  std::ostringstream text;
+  text << settings.general_text(classifier_of(settings.algorithm).name)
+       << settings.rocchio.pivoted;
+  for (const Classifier &classifier : classifiers())
+    classifier.write_settings(text, settings);
+  return text.str();
 }
 
 // Whether the text of the resource file was read without an error.
 bool set(Params &settings, const std::string &resources) {
-  RcParser parser(&settings, resources, "page");
+  Messages messages;
+  RcParser parser(&settings, resources, "page", messages);
   parser.parse();
   return parser.nr_errors() == 0;
 }
 
-// Something else than the default, for each kind of value.
+// Something else than the default.
 std::string another_value(const Entry &entry) {
-  if (entry.values.starts_with('"'))
-    return "\"another\"";
-  if (entry.values.starts_with('_'))
-    return "7";
-  std::string first, second;
-  std::istringstream values(
-      std::regex_replace(entry.values, std::regex("\\*|\\|"), " "));
-  values >> first >> second;
-  return first == entry.default_value ? second : first;
+  if (entry.values[0] != '*')
+    return entry.values[0] == '"' ? "\"another\"" : "7";
+  const std::string first =
+      entry.values.substr(1, entry.values.find('*', 1) - 1);
+  return first != entry.default_value
+             ? first
+             : std::regex_replace(entry.values,
+                                  std::regex("^[^|]*\\|\\*([a-z]+).*"), "$1");
 }
 
 TEST(SettingsPage, HasTheDefaultsOfTheProgram) {
-  const std::string defaults = everything(Params());
-  ASSERT_FALSE(read_page().empty());
-  for (const Entry &entry : read_page()) {
+  const std::string defaults = everything({});
+  const std::vector<Entry> entries = read_page();
+  ASSERT_FALSE(entries.empty());
+  for (const Entry &entry : entries) {
     const std::string key = '[' + entry.section + "] " + entry.key + ' ';
     Params settings;
     EXPECT_TRUE(set(settings, key + another_value(entry))) << key;

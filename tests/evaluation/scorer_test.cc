@@ -3,72 +3,60 @@
 #include <string>
 #include <vector>
 
-#include "evaluation/testing.h"
 #include "support/collection_fixture.h"
-#include "support/plain_winnow.h"
 
 namespace vek {
 namespace {
 
-class Scorer : public CollectionTest {
- protected:
-  // Classes that know some of twenty terms, one of them none.
-  std::vector<ClassData *> make_classes(Dice &dice) {
-    new_classes();
-    std::vector<ClassData *> classes;
-    for (std::uint32_t i = 0, n = 1 + dice(90); i < n; ++i) {
-      ClassData &data = at("c" + std::to_string(i));
-      for (std::uint32_t k = i == 3 ? 0 : 1 + dice(6); k-- > 0;) {
-        ClassProfileEntry &entry = data.profile[dice(20)];
-        entry.pos_weight = dice(1000) / 7.0 - 30.0;
-        entry.neg_weight = dice(1000) / 9.0;
-      }
-      classes.push_back(&data);
-    }
-    for (std::uint32_t term = 0; term < 20; ++term) {
-      top().profile[term].df = 1 + dice(9);
-    }
-    top().nr_docs = 10;
-    return classes;
-  }
+TEST(Score, IsScaledByAThresholdThatCanScale) {
+  Params params;
+  EXPECT_EQ(scaled_score(params, -3.0, 2.0), -1.5);
+  EXPECT_EQ(scaled_score(params, 3.0, 0.0), 4.0);
+  EXPECT_EQ(scaled_score(params, 0.0, 0.0), 1.0);
+  EXPECT_EQ(scaled_score(params, -1.0, -2.0), 2.0);
+  params.scaling = false;
+  EXPECT_EQ(scaled_score(params, -3.0, 2.0), -3.0);
+}
 
-  // Terms in no order, some unknown to all classes, one twice now and then.
-  static DocProfile make_document(Dice &dice) {
-    DocProfile doc;
-    for (std::uint32_t k = dice(15); k-- > 0;) {
-      doc.add_term(dice(24), 1 + dice(5));
-    }
-    doc.weigh(0);
-    return doc;
-  }
+TEST(Score, IsAProductWithAFactorForUnknownTerms) {
+  ClassProfile profile;
+  profile[1].pos_weight = 3.0;
+  profile[2].pos_weight = 5.0;
+  const DocProfile doc = make_profile({{9, 1}, {2, 3}, {1, 4}});
+  const Scoring product = {Scoring::Kind::product, pos_weight_sum.weight};
+  EXPECT_EQ(score_document(product, {}, profile, doc), 0.01 * 5.0 * 3.0);
+}
 
-  static std::string scores_of(const DocProfile &doc,
-                               const std::vector<ClassData *> &classes) {
-    std::vector<WeightType> values{-1.0};
-    ClassScorer(classes).score(doc, values);
-    std::string text;
-    for (const WeightType value : values)
-      text += exact(value) + ' ';
-    return text;
-  }
-};
-
-TEST_F(Scorer, AgreesWithThePlainScoreToTheLastBit) {
+// Classes that know some of twenty terms, one of them none; few classes and
+// many, so that rows of the index are full, and are not. Terms of the document
+// in no order, some unknown to all classes, one twice now and then.
+TEST(ClassScorer, AgreesWithScoringOneByOneToTheLastBit) {
   Dice dice(1);
   for (int round = 0; round < 300; ++round) {
-    params.set_algorithm(static_cast<Algorithm>(round % 3));
-    params.winnow().set_negative_weights(dice(2) == 0);
-    const std::vector<ClassData *> classes = make_classes(dice);
-    const DocProfile doc = make_document(dice);
-    std::string expected;
-    std::string one_by_one;
-    for (const ClassData *data_P : classes) {
-      expected +=
-          exact(PlainWinnow::score_document(data_P->profile, doc)) + ' ';
-      one_by_one += exact(score_document(data_P->profile, doc)) + ' ';
+    SmallCollection collection;
+    for (std::uint32_t i = 0, n = 1 + dice(90); i < n; ++i) {
+      ClassData &data = collection.at("c" + std::to_string(i));
+      for (std::uint32_t k = i == 3 ? 0 : 1 + dice(6); k-- > 0;)
+        data.profile[dice(20)].pos_weight = dice(1000) / 7.0 - 30.0;
     }
-    EXPECT_EQ(one_by_one, expected) << "round " << round;
-    EXPECT_EQ(scores_of(doc, classes), expected) << "round " << round;
+    for (std::uint32_t term = 0; term < 20; ++term)
+      collection.top().profile[term].df = 1 + dice(9);
+    collection.top().nr_docs = 10;
+    DocProfile doc;
+    for (std::uint32_t k = dice(15); k-- > 0;)
+      doc.add_term(dice(24), 1 + dice(5));
+    doc.weigh(collection.top(), collection.params);
+    for (const auto kind : {Scoring::Kind::sum, Scoring::Kind::product}) {
+      const Scoring scoring = {kind, pos_weight_sum.weight};
+      const std::vector<ClassData *> &sons = collection.top().sons;
+      std::vector<WeightType> expected, values{-1.0};
+      for (const ClassData *son_P : sons) {
+        expected.push_back(
+            score_document(scoring, collection.params, son_P->profile, doc));
+      }
+      ClassScorer(sons, scoring, collection.params).score(doc, values);
+      EXPECT_EQ(values, expected) << "round " << round;
+    }
   }
 }
 

@@ -175,10 +175,8 @@ Plan parse(const char *text_P) {
   Plan plan;
   std::string how;
   text >> plan.call;
-  if (plan.call == "child") {
-    text >> how;
+  if (plan.call == "child" && text >> how)
     plan.call += ' ' + how;
-  }
   text >> plan.number >> how >> plan.seed;
   const std::map<std::string, How> words = {
       {"short", How::shorter}, {"nothing", How::nothing},
@@ -187,8 +185,7 @@ Plan parse(const char *text_P) {
       {"mixed", How::cut}};
   const auto word = words.find(how);
   plan.how = word == words.end() ? How::error : word->second;
-  if (plan.how == How::error)
-    plan.error = std::atoi(how.c_str());
+  plan.error = std::atoi(how.c_str());
   return plan;
 }
 
@@ -230,22 +227,13 @@ How decide(const std::string &call, bool changes, const std::string &subject) {
 }
 
 // The file of a call.
-class Subject {
- public:
-  Subject(const char *path) : path_(path) {}
-  Subject(int fd) : fd_(fd) {}
-  std::string name() const {
-    std::error_code ignored;
-    return fd_ < 0 ? path_
-                   : fs::read_symlink("/proc/self/fd/" + std::to_string(fd_),
-                                      ignored)
-                         .string();
-  }
-
- private:
-  const char *path_ = "";
-  int fd_ = -1;
-};
+std::string name_of(const char *path) {
+  return path;
+}
+std::string name_of(int fd) {
+  std::error_code ignored;
+  return fs::read_symlink("/proc/self/fd/" + std::to_string(fd), ignored);
+}
 
 class Inside {
  public:
@@ -259,14 +247,15 @@ bool is_watched() {
 
 // Makes the call unless it is the one that shall fail; `done` sees that it was
 // made.
-template <typename Call, typename Done>
-auto guarded(const char *name, bool changes, Subject subject, Call call,
-             Done done) {
+template <typename Subject, typename Call, typename Done = void (*)()>
+auto guarded(
+    const char *name, bool changes, Subject subject, Call call,
+    Done done = [] {}) {
   using Result = decltype(call());
   if (!is_watched())
     return call();
   const Inside inside;
-  const How how = decide(name, changes, subject.name());
+  const How how = decide(name, changes, name_of(subject));
   if (how == How::error) {
     if constexpr (std::is_pointer_v<Result>)
       return Result(nullptr);
@@ -282,18 +271,13 @@ auto guarded(const char *name, bool changes, Subject subject, Call call,
   return result;
 }
 
-template <typename Call>
-auto guarded(const char *name, bool changes, Subject subject, Call call) {
-  return guarded(name, changes, subject, call, [] {});
-}
-
 template <typename Move>
 ssize_t move_bytes(const char *name, bool changes, int fd, std::size_t size,
                    Move move) {
   if (!is_watched())
     return move(size);
   const Inside inside;
-  const How how = decide(name, changes, Subject(fd).name());
+  const How how = decide(name, changes, name_of(fd));
   if (how == How::error)
     return -1;
   if (how == How::nothing)
@@ -309,12 +293,6 @@ int open_file(const char *path, int flags, mode_t mode) {
   const bool changes = (flags & (O_CREAT | O_TRUNC)) != 0;
   return guarded("open", changes, path, [=] {
     return real<int(const char *, int, ...)>("open")(path, flags, mode);
-  });
-}
-
-FILE *open_stream(const char *path, const char *mode) {
-  return guarded("open", false, path, [=] {
-    return real<FILE *(const char *, const char *)>("fopen")(path, mode);
   });
 }
 
@@ -379,34 +357,36 @@ int open(const char *path, int flags, ...) {
 int __open_2(const char *path, int flags) {
   return open_file(path, flags, 0);
 }
-FILE *fopen(const char *path, const char *mode) {
-  return open_stream(path, mode);
-}
+// By which streams open their files.
 FILE *fopen64(const char *path, const char *mode) {
-  return open_stream(path, mode);
+  return guarded("open", false, path, [=] {
+    return real<decltype(fopen64)>("fopen64")(path, mode);
+  });
+}
+FILE *fopen(const char *path, const char *mode) {
+  return fopen64(path, mode);
 }
 
 ssize_t read(int fd, void *bytes, size_t size) {
   return move_bytes("read", false, fd, size, [=](size_t part) {
-    return real<ssize_t(int, void *, size_t)>("read")(fd, bytes, part);
+    return real<decltype(read)>("read")(fd, bytes, part);
+  });
+}
+ssize_t pread(int fd, void *bytes, size_t size, off_t offset) {
+  return move_bytes("pread", false, fd, size, [=](size_t part) {
+    return real<decltype(pread)>("pread")(fd, bytes, part, offset);
+  });
+}
+ssize_t write(int fd, const void *bytes, size_t size) {
+  return move_bytes("write", true, fd, size, [=](size_t part) {
+    return real<decltype(write)>("write")(fd, bytes, part);
   });
 }
 ssize_t __read_chk(int fd, void *bytes, size_t size, size_t) {
   return read(fd, bytes, size);
 }
-ssize_t pread(int fd, void *bytes, size_t size, off_t offset) {
-  return move_bytes("pread", false, fd, size, [=](size_t part) {
-    return real<ssize_t(int, void *, size_t, off_t)>("pread")(fd, bytes, part,
-                                                              offset);
-  });
-}
 ssize_t __pread_chk(int fd, void *bytes, size_t size, off_t offset, size_t) {
   return pread(fd, bytes, size, offset);
-}
-ssize_t write(int fd, const void *bytes, size_t size) {
-  return move_bytes("write", true, fd, size, [=](size_t part) {
-    return real<ssize_t(int, const void *, size_t)>("write")(fd, bytes, part);
-  });
 }
 
 // What is on the disk is known here; nobody has to wait for a real one.
@@ -497,31 +477,20 @@ static bool allocation_fails(const void *caller_P) {
 // What comes next is the allocator that vek is linked with.
 #define REAL(name) reinterpret_cast<decltype(&name)>(dlsym(RTLD_NEXT, #name))
 
-void *malloc(size_t size) noexcept {
-  static const auto real = REAL(malloc);
-  return allocation_fails(__builtin_return_address(0)) ? nullptr : real(size);
-}
-void *calloc(size_t count, size_t size) noexcept {
-  static const auto real = REAL(calloc);
-  return allocation_fails(__builtin_return_address(0)) ? nullptr
-                                                       : real(count, size);
-}
-void *realloc(void *block, size_t size) noexcept {
-  static const auto real = REAL(realloc);
-  return allocation_fails(__builtin_return_address(0)) ? nullptr
-                                                       : real(block, size);
-}
-void *aligned_alloc(size_t alignment, size_t size) noexcept {
-  static const auto real = REAL(aligned_alloc);
-  return allocation_fails(__builtin_return_address(0)) ? nullptr
-                                                       : real(alignment, size);
-}
-int posix_memalign(void **out, size_t alignment, size_t size) noexcept {
-  static const auto real = REAL(posix_memalign);
-  return allocation_fails(__builtin_return_address(0))
-             ? ENOMEM
-             : real(out, alignment, size);
-}
+#define ALLOCATOR(result, name, failure, parameters, ...) \
+  result name parameters noexcept {                       \
+    static const auto real_P = REAL(name);                \
+    return allocation_fails(__builtin_return_address(0))  \
+               ? failure                                  \
+               : real_P(__VA_ARGS__);                     \
+  }
+ALLOCATOR(void *, malloc, nullptr, (size_t size), size)
+ALLOCATOR(void *, calloc, nullptr, (size_t count, size_t size), count, size)
+ALLOCATOR(void *, realloc, nullptr, (void *block, size_t size), block, size)
+ALLOCATOR(void *, aligned_alloc, nullptr, (size_t alignment, size_t size),
+          alignment, size)
+ALLOCATOR(int, posix_memalign, ENOMEM,
+          (void **out, size_t alignment, size_t size), out, alignment, size)
 
 #endif
 }
@@ -541,15 +510,12 @@ void *operator new(size_t size) {
 void *operator new[](size_t size) {
   return operator new(size);
 }
-void *operator new(size_t size, const std::nothrow_t &) noexcept {
+void *operator new[](size_t size, const std::nothrow_t &) noexcept {
   try {
     return operator new(size);
   } catch (const std::bad_alloc &) {
     return nullptr;
   }
-}
-void *operator new[](size_t size, const std::nothrow_t &) noexcept {
-  return operator new(size, std::nothrow);
 }
 #endif
 // NOLINTEND(readability-identifier-naming)

@@ -5,13 +5,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <utility>
 
-#include "classes/classtab.h"
-#include "intake/analyser.h"
-#include "params/params.h"
-#include "store/database.h"
-#include "support/child_run.h"
-#include "support/messages.h"
+#include "intake/lists.h"
 #include "support/temporary_directory.h"
 
 namespace vek {
@@ -81,49 +77,26 @@ TEST(BaseName, IsTheLastComponentWithItsSlash) {
       {"a//", "/"},  {"/", "/"},      {"//", "/"},  {"", ""},
       {"../x", "x"}, {"..", ".."},    {"./", "./"}, {"/a.b/c d", "c d"},
       {"a/./.", "."}};
-  for (const auto &[directory, name] : cases)
-    EXPECT_EQ(base_name(directory), name) << directory;
+  std::string name;
+  for (const auto &[directory, expected] : cases) {
+    EXPECT_TRUE(base_name(directory, name));
+    EXPECT_EQ(name, expected) << directory;
+  }
   TemporaryDirectory here;
   std::filesystem::create_directory("work");
   std::filesystem::current_path("work");
-  EXPECT_EQ(base_name("."), "work");
+  EXPECT_TRUE(base_name(".", name));
+  EXPECT_EQ(name, "work");
 }
 
-TEST(Collection, NamesWhatCannotBeStoredAndEndsAtALineThatIsTooLong) {
-  const TemporaryDirectory directory;
-  const std::string longest(2045, 'y');
-  write_text("ex/train", "a x\nb good/b\\ad\\\nb good/b\\ad\\ \"\nb " +
-                             longest + "\nc z\nd " + longest + "y\nd x\n");
-  write_text("ex/test", "c \"/son y/z\"/\n");
-  for (const std::string name : {"a", "b", "c"})
-    write_text("ex/files/" + name + ".txt", name);
-  const RunResult run = run_in_child([] {
-    params.set_file_directory("ex/files");
-    analyser.open("");
-    data_base.open("data");
-    data_base.read(false);
-    collect_documents("ex");
-    class_table.gather_documents();
-    for (std::uint32_t id = 0; id < class_table.size(); ++id) {
-      std::string line = class_table.full_name(id).substr(0, 9) + ':';
-      for (const auto &[name, list] : class_table.get_data(id).train_docs)
-        line += ' ' + name;
-      log_always(5, line);
-    }
-  });
-  EXPECT_EQ(run.status, 0);
-  std::string expected;
-  for (const std::string &place :
-       {"train: line 2: class name `b\\ad\\"s, "train: line 3: class name `\""s,
-        "train: line 4: class name `" + longest.substr(0, 200),
-        "test: line 1: class name `\""s, "test: line 1: class name `z\"/"s}) {
-    expected += "WARNING: file ex/" + place +
-                "' cannot be stored in the data directory\n";
+TEST(InputDocument, EndsInTxtAndIsNotHidden) {
+  std::string name;
+  for (const std::string entry : {"a", "x.txt", " "}) {
+    EXPECT_TRUE(is_input_document(entry + ".txt", name));
+    EXPECT_EQ(name, entry);
   }
-  EXPECT_EQ(run.screen, expected);
-  EXPECT_EQ(run.log, expected +
-                         "ex: a b c\nx: a\ngood: b\ngood/b\\ad: b\n\": b\n"
-                         "yyyyyyyyy: b\nz: c\n\"/son:\ny:\ny/z\"/:\n");
+  for (const char *entry : {".txt", ".a.txt", "plain", "upper.TXT", "a.txt~"})
+    EXPECT_FALSE(is_input_document(entry, name)) << entry;
 }
 
 }  // namespace

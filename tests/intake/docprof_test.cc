@@ -1,5 +1,7 @@
 #include "intake/docprof.h"
 
+#include <gtest/gtest.h>
+
 #include <cmath>
 #include <cstdint>
 #include <string>
@@ -7,10 +9,22 @@
 #include <vector>
 
 #include "classes/termset.h"
-#include "support/collection_fixture.h"
+#include "support/temporary_directory.h"
 
 namespace vek {
 namespace {
+
+struct TermCount {
+  std::uint32_t term;
+  std::uint32_t freq;
+};
+
+DocProfile make_profile(const std::vector<TermCount> &terms) {
+  DocProfile profile;
+  for (const TermCount &one : terms)
+    profile.add_term(one.term, one.freq);
+  return profile;
+}
 
 std::string stored(const DocProfile &profile) {
   std::string block;
@@ -29,21 +43,24 @@ Weights weights(const DocProfile &profile) {
 
 // A class of eight documents: term 1 in two of them, 2 in all, 3 in four, 4 in
 // none.
-class DocProfileWeights : public CollectionTest {
+class DocProfileWeights : public testing::Test {
  protected:
   DocProfileWeights() {
-    top().nr_docs = 8;
-    top().profile[1].df = 2;
-    top().profile[2].df = 8;
-    top().profile[3].df = 4;
-    top().profile[4].tf = 1;
+    data_.nr_docs = 8;
+    data_.profile[1].df = 2;
+    data_.profile[2].df = 8;
+    data_.profile[3].df = 4;
+    data_.profile[4].tf = 1;
   }
 
-  static Weights weighed(const std::vector<TermCount> &terms) {
+  Weights weighed(const std::vector<TermCount> &terms) const {
     DocProfile doc = make_profile(terms);
-    doc.weigh(0);
+    doc.weigh(data_, params_);
     return weights(doc);
   }
+
+  ClassData data_;
+  Params params_;
 };
 
 TEST(DocProfile, IsStoredAsCountAndPairs) {
@@ -88,17 +105,17 @@ TEST_F(DocProfileWeights, AreStrengthTimesRarity) {
                {Strength::boolean, 0, 0.0},
                {Strength::ltc, 0, 0.0}};
   for (const auto &[strength, f, value] : cases) {
-    params.set_strength(strength);
+    params_.strength = strength;
     EXPECT_EQ(weighed({{3, f}, {9, f}, {1, f}, {4, f}, {2, f}}),
               (Weights{std::log(8.0 / 4) * value, 0.0,
                        std::log(8.0 / 2) * value, 0.0, 0.0}))
         << static_cast<int>(strength) << " of " << f;
   }
-  top().nr_docs = 0;
+  data_.nr_docs = 0;
   EXPECT_EQ(weighed({{1, 3}}), Weights{0.0});
   // Nothing is kept of another number of documents.
-  top().nr_docs = 16;
-  params.set_strength(Strength::freq);
+  data_.nr_docs = 16;
+  params_.strength = Strength::freq;
   EXPECT_EQ(weighed({{1, 1}}), Weights{std::log(16.0 / 2)});
 }
 
@@ -109,7 +126,7 @@ TEST_F(DocProfileWeights, AreNormalisedWhereThereIsSomethingToDivideBy) {
       {Normalize::linear, first + second},
       {Normalize::vector, std::sqrt(first * first + second * second)}};
   for (const auto &[normalize, divisor] : cases) {
-    params.set_normalize(normalize);
+    params_.normalize = normalize;
     EXPECT_EQ(weighed({{3, 3}, {2, 1}, {1, 5}}),
               (Weights{first / divisor, 0.0, second / divisor}));
     EXPECT_EQ(weighed({{2, 3}, {9, 1}}), (Weights{0.0, 0.0}));
@@ -131,23 +148,23 @@ TEST(DocProfile, AddsItsSharesInThousandthsRoundedWithTheHalfDown) {
                // The total wraps to 1 and the share with it: 4294967295000.
                {0xFFFFFFFF, 2, 0xFFFFFC18}};
   for (const auto &one : cases) {
-    ClassData data;
-    make_profile({{1, one.freq}, {2, one.others}}).update_statistics(data);
-    EXPECT_EQ(data.term_stats[1].sum, one.share);
-    EXPECT_EQ(data.term_stats[1].sum_of_squares, one.share * one.share);
+    TermStatsCollector statistics(3);
+    make_profile({{1, one.freq}, {2, one.others}})
+        .update_statistics(statistics);
+    EXPECT_EQ(statistics[1].sum, one.share);
+    EXPECT_EQ(statistics[1].sum_of_squares, one.share * one.share);
   }
-  ClassData data;
-  make_profile({{5, 3}, {7, 1}}).update_statistics(data);
-  make_profile({{5, 1}}).update_statistics(data);
-  const TermStats &stats = data.term_stats[5];
+  TermStatsCollector statistics(8);
+  make_profile({{5, 3}, {7, 1}}).update_statistics(statistics);
+  make_profile({{5, 1}}).update_statistics(statistics);
+  const TermStats &stats = statistics[5];
   EXPECT_EQ((std::vector{stats.tf, stats.df, stats.sum, stats.sum_of_squares}),
             (std::vector{4U, 2U, 1750U, 1562500U}));
-  EXPECT_EQ(data.nr_terms, 5U);
 }
 
 TEST_F(DocProfileWeights, SurviveTheSelectionOfTerms) {
   DocProfile doc = make_profile({{3, 2}, {9, 4}, {1, 1}});
-  doc.weigh(0);
+  doc.weigh(data_, params_);
   TermSet active;
   doc.select_active(active);
   EXPECT_EQ(doc.total(), 7U);

@@ -3,34 +3,28 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <filesystem>
 #include <regex>
 #include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "support/messages.h"
+#include "learning/classifiers.h"
+#include "support/recorded_messages.h"
 
 namespace vek {
 namespace {
 
-// What the report shows for all algorithms, and what it leaves out: a line for
-// each setting, behind the name of its section.
-std::vector<std::string> report(Params settings) {
-  std::string text = settings.rocchio().pivoted() ? "Pivoted on\n" : "off\n";
-  text += settings.settings_text();
-  text.resize(text.find("\n\n["));
-  for (const Algorithm algorithm :
-       {Algorithm::winnow, Algorithm::rocchio, Algorithm::sbc}) {
-    settings.set_algorithm(algorithm);
-    const std::string all = settings.settings_text();
-    text += all.substr(all.find("\n["));
-  }
-  text = std::regex_replace(text, std::regex(" +"), " ");
+// Every setting: the report of all algorithms, and what it leaves out.
+std::vector<std::string> report(const Params &settings) {
+  std::ostringstream text;
+  text << (settings.rocchio.pivoted ? "Pivoted on\n" : "off\n")
+       << settings.general_text(classifier_of(settings.algorithm).name);
+  for (const Classifier &classifier : classifiers())
+    classifier.write_settings(text, settings);
+  std::istringstream stream(
+      std::regex_replace(text.str(), std::regex(" +"), " "));
   std::vector<std::string> lines;
-  std::istringstream stream(text);
   std::string section;
   for (std::string line; std::getline(stream, line);) {
     if (line.starts_with('['))
@@ -64,9 +58,10 @@ void check(const std::vector<Case> &cases) {
       "ERROR: file f: line ([0-9]+): before `(.*)': parse error: (.*)\n");
   for (const Case &one : cases) {
     Params settings;
-    RcParser parser(&settings, one.text, "f");
-    const std::string messages = screen([&] { parser.parse(); });
-    EXPECT_EQ(std::regex_replace(messages, form, "$1 $2: $3;"), one.errors)
+    RecordedMessages messages;
+    RcParser parser(&settings, one.text, "f", messages);
+    parser.parse();
+    EXPECT_EQ(std::regex_replace(messages.text, form, "$1 $2: $3;"), one.errors)
         << one.text;
     EXPECT_EQ(parser.nr_errors(), std::ranges::count(one.errors, ';'))
         << one.text;
@@ -176,20 +171,6 @@ TEST(RcParser, ReportsAFaultAndKeepsTheOldValue) {
         "2 maxranks: quoted string expected;"
         "ERROR: file f: line 2: unterminated string constant\n",
         "[SBC] Laplace off"}});
-}
-
-TEST(ReadParameters, FillsTheGlobalRecordAndCountsErrors) {
-  const TemporaryDirectory directory;
-  write_text("a.rc", "[General] maxranks 3\n[Foo]\n[Winnow] alpha on");
-  screen([] { EXPECT_EQ(read_parameters("a.rc"), 2U); });
-  EXPECT_EQ(changes(params), "MaxRanks 3");
-}
-
-TEST(ReadParameters, EndsTheRunIfTheFileCannotBeRead) {
-  const TemporaryDirectory directory;
-  std::filesystem::create_directory("d.rc");
-  EXPECT_EXIT(read_parameters("d.rc"), testing::ExitedWithCode(EISDIR),
-              "error reading file `d.rc'\naborting");
 }
 
 }  // namespace

@@ -5,19 +5,12 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
-#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "intake/docprof.h"
-#include "store/database.h"
-#include "support/child_run.h"
-#include "support/temporary_directory.h"
-#include "vocabulary/atomtab.h"
-#include "vocabulary/termtab.h"
+#include "store/data_run.h"
 
 namespace vek {
 namespace {
@@ -37,61 +30,57 @@ const char *const two_documents =
     "end\n";
 
 // A document whose terms are these pairs of words.
-void learn(const std::string &name,
+void learn(Data &data, const std::string &name,
            const std::vector<std::pair<const char *, const char *>> &pairs) {
   DocProfile profile;
   for (const auto &[head, mod] : pairs) {
-    const std::uint32_t head_id = atom_table.enter(head);
+    const std::uint32_t head_id = data.atoms.enter(head);
     const std::uint32_t mod_id =
-        *mod == '\0' ? EmptyAtom : atom_table.enter(mod);
-    profile.add_term(term_table.enter(head_id, mod_id), 1);
+        *mod == '\0' ? EmptyAtom : data.atoms.enter(mod);
+    profile.add_term(data.terms.enter(head_id, mod_id), 1);
   }
-  data_base.put(name, profile);
+  data.base.put(name, profile);
 }
 
-void learn_first() {
-  learn("a", {{"house", "big"}, {"house", ""}});
+void learn_first(Data &data) {
+  learn(data, "a", {{"house", "big"}, {"house", ""}});
 }
 
-void learn_second() {
-  learn("b", {{"new", "big"}, {"end", "new"}});
+void learn_second(Data &data) {
+  learn(data, "b", {{"new", "big"}, {"end", "new"}});
 }
 
-void learn_two() {
-  learn_first();
-  learn_second();
+void learn_two(Data &data) {
+  learn_first(data);
+  learn_second(data);
 }
 
 // What the stored profile means now.
-std::string meaning(const std::string &name) {
+std::string meaning(Data &data, const std::string &name) {
   std::string text = name + ':';
-  if (!data_base.exists(name))
-    return text + " unknown";
-  for (const DocProfileEntry &entry : *data_base.get(name)) {
-    const std::uint32_t mod = term_table.mod(entry.term);
-    text += ' ' + atom_table.text(term_table.head(entry.term));
+  if (!data.base.exists(name))
+    return text + " unknown\n";
+  for (const DocProfileEntry &entry : *data.base.get(name)) {
+    const std::uint32_t mod = data.terms.mod(entry.term);
+    text.append(" ").append(data.atoms.text(data.terms.head(entry.term)));
     if (mod != EmptyAtom)
-      text += ',' + atom_table.text(mod);
+      text.append(",").append(data.atoms.text(mod));
   }
-  return text;
+  return text + '\n';
 }
 
 const char *const both = "a: house,big house\nb: new,big end,new\n";
 
 class JournalTest : public testing::Test {
  protected:
-  // A run over the data directory.
-  static RunResult run(const std::function<void()> &body) {
-    return run_in_child([&] {
-      data_base.open("data");
-      data_base.read(false);
-      body();
-    });
+  template <class Body>
+  static RunResult run(Body body) {
+    return run_over_data(body, false, {});
   }
   // What a run that only looks finds; it changes nothing.
   static std::string known() {
-    return run([] {
-             write_text("known", meaning("a") + '\n' + meaning("b") + '\n');
+    return run([](Data &data) {
+             write_text("known", meaning(data, "a") + meaning(data, "b"));
              be_killed();
            }).status == 0
                ? read_text("known")
@@ -102,9 +91,9 @@ class JournalTest : public testing::Test {
   static void expect_refused(const std::string &file) {
     const auto before = files();
     for (int i = 0; i < 2; ++i) {
-      const RunResult result = run([] {
-        learn("c", {{"other", "word"}});
-        data_base.write_vocabulary();
+      const RunResult result = run([](Data &data) {
+        learn(data, "c", {{"other", "word"}});
+        data.base.write_vocabulary();
       });
       EXPECT_EQ(result.screen.find("ERROR: format error in file `" + file +
                                    "'\naborting..."),
@@ -126,26 +115,25 @@ class JournalTest : public testing::Test {
 TEST_F(JournalTest, IsSavedBeforeTheIndexHoweverARunEnds) {
   const struct {
     const char *name;
-    void (*end)();
+    void (*end)(Data &data);
     bool saved = true;
   } cases[] = {
-      {"return", [] {}},
-      {"exit", [] { std::exit(5); }},
-      {"abort_run", [] { abort_run(); }},
+      {"return", [](Data &) {}},
+      {"abort_run", [](Data &) { abort_run(); }},
       {"killed after a sync",
-       [] {
-         data_base.sync();
+       [](Data &data) {
+         data.base.sync();
          be_killed();
        }},
       // Loses the documents too.
-      {"killed", [] { be_killed(); }, false},
+      {"killed", [](Data &) { be_killed(); }, false},
   };
   for (const auto &[name, end, saved] : cases) {
     SCOPED_TRACE(name);
     std::filesystem::remove_all("data");
-    run([end = end] {
-      learn_two();
-      end();
+    run([end = end](Data &data) {
+      learn_two(data);
+      end(data);
     });
     EXPECT_EQ(read_text(journal), saved ? two_documents : "");
     EXPECT_FALSE(exists("data/journal.tmp") || exists(atoms));
@@ -154,10 +142,10 @@ TEST_F(JournalTest, IsSavedBeforeTheIndexHoweverARunEnds) {
 }
 
 TEST_F(JournalTest, KeepsTheMeaningOfIdsUntilTheTablesHoldAll) {
-  run([] {
-    learn_first();
-    data_base.write_vocabulary();
-    learn("b", {{"new", "big"}});
+  run([](Data &data) {
+    learn_first(data);
+    data.base.write_vocabulary();
+    learn(data, "b", {{"new", "big"}});
   });
   EXPECT_EQ(read_text(journal),
             "vek journal 1\n2 10 2 34 1 1\nnew\n2 1\nend\n");
@@ -166,9 +154,9 @@ TEST_F(JournalTest, KeepsTheMeaningOfIdsUntilTheTablesHoldAll) {
   EXPECT_EQ(read_text(journal),
             "vek journal 1\n2 10 2 34 2 2\nnew\nend\n2 1\n3 2\nend\n");
   // ... and the one behind it brings all into the tables.
-  run([] {
-    data_base.write_vocabulary();
-    data_base.sync();
+  run([](Data &data) {
+    data.base.write_vocabulary();
+    data.base.sync();
   });
   EXPECT_EQ(read_text(atoms), "house\nbig\nnew\nend\n");
   EXPECT_EQ(read_text(terms),
@@ -208,7 +196,7 @@ TEST_F(JournalTest, CutAnywhereOrOfAnyOtherFormIsRefused) {
     expect_refused(journal);
   }
   write_text(journal, "vek journal 1\n0 0 0 0 2 1\n" + good + "end\n");
-  EXPECT_EQ(run([] {}).status, 0);
+  EXPECT_EQ(run([](Data &) {}).status, 0);
 }
 
 // Whatever part of the tables has reached the disk when a run is stopped, all
@@ -216,10 +204,10 @@ TEST_F(JournalTest, CutAnywhereOrOfAnyOtherFormIsRefused) {
 // does not give back: it may be damaged, or older, as when a later state is
 // copied over an earlier one.
 TEST_F(JournalTest, MakesTornTablesWholeAndLeavesOthersAlone) {
-  run([] {
-    learn_first();
-    data_base.write_vocabulary();
-    learn_second();
+  run([](Data &data) {
+    learn_first(data);
+    data.base.write_vocabulary();
+    learn_second(data);
   });
   const std::string whole = read_text(journal);
   const std::string damaged = whole.substr(0, whole.size() - 8) + "\nend\n";
@@ -262,43 +250,6 @@ TEST_F(JournalTest, MakesTornTablesWholeAndLeavesOthersAlone) {
     else
       expect_refused(refused);
   }
-}
-
-// What the terms' ids stand for could not be saved, so the documents that use
-// them must not be known to the next run.
-TEST_F(JournalTest, FailureKeepsTheIndexFromTheDisk) {
-  run(learn_first);
-  const std::string old = read_text(journal);
-  std::filesystem::create_directory("data/journal.tmp");
-  for (const bool sync : {true, false}) {
-    const RunResult result = run([&] {
-      learn_second();
-      errno = 0;
-      if (sync)
-        data_base.sync();
-    });
-    EXPECT_EQ(result.screen,
-              "ERROR: error writing file `data/journal.dat'\n" +
-                  std::string(sync ? "aborting... (errno = 21)\n" : ""));
-    EXPECT_EQ(result.status, sync ? EISDIR : 0);
-    EXPECT_EQ(read_text(journal), old);
-    EXPECT_EQ(known(), "a: house,big house\nb: unknown\n");
-  }
-  std::filesystem::remove("data/journal.tmp");
-  run(learn_second);
-  EXPECT_EQ(known(), both);
-}
-
-TEST_F(JournalTest, StaysIfATableIsNotOnTheDisk) {
-  const RunResult result = run([] {
-    learn_two();
-    data_base.sync();
-    atom_table.write();
-    data_base.vocabulary_written();
-  });
-  EXPECT_EQ(result.screen.find("ERROR: error writing file `" + terms), 0U);
-  EXPECT_EQ(result.status, ENOENT);
-  EXPECT_EQ(read_text(journal), two_documents);
 }
 
 }  // namespace

@@ -1,39 +1,29 @@
-// A small collection made by hand: classes, documents of which only the
-// profiles exist, and a data directory of its own.
+// A small collection made by hand, in memory alone: classes, documents of which
+// only the profiles exist, and all that a trainer or a test works with.
 #ifndef VEK_TESTS_SUPPORT_COLLECTION_FIXTURE_H_
 #define VEK_TESTS_SUPPORT_COLLECTION_FIXTURE_H_
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <memory>
+#include <map>
 #include <random>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "classes/classtab.h"
-#include "evaluation/scoretable.h"
-#include "evaluation/testing.h"
+#include "classes/termset.h"
+#include "evaluation/scoring.h"
 #include "intake/docprof.h"
+#include "intake/documents.h"
+#include "learning/training.h"
 #include "params/params.h"
-#include "run/log.h"
-#include "store/database.h"
-#include "support/messages.h"
-#include "support/temporary_directory.h"
-#include "vocabulary/termtab.h"
+#include "support/recorded_messages.h"
 
 namespace vek {
-
-// Gives a global object its first state back. Needed within a case too: the
-// store has to be closed before its directory goes.
-template <class Object>
-void renew(Object &object) {
-  std::destroy_at(&object);
-  std::construct_at(&object);
-}
 
 struct TermCount {
   std::uint32_t term;
@@ -47,74 +37,66 @@ inline DocProfile make_profile(const std::vector<TermCount> &terms) {
   return profile;
 }
 
-class CollectionTest : public testing::Test {
- protected:
+// A classifier as plain as can be.
+inline constexpr Scoring pos_weight_sum = {
+    Scoring::Kind::sum, [](const ClassProfileEntry &entry, const Params &) {
+      return entry.pos_weight;
+    }};
+
+class MadeDocuments : public Documents {
+ public:
+  using Documents::Documents;
+  void put(const std::string &name, const std::vector<TermCount> &terms) {
+    profiles_[name] = make_profile(terms);
+  }
+  void read_profile(const std::string &name, DocProfile &profile) override {
+    profile = profiles_.at(name);
+  }
+
+ private:
+  std::map<std::string, DocProfile> profiles_;
+};
+
+// Every term is active unless a case asks for a selection.
+struct SmallCollection {
   static constexpr std::uint32_t nr_terms = 64;
 
-  CollectionTest() {
-    params = Params();
-    params.set_selectivity(0.0);
-    log_file.open("vek.log");
-    scores.open("scores.dat", OutputFile::Mode::truncate);
-    data_base.open("data");
-    for (std::uint32_t i = 0; i < nr_terms; ++i) {
-      term_table.enter(i, EmptyAtom);
-    }
-    new_classes();
-  }
-  ~CollectionTest() override {
-    clear_scorers();
-    renew(data_base);
-    renew(term_table);
-    renew(scores);
-    renew(log_file);
-    renew(options);
-  }
-
-  // Back to a top class alone, and to an empty cache.
-  void new_classes() {
-    clear_scorers();
-    data_base.clear_cache();
-    active_terms = TermSet();
-    renew(class_table);
-    class_table.enter("top", 0);
+  SmallCollection() {
+    params.selectivity = 0.0;
+    classes.enter("top", 0);
   }
 
   // The class of that path below the top class, made if need be.
   ClassData &at(const std::string &path) {
-    return class_table.get_data(class_table.enter_path(path, 0));
+    return classes.get_data(classes.enter_path(path, 0));
   }
-  ClassData &top() { return class_table.get_data(0); }
+  ClassData &top() { return classes.get_data(0); }
 
-  void store(const std::string &name, const std::vector<TermCount> &terms) {
-    data_base.put(name, make_profile(terms));
-  }
-  void train(const std::string &name, ClassData &data) {
-    class_table.add_train_document(data.id, name);
-  }
-  void test(const std::string &name, ClassData &data) {
-    class_table.add_test_document(data.id, name);
+  // Files the document for training, in the classes of these paths.
+  void train(const std::string &name, const std::vector<TermCount> &terms,
+             const std::vector<std::string> &paths) {
+    documents.put(name, terms);
+    for (const std::string &path : paths)
+      classes.add_train_document(at(path).id, name);
   }
   // All documents are filed.
   void gather() {
-    class_table.gather_documents();
-    class_table.update_profiles();
+    classes.gather_documents();
+    update_profiles(training(), nr_terms);
+  }
+  Training training() {
+    return {classes, documents, active_terms, params, scores, messages};
   }
 
-  // The lines of the log that begin so, each with its end.
-  static std::string log_lines(const std::string &start) {
-    std::istringstream log(read_text("vek.log"));
-    std::string lines;
-    for (std::string line; std::getline(log, line);) {
-      if (line.starts_with(start))
-        lines += line + '\n';
-    }
-    return lines;
-  }
-
- private:
-  TemporaryDirectory directory_;
+  Params params;
+  TermSet active_terms;
+  ClassTable classes;
+  MadeDocuments documents{active_terms};
+  std::ostringstream scores;
+  RecordedMessages messages;
 };
+
+class CollectionTest : public testing::Test, protected SmallCollection {};
 
 // Numbers that are the same in every run.
 class Dice {

@@ -6,59 +6,60 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <cstdlib>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "classes/classtab.h"
-#include "intake/docprof.h"
-#include "params/params.h"
-#include "store/database.h"
+#include "support/collection_fixture.h"
 
 namespace vek {
 
-struct PlainWinnow {
-  using TrainingList =
-      std::vector<std::pair<std::string, DocumentMap::ClassList>>;
+class PlainWinnow {
+ public:
+  explicit PlainWinnow(SmallCollection &collection)
+      : collection_(collection), params_(collection.params) {}
 
-  static WeightType score_document(const ClassProfile &profile,
-                                   const DocProfile &doc) {
-    WeightType score = params.algorithm() == Algorithm::sbc ? 1.0 : 0.0;
-    for (const DocProfileEntry &entry : doc) {
-      const ClassProfileEntry *e = profile.find(entry.term);
-      if (params.algorithm() == Algorithm::sbc) {
-        score *= e != nullptr ? e->pos_weight : 0.01;
-      } else if (e != nullptr) {
-        const bool both = params.algorithm() == Algorithm::winnow &&
-                          params.winnow().negative_weights();
-        score += (both ? e->pos_weight - e->neg_weight : e->pos_weight) *
-                 entry.weight;
-      }
+  // Returns a line for each pass, as the messages have it.
+  std::string train() {
+    std::string lines;
+    for (auto &[key, data] : collection_.classes) {
+      if (!data.sons.empty() && !data.train_docs.empty())
+        lines += train_father(data);
     }
-    return score;
+    return lines;
   }
 
-  static void init_winnow_weights(ClassData &data) {
+ private:
+  WeightType score(const ClassProfile &profile, const DocProfile &doc) const {
+    WeightType sum = 0.0;
+    for (const DocProfileEntry &entry : doc) {
+      if (const ClassProfileEntry *e = profile.find(entry.term); e != nullptr) {
+        const double both = params_.winnow.negative_weights ? e->neg_weight : 0;
+        sum += (e->pos_weight - both) * entry.weight;
+      }
+    }
+    return sum;
+  }
+
+  void start(ClassData &data) const {
     const ClassData &father = *data.father;
     WeightType d = 10000.0;
     // Documents that weigh nothing count as none.
     if (father.nr_docs != 0 && father.weight_sum != 0.0)
       d = father.weight_sum / father.nr_docs;
-    if (params.normalize() == Normalize::linear)
+    if (params_.normalize == Normalize::linear)
       d = 1.0;
-    const WeightType pos = 2.0 / d;
-    const WeightType neg = 1.0 / d;
-    data.profile.set_init_weights(pos, neg);
+    data.profile.set_init_weights(2.0 / d, 1.0 / d);
     for (auto &[term, entry] : data.profile) {
-      entry.pos_weight = pos;
-      entry.neg_weight = neg;
+      entry.pos_weight = 2.0 / d;
+      entry.neg_weight = 1.0 / d;
     }
   }
 
-  static TrainingList make_training_list(const DocumentMap &docs) {
-    TrainingList list(docs.begin(), docs.end());
+  static auto shuffled(const DocumentMap &docs) {
+    std::vector<std::pair<std::string, DocumentMap::ClassList>> list(
+        docs.begin(), docs.end());
     for (std::size_t i = 1; i < list.size(); ++i)
       std::swap(list[i], list[static_cast<std::size_t>(lrand48()) % (i + 1)]);
     return list;
@@ -66,10 +67,9 @@ struct PlainWinnow {
 
   // Promotes a class that missed a member, demotes one that took another
   // document; of the terms of the document, those that the class knows.
-  static void update(ClassProfile &profile, const DocProfile &doc,
-                     bool promoted) {
-    const double alpha = params.winnow().alpha();
-    const double beta = params.winnow().beta();
+  void update(ClassProfile &profile, const DocProfile &doc,
+              bool promoted) const {
+    const auto &[max_iters, alpha, beta, plus, min, negative] = params_.winnow;
     for (const DocProfileEntry &entry : doc) {
       if (ClassProfileEntry *e = profile.find(entry.term); e != nullptr) {
         e->pos_weight *= promoted ? alpha : beta;
@@ -79,15 +79,15 @@ struct PlainWinnow {
     }
   }
 
-  static int winnow_update(const std::vector<ClassData *> &sons,
-                           const DocProfile &doc,
-                           const DocumentMap::ClassList &classes) {
+  int train_document(const std::vector<ClassData *> &sons,
+                     const DocProfile &doc,
+                     const DocumentMap::ClassList &classes) const {
     int result = 0;
     for (ClassData *son_P : sons) {
-      const WeightType s = score_document(son_P->profile, doc);
+      const WeightType s = score(son_P->profile, doc);
       const bool is_member = std::ranges::count(classes, son_P) > 0;
-      if (is_member ? s <= params.winnow().theta_plus()
-                    : s >= params.winnow().theta_min()) {
+      if (is_member ? s <= params_.winnow.theta_plus
+                    : s >= params_.winnow.theta_min) {
         update(son_P->profile, doc, is_member);
         result = is_member ? 1 : -1;
       }
@@ -95,32 +95,31 @@ struct PlainWinnow {
     return result;
   }
 
-  // Returns a line for each pass, as the log has it.
-  static std::string train_winnow_class(ClassData &father) {
+  std::string train_father(ClassData &father) {
     for (const auto &[name, classes] : father.train_docs)
-      data_base.get(name)->weigh(father.id);
-    father.profile.add_to_weight_sum(father.id);
+      collection_.documents.get(name)->weigh_and_add(father, params_);
+    for (const auto &[term, entry] : father.profile)
+      father.weight_sum += entry.weight;
     for (ClassData *son_P : father.sons)
-      init_winnow_weights(*son_P);
+      start(*son_P);
     std::string lines;
-    int unchanged = 0;
-    for (unsigned pass = 1; pass <= params.winnow().max_iters(); ++pass) {
-      int promotions = 0;
-      int demotions = 0;
-      for (const auto &[name, classes] :
-           make_training_list(father.train_docs)) {
-        const int result =
-            winnow_update(father.sons, *data_base.get(name), classes);
-        ++(result > 0 ? promotions : result < 0 ? demotions : unchanged);
+    for (unsigned pass = 1; pass <= params_.winnow.max_iters; ++pass) {
+      int counts[] = {0, 0, 0};
+      for (const auto &[name, classes] : shuffled(father.train_docs)) {
+        const DocProfile &doc = *collection_.documents.get(name);
+        ++counts[1 + train_document(father.sons, doc, classes)];
       }
       lines += "iteration " + std::to_string(pass) + ": " +
-               std::to_string(promotions) + " promotions, " +
-               std::to_string(demotions) + " demotions\n";
-      if (promotions + demotions == 0)
+               std::to_string(counts[2]) + " promotions, " +
+               std::to_string(counts[0]) + " demotions\n";
+      if (counts[0] + counts[2] == 0)
         break;
     }
     return lines;
   }
+
+  SmallCollection &collection_;
+  const Params &params_;
 };
 
 }  // namespace vek

@@ -5,45 +5,45 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
-#include <random>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace vek {
 namespace {
 
+using namespace std::string_literals;
+
 TEST(AtomTable, NumbersTextsInTheirFirstOrder) {
-  AtomTable table;
-  EXPECT_TRUE(table.empty());
+  StringPool pool;
+  AtomTable table(pool);
   std::vector<std::uint32_t> ids;
   for (const char *text : {"house", "big", "house", "Big", "b\xC3\xA4r"})
     ids.push_back(table.enter(text));
   EXPECT_EQ(ids, (std::vector<std::uint32_t>{0, 1, 0, 2, 3}));
-  EXPECT_EQ(table.next_id(), 4U);
+  EXPECT_EQ(table.find("Big"), 2U);
+  EXPECT_EQ(table.find("none"), EmptyAtom);
 }
 
-// Lengths around what the index holds of a text, texts that differ in one place
-// only, and many of them.
+// Texts that differ in one place or in their length only, and many of them.
 TEST(AtomTable, TellsTextsApartAndKeepsThemInPlace) {
-  AtomTable table;
-  const std::string &first = table.text(table.enter("first"));
+  StringPool pool;
+  AtomTable table(pool);
+  const char *const first_P = table.text(table.enter("first")).data();
   std::map<std::string, std::uint32_t> ids;
   const auto enter = [&](const std::string &text) {
     ids.emplace(text, table.enter(text));
   };
   for (std::size_t length = 1; length <= 40; ++length) {
-    const std::string text(length, 'a');
-    enter(text);
+    enter(std::string(length, 'a'));
     for (std::size_t place = 0; place < length; ++place) {
-      std::string other = text;
+      std::string other(length, 'a');
       other[place] = '\xFF';
       enter(other);
     }
   }
   for (int i = 0; i < 100000; ++i)
     enter("word" + std::to_string(i * 7));
-  EXPECT_EQ(&table.text(0), &first);
+  EXPECT_EQ(table.text(0).data(), first_P);
   EXPECT_EQ(table.size(), 1 + ids.size());
   for (const auto &[text, id] : ids) {
     ASSERT_EQ(table.enter(text), id);
@@ -51,22 +51,31 @@ TEST(AtomTable, TellsTextsApartAndKeepsThemInPlace) {
   }
 }
 
-TEST(AtomTable, EntersAListAsOneByOne) {
-  std::mt19937 random(1);
-  AtomTable table;
-  std::vector<std::string> texts;
-  std::vector<std::uint32_t> expected;
-  for (int i = 0; i < 5000; ++i) {
-    texts.push_back("w" + std::to_string(random() % 3000));
-    expected.push_back(table.enter(texts.back()));
+TEST(AtomTable, ReadsTheLinesOfItsFileUpToADamagedOne) {
+  const std::string odd = "big \\\"house\"\n\x01\r\xFF\n \n";
+  const struct {
+    std::string content, lines;
+    bool good;
+  } cases[] = {{"", "", true},
+               {odd, odd, true},
+               {"a\nb", "a\nb\n", true},
+               {"\n", "", false},
+               {"a\n\nb\n", "a\n", false},
+               {"a\n\n", "a\n", false},
+               {"a\nb\na\n", "a\nb\n", false},
+               {"a\na", "a\n", false},
+               // Looked for in all of it first.
+               {"a\nb\0c\n"s, "", false},
+               {"\0"s, "", false}};
+  for (const auto &[content, lines, good] : cases) {
+    StringPool pool;
+    AtomTable table(pool);
+    EXPECT_EQ(table.parse(content), good) << content;
+    std::string written;
+    for (std::uint32_t id = 0; id < table.size(); ++id)
+      table.append_line(written, id);
+    EXPECT_EQ(written, lines) << content;
   }
-  AtomTable other;
-  std::vector<std::uint32_t> ids = {7};
-  other.enter_all(std::vector<std::string_view>(texts.begin(), texts.end()),
-                  ids);
-  EXPECT_EQ(ids, expected);
-  other.enter_all({}, ids);
-  EXPECT_TRUE(ids.empty());
 }
 
 }  // namespace

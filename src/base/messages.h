@@ -1,0 +1,41 @@
+// Where long work says how it goes on and what it met.
+//
+// What learns, tests and parses is used by programs with a log and by programs
+// without one, so it is handed the place for its words. In vek they go to the
+// log (log/log.h); this class itself drops them.
+#ifndef VEK_BASE_MESSAGES_H_
+#define VEK_BASE_MESSAGES_H_
+
+#include <cstdarg>
+#include <string>
+#include <string_view>
+
+namespace vek {
+
+class Messages {
+ public:
+  Messages() = default;
+  Messages(const Messages &) = delete;
+  Messages &operator=(const Messages &) = delete;
+  virtual ~Messages() = default;
+
+  // Somebody sees a detail of that level: without it a caller need not make the
+  // text. Levels count from 1, the most important.
+  virtual bool wants(unsigned /*level*/) const { return false; }
+
+  // What is worth keeping in any case, and a detail, which is dropped unless
+  // wants(level).
+  virtual void note(unsigned /*level*/, std::string_view /*text*/) {}
+  virtual void detail(unsigned /*level*/, std::string_view /*text*/) {}
+
+  virtual void warning(std::string_view /*text*/) {}
+  virtual void error(std::string_view /*text*/) {}
+};
+
+// The text that printf would print, cut to 1023 bytes. Leaves errno alone.
+[[gnu::format(printf, 1, 2)]] std::string formatted(const char *format, ...);
+std::string formatted_list(const char *format, std::va_list values);
+
+}  // namespace vek
+
+#endif  // VEK_BASE_MESSAGES_H_

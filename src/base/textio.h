@@ -1,0 +1,105 @@
+// Numbers as text, the same on every machine: C locale, no state of a stream.
+#ifndef VEK_BASE_TEXTIO_H_
+#define VEK_BASE_TEXTIO_H_
+
+#include <charconv>
+#include <cmath>
+#include <concepts>
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace vek {
+
+// Significant digits of doubles in files and reports, a stream's default.
+inline constexpr int default_precision = 6;
+
+template <std::integral Number>
+void append_number(std::string &out, Number value) {
+  char digits[24];
+  const auto result = std::to_chars(digits, digits + sizeof digits, value);
+  out.append(digits, result.ptr);
+}
+
+// Writes what printf's %.<precision>g prints, precision from 1 to 17, and
+// returns the end. No text is longer than longest_real; but `out_P` must have
+// real_room bytes, since what lies behind the end may be overwritten.
+inline constexpr std::size_t longest_real = 24;
+inline constexpr std::size_t real_room = 40;
+char *put_real(char *out_P, double value, int precision = default_precision);
+
+inline void append_real(std::string &out, double value,
+                        int precision = default_precision) {
+  char digits[real_room];
+  out.append(digits, put_real(digits, value, precision));
+}
+
+// The shortest text that reads back as the same double.
+inline void append_exact_real(std::string &out, double value) {
+  char digits[40];
+  const auto result = std::to_chars(digits, digits + sizeof digits, value);
+  out.append(digits, result.ptr);
+}
+
+// Cuts the next line off `rest`, without its line end, which the last one may
+// lack. Returns false if there is none.
+bool take_line(std::string_view &rest, std::string_view &line);
+
+// How many lines take_line() will find.
+std::size_t count_lines(std::string_view text);
+
+// Takes white-space separated fields from the front of a text.
+class FieldReader {
+ public:
+  explicit FieldReader(std::string_view text) : rest_(text) {}
+
+  // Reads the next field as a number of that type; false if there is none,
+  // if the field is anything else, or if the number does not fit.
+  template <std::integral Number>
+  bool read(Number &value) {
+    const std::string_view field = take();
+    const char *end = field.data() + field.size();
+    const auto result = std::from_chars(field.data(), end, value);
+    return !field.empty() && result.ec == std::errc() && result.ptr == end;
+  }
+
+  // The same for a finite double.
+  bool read(double &value) {
+    const std::string_view field = take();
+    const char *end = field.data() + field.size();
+    const auto result = std::from_chars(field.data(), end, value);
+    return !field.empty() && result.ec == std::errc() && result.ptr == end &&
+           std::isfinite(value);
+  }
+
+  void skip_space() {
+    const std::size_t start = rest_.find_first_not_of(" \t\n\v\f\r");
+    rest_.remove_prefix(start == std::string_view::npos ? rest_.size() : start);
+  }
+
+  // Nothing but white space is left.
+  bool at_end() {
+    skip_space();
+    return rest_.empty();
+  }
+
+  // What has not been read yet; the caller may set it further on.
+  std::string_view rest() const { return rest_; }
+  void set_rest(std::string_view rest) { rest_ = rest; }
+
+ private:
+  std::string_view take() {
+    skip_space();
+    const std::size_t end = rest_.find_first_of(" \t\n\v\f\r");
+    const std::string_view field = rest_.substr(0, end);
+    rest_.remove_prefix(field.size());
+    return field;
+  }
+
+  std::string_view rest_;
+};
+
+}  // namespace vek
+
+#endif  // VEK_BASE_TEXTIO_H_

@@ -1,0 +1,205 @@
+#include "check/collection_check.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+#include "base/helpers.h"
+#include "intake/lists.h"
+#include "params/rcparser.h"
+
+namespace vek::checking {
+namespace {
+
+constexpr char resource_suffix[] = ".rc";
+
+ClassFiles class_files(const Params &settings) {
+  return settings.save || settings.incremental ? ClassFiles::written
+                                               : ClassFiles::not_written;
+}
+
+// Turns what the parser of a resource file says into findings.
+class ResourceErrors : public Messages {
+ public:
+  ResourceErrors(const std::string &path, Findings &findings)
+      : path_(path), prefix_("file " + path + ": line "), findings_(findings) {}
+
+  void error(std::string_view text) override {
+    std::size_t line = 0;
+    if (text.starts_with(prefix_)) {
+      text.remove_prefix(prefix_.size());
+      const auto result =
+          std::from_chars(text.data(), text.data() + text.size(), line);
+      text.remove_prefix(static_cast<std::size_t>(result.ptr - text.data()) +
+                         2);
+    }
+    findings_.add(path_, line, Severity::stop, std::string(text));
+  }
+
+ private:
+  const std::string &path_;
+  const std::string prefix_;
+  Findings &findings_;
+};
+
+}  // namespace
+
+void read_resource_file(const std::string &name, Params &settings,
+                        Findings &findings) {
+  const Path path("", name.empty() ? "vek" : name, resource_suffix);
+  if (name.empty() && !file_exists(path))
+    return;
+  std::string text;
+  if (read_file(path, text) != ReadResult::ok) {
+    findings.add(path, 0, Severity::stop, "the resource file cannot be read");
+    return;
+  }
+  const std::string path_text = path;
+  ResourceErrors errors(path_text, findings);
+  RcParser(&settings, text, path.c_str(), errors).parse();
+}
+
+CollectionCheck::CollectionCheck(const std::string &examples,
+                                 const Params &settings, Findings &findings)
+    : examples_(examples),
+      settings_(settings),
+      findings_(findings),
+      lists_(examples, class_files(settings), collection_, findings) {}
+
+void CollectionCheck::warn(Place place, const std::string &text) {
+  findings_.add(lists_.path(place.kind), place.line, Severity::warning, text);
+}
+
+bool CollectionCheck::run() {
+  if (!has_directories())
+    return false;
+  check_data_directory();
+  lists_.read(ListKind::train);
+  lists_.read(ListKind::test);
+  check_documents();
+  check_input_directory();
+  check_classes();
+  return true;
+}
+
+// Without one vek makes it.
+void CollectionCheck::check_data_directory() {
+  Failure failure;
+  if (is_directory(settings_.data_directory) &&
+      !model_.open(settings_.data_directory, failure)) {
+    const std::string place = failure.place.empty() ? "" : failure.place + ": ";
+    findings_.add(failure.file, 0, Severity::stop, place + failure.reason);
+  }
+}
+
+bool CollectionCheck::has_directories() {
+  if (Directory(examples_).failed()) {
+    findings_.add(examples_, 0, Severity::stop, "cannot open the directory");
+    return false;
+  }
+  // vek asks for it by this name, wherever the texts lie.
+  if (!is_directory(Path(examples_, "files", ""))) {
+    findings_.add(examples_, 0, Severity::stop,
+                  "there is no directory `files' in it");
+  }
+  return true;
+}
+
+// A text is needed once only: a document that has a profile is not read again.
+bool CollectionCheck::has_text(const std::string &name) const {
+  return model_.documents().contains(name) ||
+         file_exists(Path(settings_.file_directory, name, document_suffix));
+}
+
+void CollectionCheck::check_documents() {
+  const std::string directory = settings_.file_directory;
+  const bool has_directory = is_directory(directory);
+  std::size_t nr_missing = 0;
+  for (const auto &[name, document] : collection_.documents) {
+    if (has_text(name))
+      continue;
+    ++nr_missing;
+    if (!has_directory)
+      continue;
+    const bool in_train = document.train_line != 0;
+    const ListKind kind = in_train ? ListKind::train : ListKind::test;
+    findings_.add(
+        lists_.path(kind), in_train ? document.train_line : document.test_line,
+        Severity::stop,
+        "there is no file " +
+            quoted(std::string(Path(directory, name, document_suffix))));
+  }
+  if (nr_missing != 0 && !has_directory) {
+    findings_.add(directory, 0, Severity::stop,
+                  "the directory of the texts is missing, and with it " +
+                      std::to_string(nr_missing) + " documents");
+  }
+}
+
+// The names come from one directory and the texts from another.
+void CollectionCheck::check_input_directory() {
+  const Path path(settings_.input_directory, "in", "");
+  Directory entries(path);
+  if (entries.failed())
+    return;
+  std::vector<std::string> missing;
+  std::string entry;
+  std::string name;
+  while (entries.read(entry)) {
+    if (is_input_document(entry, name) && !has_text(name))
+      missing.push_back(entry);
+  }
+  std::sort(missing.begin(), missing.end());
+  for (const std::string &file : missing) {
+    findings_.add(path, 0, Severity::warning,
+                  "polling would stop: " + quoted(file) + " is not in " +
+                      quoted(settings_.file_directory));
+  }
+}
+
+void CollectionCheck::check_classes() {
+  ClassTable &classes = collection_.classes;
+  classes.gather_documents();
+  check_top_class();
+  const ClassData &top = classes.get_data(0);
+  for (std::uint32_t id = 1; id < classes.size(); ++id)
+    check_class(id, !top.train_docs.empty(), !top.test_docs.empty());
+}
+
+void CollectionCheck::check_top_class() {
+  const ClassData &top = collection_.classes.get_data(0);
+  if (top.train_docs.empty())
+    warn({ListKind::train, 0}, "there is no document to learn from");
+  if (top.test_docs.empty())
+    warn({ListKind::test, 0}, "there is no document to test on");
+  if (top.sons.size() != 1)
+    return;
+  const std::uint32_t id = top.sons.front()->id;
+  warn(collection_.class_places[id].first,
+       "class " + quoted(collection_.classes.full_name(id)) +
+           " is the only one below the top class: there is nothing to tell it "
+           "from");
+}
+
+void CollectionCheck::check_class(std::uint32_t id, bool learns,
+                                  bool measures) {
+  const ClassData &data = collection_.classes.get_data(id);
+  const Collection::ClassPlaces &places = collection_.class_places[id];
+  const std::string name = "class " + quoted(collection_.classes.full_name(id));
+  if (learns && data.train_docs.empty())
+    warn(places.first, name + " has test documents only");
+  if (measures && data.test_docs.empty())
+    warn(places.first, name + " has training documents only");
+  if (data.sons.size() == 1) {
+    warn(places.first,
+         name + " has a single son: there is nothing to tell it from");
+  }
+  if (!data.sons.empty() && places.own_document.line != 0) {
+    warn(places.own_document,
+         name + " has sons, and only classes without sons are assigned");
+  }
+}
+
+}  // namespace vek::checking

@@ -1,0 +1,106 @@
+// From term ids to places in an array.
+//
+// Terms are looked up for every word of every document, in the profile of a
+// class and in the rows of an inverted index. Ids are dense numbers: where a
+// good part of them is there, an array is smaller and faster than a hash table.
+#ifndef VEK_CLASSES_TERMMAP_H_
+#define VEK_CLASSES_TERMMAP_H_
+
+#include <tsl/robin_map.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace vek {
+
+class TermMap {
+ public:
+  static constexpr std::uint32_t nowhere = 0xFFFFFFFF;
+
+  // The term's place, or `nowhere`.
+  std::uint32_t find(std::uint32_t term) const {
+    if (term < near_.size())
+      return near_[term];
+    if (far_.empty())
+      return nowhere;
+    const auto place = far_.find(term);
+    return place == far_.end() ? nowhere : place->second;
+  }
+
+  // The term's place if it has one; otherwise it gets `place`, which is below
+  // `nowhere`.
+  std::uint32_t find_or_insert(std::uint32_t term, std::uint32_t place) {
+    const std::uint32_t found = find(term);
+    if (found != nowhere)
+      return found;
+    set(term, place);
+    ++nr_terms_;
+    largest_ = std::max(largest_, term);
+    if (nr_terms_ >= next_look_)
+      look_for_density();
+    return place;
+  }
+
+  // To be called before terms come that will be so many, none larger.
+  void expect(std::size_t nr_terms, std::uint32_t largest) {
+    if (far_.empty() && largest / most_spread <= nr_terms &&
+        near_.size() <= largest)
+      near_.resize(std::size_t{largest} + 1, nowhere);
+  }
+
+  // Moves a term that has a place.
+  void set(std::uint32_t term, std::uint32_t place) {
+    if (term < near_.size()) {
+      near_[term] = place;
+    } else {
+      far_[term] = place;
+    }
+  }
+
+  // A term that has a place has none any more.
+  void erase(std::uint32_t term) {
+    if (term < near_.size()) {
+      near_[term] = nowhere;
+    } else {
+      far_.erase(term);
+    }
+    --nr_terms_;
+  }
+
+ private:
+  // An array is used if it has at most so many places for each term.
+  static constexpr std::size_t most_spread = 8;
+
+  // Lower bits of a product are as alike as those of its factors, upper bits
+  // are not.
+  struct Hash {
+    std::size_t operator()(std::uint32_t term) const {
+      return static_cast<std::size_t>(
+          (term * std::uint64_t{0x9E3779B97F4A7C15}) >> 32);
+    }
+  };
+
+  // Each time that there are twice as many terms.
+  void look_for_density() {
+    next_look_ = 2 * nr_terms_;
+    if (far_.empty() || largest_ / most_spread > nr_terms_)
+      return;
+    near_.resize(std::size_t{largest_} + 1, nowhere);
+    for (const auto &[term, place] : far_)
+      near_[term] = place;
+    far_ = {};
+  }
+
+  std::vector<std::uint32_t> near_;                         // by term
+  tsl::robin_map<std::uint32_t, std::uint32_t, Hash> far_;  // all others
+  std::size_t nr_terms_ = 0;
+  std::size_t next_look_ = 64;
+  std::uint32_t largest_ = 0;  // term that ever was there
+};
+
+}  // namespace vek
+
+#endif  // VEK_CLASSES_TERMMAP_H_

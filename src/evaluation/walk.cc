@@ -1,0 +1,107 @@
+#include "evaluation/walk.h"
+
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+#include "base/require.h"
+
+namespace vek {
+namespace {
+
+// One step of the way: the scores of a class's sons, and which comes next.
+struct Level {
+  const ClassData *class_data_P;
+  Ranks scores;
+  std::size_t next = 0;
+};
+
+}  // namespace
+
+const ClassScorer &Walk::scorer_of_sons(const ClassData &father) {
+  std::unique_ptr<ClassScorer> &scorer = scorers_[&father];
+  if (scorer == nullptr)
+    scorer = std::make_unique<ClassScorer>(father.sons, scoring_, params_);
+  return *scorer;
+}
+
+WeightType Walk::decision_threshold(const ClassData &data) const {
+  return params_.scaling ? 1.0 : data.profile.threshold();
+}
+
+// Where the sons of a class are judged: their thresholds, and 0.0 for what
+// comes from further down, which has been judged by its own father.
+WeightType Walk::least_to_stay(const ClassData &father,
+                               const ClassData &data) const {
+  return data.father == &father ? decision_threshold(data) : 0.0;
+}
+
+// Cuts a sorted list: by the thresholds down to MinRanks, then by length.
+void Walk::cut_ranks(const ClassData &father, Ranks &ranks,
+                     WalkObserver *observer_P) const {
+  const auto drop_last = [&](Cut reason, WeightType least) {
+    if (observer_P != nullptr)
+      observer_P->cut(father, ranks.back(), reason, least);
+    ranks.pop_back();
+  };
+  while (ranks.size() > params_.min_ranks) {
+    const WeightType least = least_to_stay(father, *ranks.back().class_data_P);
+    if (!(ranks.back().score < least))
+      break;
+    drop_last(Cut::below_threshold, least);
+  }
+  while (ranks.size() > params_.max_ranks)
+    drop_last(Cut::max_ranks, 0.0);
+}
+
+void Walk::score_sons(const ClassData &father, DocProfile &doc, Ranks &scores) {
+  doc.weigh(father, params_);
+  std::vector<WeightType> unscaled;
+  scorer_of_sons(father).score(doc, unscaled);
+  scores.clear();
+  for (std::size_t i = 0; i < unscaled.size(); ++i) {
+    const ClassData *son_P = father.sons[i];
+    scores.add(son_P,
+               scaled_score(params_, unscaled[i], son_P->profile.threshold()));
+  }
+  scores.sort();
+}
+
+bool Walk::classify(const ClassData &top, DocProfile &doc, const Ranks &scores,
+                    Ranks &ranks, WalkObserver *observer_P) {
+  require(!top.sons.empty(), "class_data_P->sons.size() > 0");
+  bool significant = false;
+  // Not by recursion: a stored hierarchy can be deeper than the stack.
+  std::vector<Level> levels;
+  const auto go_down = [&](const ClassData &father, Ranks sons_scores) {
+    if (observer_P != nullptr)
+      observer_P->scored(father, doc, sons_scores);
+    levels.push_back({&father, std::move(sons_scores)});
+  };
+  go_down(top, scores);
+  while (!levels.empty()) {
+    Level &level = levels.back();
+    if (level.next == level.scores.size()) {
+      ranks.sort();
+      cut_ranks(*level.class_data_P, ranks, observer_P);
+      levels.pop_back();
+      continue;
+    }
+    const Ranking ranking = level.scores[level.next++];
+    const ClassData &son = *ranking.class_data_P;
+    const WeightType threshold = decision_threshold(son);
+    significant = significant || ranking.score > threshold;
+    if (observer_P != nullptr)
+      observer_P->entered(son, ranking, threshold);
+    if (son.sons.empty()) {
+      ranks.push_back(ranking);
+    } else {
+      Ranks sons_scores;
+      score_sons(son, doc, sons_scores);
+      go_down(son, std::move(sons_scores));
+    }
+  }
+  return significant;
+}
+
+}  // namespace vek

@@ -1,0 +1,68 @@
+// The profiles of a collection's documents, by name, for what learns and tests.
+//
+// Where they are stored is the business of whoever derives from it (the data
+// directory in vek). Those that were asked for stay in memory, with their
+// active terms only.
+#ifndef VEK_INTAKE_DOCUMENTS_H_
+#define VEK_INTAKE_DOCUMENTS_H_
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "classes/termset.h"
+#include "intake/docprof.h"
+
+namespace vek {
+
+class Documents {
+ public:
+  using Cache = std::map<std::string, std::unique_ptr<DocProfile>, std::less<>>;
+
+  // Profiles are filtered by what `active_terms` holds when they are asked for
+  // first; empty, it filters none. It must outlive this object.
+  explicit Documents(const TermSet &active_terms)
+      : active_terms_(active_terms) {}
+  Documents(const Documents &) = delete;
+  Documents &operator=(const Documents &) = delete;
+  virtual ~Documents() = default;
+
+  // Fills the empty profile with all of the document's terms, past the cache.
+  // The document must be stored: what happens otherwise is the business of
+  // whoever stores.
+  virtual void read_profile(const std::string &name, DocProfile &profile) = 0;
+
+  // The document's profile, with only its active terms. Owned by the cache and
+  // valid until it is cleared.
+  DocProfile *get(const std::string &name) {
+    const auto place = cache_.lower_bound(name);
+    if (place != cache_.end() && place->first == name)
+      return place->second.get();
+    // The copy that is kept has no room for the terms that were dropped.
+    read_buffer_.clear();
+    read_profile(name, read_buffer_);
+    read_buffer_.select_active(active_terms_);
+    return cache_
+        .emplace_hint(place, name, std::make_unique<DocProfile>(read_buffer_))
+        ->second.get();
+  }
+
+  // The profiles read so far, by document name.
+  const Cache &cache() const { return cache_; }
+  void clear_cache() { cache_.clear(); }
+  // Frees the profiles and leaves their names.
+  void release_profiles() {
+    for (auto &[name, profile] : cache_)
+      profile.reset();
+  }
+
+ private:
+  const TermSet &active_terms_;
+  Cache cache_;
+  DocProfile read_buffer_;
+};
+
+}  // namespace vek
+
+#endif  // VEK_INTAKE_DOCUMENTS_H_

@@ -1,0 +1,55 @@
+#include "intake/lists.h"
+
+#include "base/helpers.h"
+
+namespace vek {
+
+const char *list_name(ListKind kind) {
+  return kind == ListKind::train ? "train" : "test";
+}
+
+bool ListReader::next(std::string &line) {
+  if (rest_.empty())
+    return false;
+  ++line_number_;
+  const std::size_t end = rest_.find('\n');
+  const std::string_view text = rest_.substr(0, end);
+  too_long_ = text.size() > longest_list_line;
+  if (too_long_)
+    return false;
+  line = text;
+  rest_.remove_prefix(end == std::string_view::npos ? rest_.size() : end + 1);
+  return true;
+}
+
+bool parse_list_line(const std::string &line, ListEntry &entry) {
+  entry.classes.clear();
+  std::string word;
+  std::string rest;
+  if (line.find('\0') != std::string::npos)
+    return false;
+  if (!split_word(line, ' ', word, rest))
+    return false;
+  strip_suffix(entry.document, word, document_suffix);
+  while (!rest.empty()) {
+    split_word(rest, ' ', word, rest);
+    clean_class_name(word);
+    entry.classes.push_back(word);
+  }
+  return true;
+}
+
+void clean_class_name(std::string &field) {
+  const std::size_t colon = field.find(':');
+  if (colon != std::string::npos)
+    field.resize(colon);
+  if (field.starts_with('?'))
+    field.erase(0, 1);
+}
+
+bool is_input_document(const std::string &entry, std::string &name) {
+  strip_suffix(name, entry, document_suffix);
+  return !entry.starts_with('.') && ends_with(entry, document_suffix);
+}
+
+}  // namespace vek

@@ -1,0 +1,42 @@
+// What a trainer works with, and what all trainers have in common.
+#ifndef VEK_LEARNING_TRAINING_H_
+#define VEK_LEARNING_TRAINING_H_
+
+#include <cstddef>
+#include <functional>
+#include <ostream>
+
+#include "base/messages.h"
+#include "classes/classtab.h"
+#include "classes/termset.h"
+#include "intake/documents.h"
+#include "params/params.h"
+
+namespace vek {
+
+// All must outlive the training.
+struct Training {
+  ClassTable &classes;
+  Documents &documents;
+  // Filled by update_profiles().
+  TermSet &active_terms;
+  const Params &params;
+  // Gets the scores that thresholds are made of.
+  std::ostream &scores;
+  Messages &messages;
+};
+
+// Gathers the statistics of every class over its training documents, whose
+// terms are less than `nr_terms`; fills `active_terms`; and moves the
+// statistics of those into the class profiles, from which all other terms that
+// were counted go. What the profiles had before is added to.
+void update_profiles(const Training &training, std::size_t nr_terms);
+
+// Calls `train` for each class that has sons and training documents, in the
+// order of the table, and tells it; `what` is the classifier.
+void for_each_father(const Training &training, const char *what,
+                     const std::function<void(ClassData &father)> &train);
+
+}  // namespace vek
+
+#endif  // VEK_LEARNING_TRAINING_H_

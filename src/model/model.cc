@@ -1,0 +1,239 @@
+#include "model/model.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <vector>
+
+#include "base/helpers.h"
+#include "base/textio.h"
+#include "store/datafiles.h"
+#include "store/filesetformat.h"
+#include "store/journalformat.h"
+
+namespace vek {
+namespace {
+
+bool read(const std::string &path, std::string &text, Failure &failure) {
+  const KeepErrno keep;
+  if (read_file(path, text) == ReadResult::ok)
+    return true;
+  failure = {path, "", std::strerror(errno)};
+  return false;
+}
+
+bool is_there(const std::string &path) {
+  const KeepErrno keep;
+  return file_exists(path);
+}
+
+// The first damaged line of a table's file is the one behind those that were
+// entered.
+Failure damaged_line(const std::string &path, std::size_t nr_entered) {
+  return {path, "line " + std::to_string(nr_entered + 1), "format error"};
+}
+
+// How many tabs end the fields of a line with those columns.
+std::size_t nr_tabs(ProfileColumns columns) {
+  switch (columns) {
+    case ProfileColumns::frequencies:
+      break;
+    case ProfileColumns::weight:
+      return 4;
+    case ProfileColumns::updates:
+      return 5;
+  }
+  return 3;
+}
+
+}  // namespace
+
+bool Model::open(const std::string &directory, Failure &failure) {
+  directory_ = directory;
+  if (!is_directory(directory)) {
+    failure = {directory, "", "there is no such directory"};
+    return false;
+  }
+  return read_vocabulary(failure) &&
+         store_.open(profile_store_path(directory), failure) &&
+         read_class_set(failure);
+}
+
+// A directory without atoms.dat counts as new, but for what the journal has.
+bool Model::read_vocabulary(Failure &failure) {
+  const std::string paths[] = {atoms_path(directory_), terms_path(directory_)};
+  const std::string path_of_journal = journal_path(directory_);
+  const bool has_journal = is_there(path_of_journal);
+  std::string journal_text;
+  JournalContent journal;
+  if (has_journal) {
+    if (!read(path_of_journal, journal_text, failure))
+      return false;
+    if (!parse_journal(journal_text, journal)) {
+      failure = {path_of_journal, "", "format error"};
+      return false;
+    }
+  }
+  const std::uint64_t sizes[] = {journal.atoms_size, journal.terms_size};
+  const std::size_t nr_pending[] = {journal.new_atoms.size(),
+                                    journal.new_terms.size()};
+  const bool has_data = is_there(paths[0]);
+  std::string texts[2];
+  for (std::size_t i = 0; i < 2; ++i) {
+    const bool is_wanted = has_data && (!has_journal || is_there(paths[i]));
+    if (is_wanted && !read(paths[i], texts[i], failure))
+      return false;
+    if (!has_journal)
+      continue;
+    if (!fits_journal(texts[i], sizes[i], nr_pending[i])) {
+      failure = {path_of_journal, "", "it does not fit " + paths[i]};
+      return false;
+    }
+    texts[i].resize(sizes[i]);
+  }
+  if (!atoms_.parse(texts[0])) {
+    failure = damaged_line(paths[0], atoms_.size());
+    return false;
+  }
+  if (!terms_.parse(texts[1], atoms_.size())) {
+    failure = damaged_line(paths[1], terms_.size());
+    return false;
+  }
+  if (has_journal && !enter_journal(journal, atoms_, terms_)) {
+    failure = {path_of_journal, "", "it does not fit the tables"};
+    return false;
+  }
+  return true;
+}
+
+// Class files that a run had begun to replace are complete in one file.
+bool Model::read_class_set(Failure &failure) {
+  const Path path(directory_, class_set_name, ".dat");
+  if (!is_there(path))
+    return true;
+  std::string text;
+  if (!read(path, text, failure))
+    return false;
+  std::vector<FileSetMember> members;
+  if (!parse_file_set(text, members)) {
+    failure = {path, "", "format error"};
+    return false;
+  }
+  for (const FileSetMember &member : members)
+    waiting_class_files_[std::string(member.name)] = member.content;
+  return true;
+}
+
+bool Model::read_class_file(const std::string &name, std::string &text,
+                            Failure &failure) const {
+  const auto place = waiting_class_files_.find(name);
+  if (place == waiting_class_files_.end())
+    return read(Path(directory_, name, ""), text, failure);
+  text = place->second;
+  return true;
+}
+
+bool Model::read_classes(const Classifier &classifier, Failure &failure) {
+  std::string text;
+  if (!read_class_file("classes", text, failure))
+    return false;
+  if (!classes_.parse(text)) {
+    failure = {classes_path(directory_),
+               "line " + std::to_string(classes_.size() + 2), "format error"};
+    return false;
+  }
+  for (auto &[key, data] : classes_) {
+    const std::string name = class_file_name(data.id, class_profile_suffix);
+    if (!read_class_file(name, text, failure))
+      return false;
+    if (!data.profile.parse(text, data.nr_terms, classifier.files.columns)) {
+      failure = {Path(directory_, name, ""), "",
+                 std::string("no class profile of ") + classifier.name};
+      return false;
+    }
+    if (classifier.files.weights_suffix == nullptr)
+      continue;
+    const std::string weights =
+        class_file_name(data.id, classifier.files.weights_suffix);
+    if (!read_class_file(weights, text, failure))
+      return false;
+    if (!classifier.files.parse_weights(text, data.profile)) {
+      failure = {Path(directory_, weights, ""), "",
+                 "the weights do not fit the class profile"};
+      return false;
+    }
+  }
+  if (classifier.restore_weights != nullptr)
+    classifier.restore_weights(classes_);
+  return true;
+}
+
+const Classifier *Model::find_classifier(Failure &failure) const {
+  for (std::uint32_t id = 0;; ++id) {
+    std::string text;
+    const std::string name = class_file_name(id, class_profile_suffix);
+    if (!read_class_file(name, text, failure))
+      return nullptr;
+    std::string_view rest = text;
+    std::string_view line;
+    if (!take_line(rest, line) || !take_line(rest, line))
+      continue;
+    const auto tabs = static_cast<std::size_t>(std::ranges::count(line, '\t'));
+    for (const Classifier &classifier : classifiers()) {
+      if (nr_tabs(classifier.files.columns) == tabs)
+        return &classifier;
+    }
+    failure = {Path(directory_, name, ""), "line 2", "of no known classifier"};
+    return nullptr;
+  }
+}
+
+std::string Model::term_text(std::uint32_t term_id) const {
+  std::string text;
+  const std::uint32_t mod = terms_.mod(term_id);
+  if (mod != EmptyAtom) {
+    text += atoms_.text(mod);
+    text += ' ';
+  }
+  text += atoms_.text(terms_.head(term_id));
+  return text;
+}
+
+bool Model::find_class(const std::string &path, std::uint32_t &id,
+                       Failure &failure) const {
+  for (std::uint32_t i = 1; i < classes_.size(); ++i) {
+    if (classes_.full_name(i) == path) {
+      id = i;
+      return true;
+    }
+  }
+  failure = {classes_path(directory_), "", "there is no class `" + path + "'"};
+  return false;
+}
+
+bool Model::read_profile(const std::string &name, DocProfile &profile,
+                         Failure &failure) const {
+  const auto place = documents().find(name);
+  if (place == documents().end()) {
+    failure = {directory_, "",
+               "there is no profile of document `" + name + "'"};
+    return false;
+  }
+  std::string bytes;
+  if (!store_.read(place->second, bytes, failure))
+    return false;
+  const std::string what = "the profile of document `" + name + "'";
+  if (bytes.size() < sizeof(std::uint32_t) ||
+      !profile.read(bytes.data(), static_cast<unsigned>(bytes.size()))) {
+    failure = {directory_, what, "its length is wrong"};
+    return false;
+  }
+  if (profile.drop_unknown(terms_.size()) != 0) {
+    failure = {directory_, what, "it has terms that are not known"};
+    return false;
+  }
+  return true;
+}
+
+}  // namespace vek

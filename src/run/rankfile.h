@@ -1,0 +1,33 @@
+// A rank file under way: the lines of one test run or one pass of polling.
+#ifndef VEK_RUN_RANKFILE_H_
+#define VEK_RUN_RANKFILE_H_
+
+#include <ostream>
+#include <string>
+
+#include "base/output_file.h"
+
+namespace vek {
+
+// Ends the run if it can't be created, written or renamed; what has its final
+// name is complete.
+class RankFile {
+ public:
+  enum class Announce { no, yes };
+
+  // Takes the next number, 0 in the first file of a run, and opens the file in
+  // the directory under its temporary name, which is logged first if wanted.
+  RankFile(const std::string &directory, Announce announce);
+  std::ostream &stream() { return stream_; }
+  // Closes the file and gives it its final name.
+  void finish();
+
+ private:
+  std::string temporary_path_;
+  std::string path_;
+  OutputFile stream_;
+};
+
+}  // namespace vek
+
+#endif  // VEK_RUN_RANKFILE_H_

@@ -1,0 +1,76 @@
+#include "store/tablefile.h"
+
+#include <cassert>
+
+#include "base/helpers.h"
+#include "log/log.h"
+
+namespace vek {
+namespace {
+
+[[noreturn]] void fail(const std::string &name, FileError code) {
+  report_file_error(name, code);
+  abort_run();
+}
+
+}  // namespace
+
+void TableFile::set_name(const std::string &name) {
+  name_ = name;
+  nr_written_ = 0;
+  lacks_line_end_ = false;
+}
+
+std::string TableFile::load() {
+  assert(!name_.empty());
+  std::string content;
+  const ReadResult result = read_file(name_, content);
+  if (result == ReadResult::cannot_open)
+    fail(name_, FileError::open_for_reading);
+  if (result == ReadResult::read_error)
+    fail(name_, FileError::read);
+  lacks_line_end_ = !content.empty() && content.back() != '\n';
+  return content;
+}
+
+void TableFile::reject() const {
+  fail(name_, FileError::format);
+}
+
+void TableFile::begin(OutputFile &out, std::uint32_t nr_records,
+                      std::string_view things) {
+  assert(!name_.empty());
+  out.open(name_, OutputFile::Mode::append);
+  if (!out)
+    fail(name_, FileError::open_for_writing);
+  if (nr_written_ >= nr_records)
+    return;
+  std::string text = nr_written_ == 0 ? "creating " : "updating ";
+  text += name_;
+  text += nr_written_ == 0 ? " with "
+                           : " from " + std::to_string(nr_written_) + " to ";
+  text += std::to_string(nr_records);
+  text += ' ';
+  text += things;
+  log_always(1, text);
+  if (lacks_line_end_)
+    out.put('\n');
+  lacks_line_end_ = false;
+}
+
+void TableFile::write_until(std::uint32_t end, const std::string &bytes,
+                            OutputFile &out) {
+  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  out.flush();
+  if (!out)
+    fail(name_, FileError::write);
+  nr_written_ = end;
+}
+
+void TableFile::finish(OutputFile &out) const {
+  out.close();
+  if (!out)
+    fail(name_, FileError::write);
+}
+
+}  // namespace vek

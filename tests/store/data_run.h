@@ -1,0 +1,80 @@
+// Runs over files in processes of their own, so that a case can follow them
+// from run to run: exit() destroys what a run has, as it does in vek.
+#ifndef VEK_TESTS_STORE_DATA_RUN_H_
+#define VEK_TESTS_STORE_DATA_RUN_H_
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "log/log.h"
+#include "store/database.h"
+#include "support/temporary_directory.h"
+
+namespace vek {
+
+struct RunResult {
+  int status;          // of exit(), or 1000 and the number of a signal
+  std::string screen;  // what stood on standard error
+  std::string log;     // the log behind its opening lines
+};
+
+template <class Body>
+RunResult run_in_child(Body body) {
+  std::fflush(nullptr);
+  const pid_t pid = fork();
+  if (pid == 0) {
+    if (std::freopen("screen", "w", stderr) == nullptr)
+      std::_Exit(99);
+    std::setvbuf(stderr, nullptr, _IONBF, 0);
+    // A run that hangs is a failure.
+    alarm(60);
+    set_verbosity(0);
+    log_file.open("vek.log");
+    errno = 0;
+    body();
+    std::exit(0);
+  }
+  int status = 0;
+  waitpid(pid, &status, 0);
+  const std::string log = read_text("vek.log");
+  return {WIFSIGNALED(status) ? 1000 + WTERMSIG(status) : WEXITSTATUS(status),
+          read_text("screen"), log.substr(log.find("\n\n") + 2)};
+}
+
+// Ends such a run as a power cut does: no destructor, no last write.
+[[noreturn]] inline void be_killed() {
+  std::_Exit(0);
+}
+
+// What a run has.
+struct Data {
+  StringPool pool;
+  AtomTable atoms{pool};
+  TermTable terms;
+  ClassTable classes;
+  TermSet active_terms;
+  DataBase base{atoms, terms, classes, active_terms};
+};
+
+// A run over the directory `data`, of which it reads the classes or not.
+template <class Body>
+RunResult run_over_data(Body body, bool with_classes,
+                        const ClassFileFormat &format) {
+  return run_in_child([&] {
+    static Data data;
+    data.base.open("data");
+    errno = 0;
+    data.base.read(with_classes, format);
+    errno = 0;
+    body(data);
+  });
+}
+
+}  // namespace vek
+
+#endif  // VEK_TESTS_STORE_DATA_RUN_H_
