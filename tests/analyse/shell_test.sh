@@ -6,6 +6,7 @@
 #   finish    ends the script with the status that fits
 # shellcheck shell=bash
 set -u
+export LC_ALL=C
 program=$1
 nr_failures=0
 work=$(mktemp -d)

@@ -4,6 +4,7 @@
 #
 #   agreement_test.sh VEK VEK-CHECK
 set -eu
+export LC_ALL=C
 vek=$(realpath "$1")
 check=$(realpath "$2")
 

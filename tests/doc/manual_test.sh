@@ -4,6 +4,7 @@
 #
 #   manual_test.sh DOC-DIRECTORY VEK VEK-ANALYSE VEK-CHECK
 set -eu
+export LC_ALL=C
 doc=$(realpath "$1")
 vek=$(realpath "$2")
 analyse=$(realpath "$3")

@@ -114,7 +114,7 @@ awk -v setup=$setup '
 
 cd "$start"
 status=0
-env HOME="$work/home" PATH="$path" LC_ALL=C.UTF-8 VEK_TEST="$work" \
+env -u LANGUAGE HOME="$work/home" PATH="$path" LC_ALL=C.UTF-8 VEK_TEST="$work" \
   sh "$work/script" </dev/null >"$work/result" 2>&1 || status=$?
 [ $status -eq 0 ] || cat "$work/result" >&2
 exit $status

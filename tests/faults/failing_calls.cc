@@ -445,7 +445,7 @@ STAND_IN(char *, getcwd, (char *buffer, size_t size), noexcept, false, "",
          buffer, size)
 
 // ---- Memory. A sanitizer has its own.
-#ifndef __SANITIZE_ADDRESS__
+#ifndef VEK_SANITIZE
 
 // GLib stops the process where it gets no memory. It is the file store's
 // business to see to it before, so what GLib asks for itself is let pass.
@@ -495,7 +495,7 @@ ALLOCATOR(int, posix_memalign, ENOMEM,
 #endif
 }
 
-#ifndef __SANITIZE_ADDRESS__
+#ifndef VEK_SANITIZE
 // An allocator may have its own, which do not pass through malloc().
 void *operator new(size_t size) {
   for (;;) {

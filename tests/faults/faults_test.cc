@@ -27,7 +27,7 @@ namespace fs = std::filesystem;
 using Words = std::vector<std::string>;
 using Files = std::map<std::string, std::string>;
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef VEK_SANITIZE
 constexpr long step = 7;  // such a run takes ten times as long
 #else
 constexpr long step = 1;
@@ -422,7 +422,7 @@ TEST_P(FaultTest, DiskIsFullForAnyFile) {
   }
 }
 
-#ifndef __SANITIZE_ADDRESS__
+#ifndef VEK_SANITIZE
 TEST_P(FaultTest, MemoryEndsAnywhere) {
   const Words counts = calls("malloc");
   ASSERT_EQ(counts.size(), 1U);
