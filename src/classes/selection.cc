@@ -3,6 +3,8 @@
 #include <array>
 #include <cmath>
 
+#include "base/logarithm.h"
+
 namespace vek {
 namespace {
 
@@ -59,8 +61,8 @@ bool term_passes_tfidf(const Selection &selection, const TermStats &stats,
 bool term_passes_infogain(const Selection &selection, const TermStats &stats,
                           const ClassData &data) {
   const double share = term_frequency(stats, data) / double(data.nr_terms);
-  return share * std::log(double(selection.vocabulary_size) * share *
-                          double(selection.nr_classes)) >=
+  return share * natural_logarithm(double(selection.vocabulary_size) * share *
+                                   double(selection.nr_classes)) >=
          selection.selectivity;
 }
 

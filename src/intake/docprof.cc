@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "base/bytes.h"
+#include "base/logarithm.h"
 #include "base/require.h"
 
 namespace vek {
@@ -24,7 +25,7 @@ WeightType strength(std::uint32_t freq, Strength kind) {
     case Strength::sqrt:
       return std::sqrt(static_cast<double>(freq));
     case Strength::ltc:
-      return std::log(static_cast<double>(freq)) + 1.0;
+      return natural_logarithm(static_cast<double>(freq)) + 1.0;
   }
   return static_cast<double>(freq);
 }
@@ -92,7 +93,7 @@ void DocProfile::weigh(const ClassData &data, const Params &params) {
     // Without documents there is no mean to compare with: ln(0) is no weight.
     entry.weight = df == 0 || data.nr_docs == 0
                        ? 0.0
-                       : std::log(double(data.nr_docs) / df) *
+                       : natural_logarithm(double(data.nr_docs) / df) *
                              strength(entry.freq, params.strength);
   }
   if (params.normalize == Normalize::off)

@@ -1,0 +1,52 @@
+#include "base/logarithm.h"
+
+#include <array>
+#include <bit>
+#include <cfloat>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+
+#include "base/helpers.h"
+
+#if LDBL_MANT_DIG < 113
+// Of the compiler's library for 128-bit numbers, whose header is not where
+// every compiler looks.
+__extension__ using Quad = __float128;
+extern "C" Quad logq(Quad);
+#endif
+
+namespace vek {
+namespace {
+
+double rounded_logarithm(double x) {
+  const KeepErrno keep;
+#if LDBL_MANT_DIG < 113
+  return static_cast<double>(logq(x));
+#else
+  return static_cast<double>(std::log(static_cast<long double>(x)));
+#endif
+}
+
+struct Known {
+  double x = 1.0;
+  double logarithm = 0.0;
+};
+
+}  // namespace
+
+// A table with one place for each argument: what is there is right or is
+// replaced, so a result never depends on what was asked before.
+double natural_logarithm(double x) {
+  constexpr unsigned place_bits = 13;
+  static std::array<Known, std::size_t{1} << place_bits> table;
+  const std::uint64_t mixed =
+      std::bit_cast<std::uint64_t>(x) * 0x9E3779B97F4A7C15;
+  Known &known = table[mixed >> (64 - place_bits)];
+  // Never true for what is no number.
+  if (known.x != x)
+    known = {x, rounded_logarithm(x)};
+  return known.logarithm;
+}
+
+}  // namespace vek
