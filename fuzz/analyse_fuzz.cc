@@ -33,7 +33,7 @@ struct Setting {
   std::size_t language, terms, numbers;
   auto operator<=>(const Setting &) const = default;
 
-  std::unique_ptr<TextAnalyser> analyser(TextAnalyser::Sizes sizes) const {
+  std::unique_ptr<TextAnalyser> analyser(Sizes sizes) const {
     return std::make_unique<TextAnalyser>(languages[language], all_terms[terms],
                                           all_numbers[numbers], sizes);
   }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <regex>
 #include <string>
 #include <string_view>
 
@@ -33,21 +34,17 @@ class MemorySource : public ByteSource {
   std::string_view bytes_;
 };
 
+// Small, because tests make many analysers.
+struct Sizes {
+  std::size_t buffer = DocumentReader::usual_buffer;
+  std::size_t nr_known = 1024;
+};
+
 // All that stands between a text and its analysis, but for files.
 class TextAnalyser {
  public:
-  // Small, because tests make many analysers.
-  struct Sizes {
-    std::size_t buffer = DocumentReader::usual_buffer;
-    std::size_t nr_known = 1024;
-  };
-
   explicit TextAnalyser(std::string_view language, Terms terms = Terms::both,
-                        Numbers numbers = Numbers::drop)
-      : TextAnalyser(language, terms, numbers, Sizes{}) {}
-
-  TextAnalyser(std::string_view language, Terms terms, Numbers numbers,
-               Sizes sizes)
+                        Numbers numbers = Numbers::drop, Sizes sizes = {})
       : language_(*find_language(language)),
         lexicon_(language_, numbers, sizes.nr_known),
         writer_(language_, terms, lexicon_, output_),
@@ -74,42 +71,24 @@ class TextAnalyser {
   DocumentReader reader_;
 };
 
-inline bool is_word_byte(char c) {
-  constexpr std::string_view special = "\",[]{}|\\\x7F";
-  return static_cast<unsigned char>(c) > ' ' && special.find(c) == special.npos;
-}
-
-// Reads an analysis by the rules of its language, and by nothing else:
-//
-//   text   nothing, or items with a blank or a line end between them and a
-//          line end behind the last
-//   item   a word, or "[ " word " , " word " ]"
-//   word   1 to 64 bytes of valid UTF-8 in which nothing has a meaning of its
-//          own: none of " , [ ] { } | \ and no blank or control character
+// Reads an analysis by the rules of its language, and by nothing else: words
+// and pairs with a blank or a line end behind each and a line end behind the
+// last. A word has 1 to 64 bytes of valid UTF-8 in which nothing has a meaning
+// of its own.
 inline bool is_valid_analysis(std::string_view text) {
-  const auto accept = [&](std::string_view begin) {
-    const bool is_there = text.starts_with(begin);
-    text.remove_prefix(is_there ? begin.size() : 0);
-    return is_there;
-  };
-  const auto word = [&] {
-    const std::size_t size = static_cast<std::size_t>(
-        std::ranges::find_if_not(text, is_word_byte) - text.begin());
-    const bool is_good = size > 0 && size <= longest_word &&
-                         valid_utf8_size(text.substr(0, size)) == size;
-    text.remove_prefix(size);
-    return is_good;
-  };
-  if (text.empty())
-    return true;
-  while (accept("[ ") ? word() && accept(" , ") && word() && accept(" ]")
-                      : word()) {
-    if (text == "\n")
-      return true;
-    if (!accept(" ") && !accept("\n"))
+  const std::string word = R"([^\x00- ",[\]{}|\\\x7F]{1,64})";
+  static const std::regex item('(' + word + "|\\[ " + word + " , " + word +
+                               " \\])[ \n]");
+  const char *at = text.data();
+  const char *const end = at + text.size();
+  for (std::cmatch match; at != end; at = match[0].second) {
+    if (!std::regex_search(at, end, match, item,
+                           std::regex_constants::match_continuous)) {
       return false;
+    }
   }
-  return false;
+  return valid_utf8_size(text) == text.size() &&
+         (text.empty() || text.back() == '\n');
 }
 
 }  // namespace vek::analysis

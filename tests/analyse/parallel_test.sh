@@ -1,10 +1,8 @@
 #!/bin/bash
 # The example script: two workers, of which one is killed in the middle, and a
-# second call that finishes what they began. With a program vek also that its
-# files are the same as from the conversation. Skipped without GNU parallel.
-#   parallel_test.sh VEK-ANALYSE EXAMPLE-SCRIPT [VEK]
+# second call that finishes what they began. Skipped without GNU parallel.
+#   parallel_test.sh VEK-ANALYSE EXAMPLE-SCRIPT
 script=$2
-vek=${3:-}
 command -v parallel >/dev/null || exit 77
 # shellcheck source=shell_test.sh
 . "$(dirname "$0")/shell_test.sh"
@@ -55,27 +53,5 @@ results_are_right
 rm -rf out killed requests
 VEK_ANALYSE=$work/worker expect 0 "$script" -j 2 docs out
 results_are_right
-
-# run_vek DIRECTORY ANALYSER FILE-DIRECTORY
-run_vek() {
-  mkdir -p "$1/run/files"
-  for i in docs/*.txt; do
-    name=$(basename "$i" .txt)
-    echo "$name class$((10#$name % 3))" >>"$1/run/train"
-    [ $((10#$name % 5)) -ne 0 ] || echo "$name class$((10#$name % 3))"
-  done >"$1/run/test"
-  printf '[General]\nAnalyser "%s"\nFileDirectory "%s"\n' "$2" "$3" \
-    >"$1/run/vek.rc"
-  (cd "$1/run" && "$vek" . >/dev/null 2>&1) || fail "vek in $1: status $?"
-}
-
-if [ -n "$vek" ]; then
-  run_vek talking "$program -l en" "$work/docs"
-  run_vek reading "" "$work/out"
-  for file in data/atoms.dat data/terms.dat data/profile-store.000 rank0.dat; do
-    [ -s "talking/run/$file" ] || fail "vek wrote no $file"
-    cmp "talking/run/$file" "reading/run/$file" || fail "$file differs"
-  done
-fi
 
 finish

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <filesystem>
 #include <iterator>
 #include <string>
@@ -23,28 +22,20 @@ TEST(ResultNames, TakeTheLastComponentOrAllBehindADirectory) {
     std::string_view path;
     std::string name;  // or what is wrong
   } cases[] = {{"", "docs/a/b.txt", "out/b.txt"},
-               {"", "/x/b", "out/b.txt"},
-               {"", "b.html", "out/b.html.txt"},
                {"", ".txt", "out/.txt.txt"},
-               {"", "", "(names no file)"},
                {"", "/", "(names no file)"},
                {"", "a/", "(names no file)"},
                {"", "a/..", "(leads out of the directory)"},
                {"", "a\0b"sv, "(no file has a NUL in its name)"},
                {"docs", "docs/a/b.txt", "out/a/b.txt"},
-               {"docs/", "docs/a/b", "out/a/b.txt"},
-               {"docs", "docs//a", "out/a.txt"},
+               {"docs/", "docs//a", "out/a.txt"},
                {"./docs", "docs/a", "out/a.txt"},
                {"docs", "./docs/a", "out/a.txt"},
                {".", "docs/a", "out/docs/a.txt"},
                {"/", "/docs/a", "out/docs/a.txt"},
-               {"/docs", "/docs/a", "out/a.txt"},
                {"docs", "docs/a..b", "out/a..b.txt"},
-               {"docs", "docs", outside},
                {"docs", "docs2/a", outside},
-               {"docs", "/docs/a", outside},
                {".", "/docs/a", outside},
-               {"docs", "docs/../a", "(leads out of the directory)"},
                {"docs", "docs/a/..", "(leads out of the directory)"},
                {"docs", "docs/a/", "(names no file)"}};
   for (const auto &[from, path, name] : cases) {
@@ -57,17 +48,12 @@ TEST(ResultNames, TakeTheLastComponentOrAllBehindADirectory) {
   }
 }
 
-class ResultFileTest : public testing::Test {
- protected:
-  static auto nr_entries(const std::string &name) {
-    return std::distance(std::filesystem::directory_iterator(name), {});
-  }
+auto nr_entries(const std::string &name) {
+  return std::distance(std::filesystem::directory_iterator(name), {});
+}
 
- private:
-  TemporaryDirectory directory_;
-};
-
-TEST_F(ResultFileTest, IsThereWhenItIsCompleteBesideOthersOfTheSameName) {
+TEST(ResultFile, IsThereWhenItIsCompleteBesideOthersOfTheSameName) {
+  const TemporaryDirectory directory;
   const std::string file = "a/b/c.txt";
   ResultFile first, second;
   ASSERT_TRUE(first.open(file));
@@ -83,10 +69,8 @@ TEST_F(ResultFileTest, IsThereWhenItIsCompleteBesideOthersOfTheSameName) {
   EXPECT_EQ(read_text(file), "text");
 }
 
-TEST_F(ResultFileTest, TellsWhyItCannotBe) {
-  write_text("file", "text");
-  EXPECT_FALSE(ResultFile().open("file/a/c.txt"));
-  EXPECT_EQ(errno, ENOTDIR);
+TEST(ResultFile, IsNoDirectory) {
+  const TemporaryDirectory directory;
   std::filesystem::create_directories("dir.txt/x");
   EXPECT_FALSE(is_result("dir.txt"));
   ResultFile over_directory;

@@ -37,21 +37,11 @@ messages_are() {
   [ "$(cat messages)" = "$1" ] || fail "messages are: $(cat messages)"
 }
 
-# Writes the documents docs/000.txt and so on, the same ones in each test.
+# Writes the documents docs/000.txt and so on.
 make_documents() {
   mkdir -p docs
-  awk -v nr="$1" 'BEGIN {
-    srand(7)
-    nr_words = split("oil steel price market big crude bank the of river" \
-                     " house. state growing, 1987 water long-term", words)
-    for (i = 0; i < nr; ++i) {
-      text = ""
-      for (j = 0; j < 60; ++j) {
-        text = text words[int(rand() * nr_words) + 1] " "
-        if (j % 20 == 19) text = text "w" int(rand() * 1000) "\n"
-      }
-      printf "%s", text > sprintf("docs/%03d.txt", i)
-      close(sprintf("docs/%03d.txt", i))
-    }
-  }'
+  for ((i = 0; i < $1; ++i)); do
+    printf 'Crude oil prices w%d rose.\nThe house of steel, 1987: %s' \
+      "$i" "long-term $((i % 7)) water big bank" >"$(printf docs/%03d.txt "$i")"
+  done
 }

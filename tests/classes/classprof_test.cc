@@ -12,10 +12,9 @@ namespace {
 
 using Columns = ProfileColumns;
 
-std::string written(const ClassProfile &profile, std::uint32_t nr_terms,
-                    Columns columns) {
+std::string written(const ClassProfile &profile, Columns columns) {
   std::ostringstream stream;
-  EXPECT_TRUE(profile.write(stream, nr_terms, columns));
+  EXPECT_TRUE(profile.write(stream, 42, columns));
   return stream.str();
 }
 
@@ -41,49 +40,40 @@ TEST(ClassProfile, BehavesAsAMapWalkedByAscendingTerm) {
       model[term] += 1;
     }
     ASSERT_EQ(profile.tf(term), model.contains(term) ? model[term] : 0);
-    ASSERT_EQ(profile.find(term) != nullptr, model.contains(term));
     if (step % 7 != 0)
       continue;
-    auto expected = model.begin();
     ASSERT_EQ(profile.size(), model.size());
-    for (const ClassProfile::Slot &slot : profile) {
-      ASSERT_EQ(slot.term, expected->first);
-      ASSERT_EQ(slot.entry.tf, (expected++)->second);
+    auto expected = model.begin();
+    for (const auto &[term_id, entry] : profile) {
+      ASSERT_EQ(term_id, expected->first);
+      ASSERT_EQ(entry.tf, (expected++)->second);
     }
   }
 }
 
-const std::pair<Columns, std::string> layouts[] = {
-    {Columns::updates, "2\t42\t1.23457\n5\t6\t7\t-1\t2\t\n9\t1\t2\t3\t4\t\n"},
-    {Columns::weight,
-     "2\t42\t1.23457\n5\t6\t7\t-1.5e-07\t\n9\t1\t2\t0.333333\t\n"},
-    {Columns::frequencies, "2\t42\t1.23457\n5\t6\t7\t\n9\t1\t2\t\n"},
-};
-
-TEST(ClassProfile, WritesItsColumnsAndReadsZeroForTheRest) {
+TEST(ClassProfile, WritesItsColumnsAndReadsThemWholeAlone) {
+  const std::pair<Columns, std::string> layouts[] = {
+      {Columns::updates, "2\t42\t1.23457\n5\t6\t7\t-1\t2\t\n9\t1\t2\t3\t4\t\n"},
+      {Columns::weight,
+       "2\t42\t1.23457\n5\t6\t7\t-1.5e-07\t\n9\t1\t2\t0.333333\t\n"},
+      {Columns::frequencies, "2\t42\t1.23457\n5\t6\t7\t\n9\t1\t2\t\n"}};
   ClassProfile profile;
   profile.set_threshold(1.23456789);
   profile[9] = {1, 2, 8.0, 1.0 / 3.0, 8.0, 3, 4};
   profile[5] = {6, 7, 8.0, -1.5e-7, 8.0, -1, 2};
   for (const auto &[columns, text] : layouts) {
-    EXPECT_EQ(written(profile, 42, columns), text);
+    EXPECT_EQ(written(profile, columns), text);
     ClassProfile again;
     std::uint32_t nr_terms = 0;
     ASSERT_TRUE(again.parse(text, nr_terms, columns));
-    EXPECT_EQ(written(again, nr_terms, columns), text);
+    EXPECT_EQ(nr_terms, 42U);
+    EXPECT_EQ(written(again, columns), text);
     EXPECT_EQ(again.find(5)->pos_weight,
               columns == Columns::weight ? -1.5e-7 : 0.0);
-  }
-  EXPECT_EQ(written(ClassProfile(), 4294967295, Columns::weight),
-            "0\t4294967295\t1\n");
-}
-
-TEST(ClassProfile, ReadsNoFileOfOtherColumnsOrOneThatIsCutShort) {
-  for (const auto &[columns, text] : layouts) {
     for (const auto &other : layouts)
       EXPECT_EQ(reads(text, other.first), columns == other.first);
-    const std::size_t last = text.find_last_not_of("\t\n");
     // A cut inside the last number leaves another number.
+    const std::size_t last = text.find_last_not_of("\t\n");
     const std::size_t start = text.find_last_of('\t', last) + 1;
     for (std::size_t size = 0; size <= start; ++size)
       EXPECT_FALSE(reads(text.substr(0, size), columns)) << size;
@@ -104,7 +94,6 @@ TEST(ClassProfile, ReadsNoDamagedFile) {
       {Columns::frequencies, "4294967295\t0\t1\n5\t6\t7\t\n"},
       {Columns::frequencies, "0\t4294967296\t1\n"},
       {Columns::frequencies, "0\t0\tnan\n"},
-      {Columns::frequencies, "0\t0\t1e309\n"},
       {Columns::frequencies, "1\t0\t1\n4294967295\t4294967295\t4294967295\n",
        true},
       {Columns::frequencies, "1\t0\t1\n5\t4294967296\t7\t\n"},
