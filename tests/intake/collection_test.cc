@@ -73,10 +73,9 @@ TEST(ListLine, IsADocumentAndItsCleanedClasses) {
 
 TEST(BaseName, IsTheLastComponentWithItsSlash) {
   const std::pair<const char *, const char *> cases[] = {
-      {"/a/b", "b"}, {"/a/b/", "b/"}, {"a", "a"},   {"a/", "a/"},
-      {"a//", "/"},  {"/", "/"},      {"//", "/"},  {"", ""},
-      {"../x", "x"}, {"..", ".."},    {"./", "./"}, {"/a.b/c d", "c d"},
-      {"a/./.", "."}};
+      {"/a.b/c d", "c d"}, {"/a/b/", "b/"}, {"a", "a"},
+      {"a//", "/"},        {"/", "/"},      {"", ""},
+      {"..", ".."},        {"./", "./"},    {"a/./.", "."}};
   std::string name;
   for (const auto &[directory, expected] : cases) {
     EXPECT_TRUE(base_name(directory, name));
