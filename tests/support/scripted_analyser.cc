@@ -35,13 +35,6 @@ void wait_for_test() {
   fifo.get();
 }
 
-std::string arguments(int count, char **arguments_P) {
-  std::string text;
-  for (int i = 2; i < count; ++i)
-    text += '<' + std::string(arguments_P[i]) + '>';
-  return text;
-}
-
 // Answers one request. What a script does not know, it leaves to others.
 void answer(const std::string &script, const std::string &path) {
   std::ifstream stream(path, std::ios::binary);
@@ -81,12 +74,8 @@ int main(int count, char **arguments_P) {
   std::string script = count > 1 ? arguments_P[1] : "echo";
   std::replace(script.begin(), script.end(), '-', ' ');
   std::string path;
-  while (std::getline(std::cin, path)) {
-    if (script == "arguments")
-      write_bytes(arguments(count, arguments_P) + '\x01');
-    else
-      answer(script, path);
-  }
+  while (std::getline(std::cin, path))
+    answer(script, path);
   // The end of the input is the end of the run.
   if (script == "lingers") {
     wait_for_test();
