@@ -9,7 +9,6 @@ namespace {
 
 TEST(ProgressLine, TellsWhatIsKnown) {
   const std::pair<WorkDone, const char *> cases[] = {
-      {{}, "0 documents, 0 a second"},
       {{.nr_done = 5, .nr_skipped = 2, .seconds = 2},
        "5 documents, 2 of them skipped, 2 a second"},
       {{.nr_total = 9, .seconds = 3}, "0 of 9 documents (0 %), 0 a second"},

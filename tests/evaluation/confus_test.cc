@@ -39,16 +39,7 @@ std::string report(int nr_docs, const std::vector<Counts> &all) {
 
 TEST(Confusion, ReportsCountsAndMeasures) {
   // Measures that are not defined are left out.
-  EXPECT_TRUE(report(3, {{"unused", 0, 0, 0}, {"a/missed", 0, 2, 0}})
-                  .ends_with("Fallout\n\n"));
-  // Relevant or not, but never right: all measures are 0, and defined.
-  EXPECT_TRUE(
-      report(3, {{"missed", 0, 2, 0}, {"a/deep", 0, 1, 1}})
-          .ends_with(
-              "Fallout\n"
-              "Total        0.00%         0.00%         0.00%         0.00% \n"
-              "a/deep        0.00%         0.00%         0.00%        50.00% \n"
-              "\n"));
+  EXPECT_TRUE(report(3, {{"a/missed", 0, 2, 0}}).ends_with("Fallout\n\n"));
   // Two documents in two classes each: RS + RNS exceeds their number, and the
   // difference wraps. No others than those of a are left to be fallen out.
   EXPECT_EQ(report(2, {{"a", 2, 0, 1}, {"b", 0, 1, 1}}),
@@ -65,8 +56,6 @@ TEST(Confusion, ReportsCountsAndMeasures) {
 }
 
 TEST(FMeasure, WeighsPrecisionAgainstRecall) {
-  EXPECT_EQ(f_measure(0.5, 1.0, 2.0), 2.5 / 3.0);
-  EXPECT_EQ(f_measure(0.0, 0.0, 1.0), 0.0);
   // Another order of multiplying ends in other bits.
   EXPECT_EQ(f_measure(0.8, 0.9, 3.0), 0.888888888888889);
 }

@@ -12,9 +12,8 @@
 // "mixed SEED" are a power cut: of the directory `data` there stays only what
 // was synced, or of each file and each name by chance the one or the other.
 //
-// Only vek itself is counted, from the start of main() on: not what was started
-// by it, and the child before that only under the name "child CALL". The time
-// stands still, so that runs can be compared byte by byte.
+// Only vek itself is counted, from the start of main() on, and no process that
+// it starts. The time stands still, so that runs can be compared byte by byte.
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -79,8 +78,7 @@ class Disk {
   // A file by its descriptor, or the directory.
   void sync(int fd) {
     struct stat status = {};
-    if (fstat(fd, &status) != 0)
-      return;
+    fstat(fd, &status);
     if (status.st_ino == inode_of(directory.c_str()))
       sync_names();
     if (S_ISREG(status.st_mode)) {
@@ -174,10 +172,7 @@ Plan parse(const char *text_P) {
   std::istringstream text(text_P == nullptr ? "none 0 0" : text_P);
   Plan plan;
   std::string how;
-  text >> plan.call;
-  if (plan.call == "child" && text >> how)
-    plan.call += ' ' + how;
-  text >> plan.number >> how >> plan.seed;
+  text >> plan.call >> plan.number >> how >> plan.seed;
   const std::map<std::string, How> words = {
       {"short", How::shorter}, {"nothing", How::nothing},
       {"before", How::before}, {"after", How::after},
@@ -203,21 +198,18 @@ void report(const std::string &line) {
 
 // Counts a call and says what is to become of it. `subject` is the file.
 How decide(const std::string &call, bool changes, const std::string &subject) {
-  const bool in_child = getpid() != vek_pid;
   Plan &plan = state_P->plan;
-  const std::string name = in_child ? "child " + call : call;
-  const long count = ++state_P->counts[name];
-  const long nr_changes =
-      changes && !in_child ? ++state_P->counts["change"] : 0;
-  const bool is_it = plan.call == "change"
-                         ? nr_changes == plan.number && changes
-                         : plan.call == name && count == plan.number;
+  const long count = ++state_P->counts[call];
+  const long nr_changes = changes ? ++state_P->counts["change"] : 0;
   if (plan.call == "list") {
-    report("call " + name + ' ' + std::to_string(count) + ' ' + subject);
-    if (nr_changes > 0)
+    report("call " + call + ' ' + std::to_string(count) + ' ' + subject);
+    if (changes)
       report("call change " + std::to_string(nr_changes) + ' ' + subject);
   }
-  if (!is_it || in_child != plan.call.starts_with("child "))
+  const bool is_it = plan.call == "change"
+                         ? changes && nr_changes == plan.number
+                         : plan.call == call && count == plan.number;
+  if (!is_it)
     return How::pass;
   report("hit " + call + ' ' + subject);
   if (plan.how == How::before || plan.how == How::cut)
@@ -242,7 +234,7 @@ class Inside {
 };
 
 bool is_watched() {
-  return state_P != nullptr && !is_inside;
+  return state_P != nullptr && !is_inside && getpid() == vek_pid;
 }
 
 // Makes the call unless it is the one that shall fail; `done` sees that it was
@@ -269,6 +261,13 @@ auto guarded(
     die();
   errno = errno_now;
   return result;
+}
+
+// A call that takes its name from a file.
+template <typename Call>
+int guarded_end_of(const char *path, const char *name, Call call) {
+  const ino_t gone = is_watched() ? Inside(), inode_of(path) : 0;
+  return guarded(name, true, path, call, [=] { state_P->disk.forget(gone); });
 }
 
 template <typename Move>
@@ -399,18 +398,13 @@ int syncfs(int fd) noexcept {
       "syncfs", true, fd, [] { return 0; }, [] { state_P->disk.sync_all(); });
 }
 int rename(const char *from, const char *to) noexcept {
-  const ino_t gone = is_watched() ? Inside(), inode_of(to) : 0;
-  return guarded(
-      "rename", true, to,
-      [=] { return real<int(const char *, const char *)>("rename")(from, to); },
-      [=] { state_P->disk.forget(gone); });
+  return guarded_end_of(to, "rename", [=] {
+    return real<int(const char *, const char *)>("rename")(from, to);
+  });
 }
 int unlink(const char *path) noexcept {
-  const ino_t gone = is_watched() ? Inside(), inode_of(path) : 0;
-  return guarded(
-      "unlink", true, path,
-      [=] { return real<int(const char *)>("unlink")(path); },
-      [=] { state_P->disk.forget(gone); });
+  return guarded_end_of(
+      path, "unlink", [=] { return real<int(const char *)>("unlink")(path); });
 }
 
 #define STAND_IN(result, name, parameters, exception, changes, subject, ...) \
@@ -434,9 +428,6 @@ STAND_IN(int, mkdir, (const char *path, mode_t mode), noexcept, true, path,
          path, mode)
 STAND_IN(pid_t, fork, (), noexcept, false, "")
 STAND_IN(int, pipe2, (int *ends, int flags), noexcept, false, "", ends, flags)
-STAND_IN(int, dup2, (int from, int to), noexcept, false, "", from, to)
-STAND_IN(int, execv, (const char *path, char *const *arguments), noexcept,
-         false, path, path, arguments)
 STAND_IN(int, poll, (pollfd * fds, nfds_t count, int timeout), , false, "", fds,
          count, timeout)
 STAND_IN(DIR *, opendir, (const char *path), , false, path, path)
@@ -458,7 +449,7 @@ static bool is_glib(const void *caller_P) {
 
 // "malloc N E": the Nth allocation fails; "memory N E": each from there on.
 static bool allocation_fails(const void *caller_P) {
-  if (!is_watched() || getpid() != vek_pid || is_glib(caller_P))
+  if (!is_watched() || is_glib(caller_P))
     return false;
   const Plan &plan = state_P->plan;
   const long number = ++state_P->nr_allocations;
@@ -477,20 +468,16 @@ static bool allocation_fails(const void *caller_P) {
 // What comes next is the allocator that vek is linked with.
 #define REAL(name) reinterpret_cast<decltype(&name)>(dlsym(RTLD_NEXT, #name))
 
-#define ALLOCATOR(result, name, failure, parameters, ...) \
-  result name parameters noexcept {                       \
-    static const auto real_P = REAL(name);                \
-    return allocation_fails(__builtin_return_address(0))  \
-               ? failure                                  \
-               : real_P(__VA_ARGS__);                     \
+#define ALLOCATOR(name, parameters, ...)                 \
+  void *name parameters noexcept {                       \
+    static const auto real_P = REAL(name);               \
+    return allocation_fails(__builtin_return_address(0)) \
+               ? nullptr                                 \
+               : real_P(__VA_ARGS__);                    \
   }
-ALLOCATOR(void *, malloc, nullptr, (size_t size), size)
-ALLOCATOR(void *, calloc, nullptr, (size_t count, size_t size), count, size)
-ALLOCATOR(void *, realloc, nullptr, (void *block, size_t size), block, size)
-ALLOCATOR(void *, aligned_alloc, nullptr, (size_t alignment, size_t size),
-          alignment, size)
-ALLOCATOR(int, posix_memalign, ENOMEM,
-          (void **out, size_t alignment, size_t size), out, alignment, size)
+ALLOCATOR(malloc, (size_t size), size)
+ALLOCATOR(calloc, (size_t count, size_t size), count, size)
+ALLOCATOR(realloc, (void *block, size_t size), block, size)
 
 #endif
 }

@@ -28,7 +28,6 @@ TEST(ListReader, GivesTheLinesUpToOneThatIsTooLong) {
   const std::string longest(2047, 'x');
   const std::pair<std::string, std::string> cases[] = {
       {"", ""},
-      {"a b\nc d", "1<a b>2<c d>"},
       {"\n\na\n", "1<>2<>3<a>"},
       {"a\r\nb\0c\n"s, "1<a\r>2<b\0c>"s},
       {longest + "\nb\n", "1<" + longest + ">2<b>"},
@@ -53,7 +52,6 @@ TEST(ListLine, IsADocumentAndItsCleanedClasses) {
   const std::pair<std::string, std::string> cases[] = {
       {"doc1.txt   earn  acq earn ", "<doc1>(earn)(acq)(earn)"},
       {"sub/doc.txt.txt sport/tennis", "<sub/doc.txt>(sport/tennis)"},
-      {".txt a", "<.txt>(a)"},
       // Colon first, then one question mark.
       {"d ?earn:0.5", "<d>(earn)"},
       {"d ??a ?:b :c ?", "<d>(?a)()()()"},
@@ -73,10 +71,9 @@ TEST(ListLine, IsADocumentAndItsCleanedClasses) {
 
 TEST(BaseName, IsTheLastComponentWithItsSlash) {
   const std::pair<const char *, const char *> cases[] = {
-      {"/a/b", "b"}, {"/a/b/", "b/"}, {"a", "a"},   {"a/", "a/"},
-      {"a//", "/"},  {"/", "/"},      {"//", "/"},  {"", ""},
-      {"../x", "x"}, {"..", ".."},    {"./", "./"}, {"/a.b/c d", "c d"},
-      {"a/./.", "."}};
+      {"/a.b/c d", "c d"}, {"/a/b/", "b/"}, {"a", "a"},
+      {"a//", "/"},        {"/", "/"},      {"", ""},
+      {"..", ".."},        {"./", "./"},    {"a/./.", "."}};
   std::string name;
   for (const auto &[directory, expected] : cases) {
     EXPECT_TRUE(base_name(directory, name));

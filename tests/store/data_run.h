@@ -20,7 +20,6 @@ namespace vek {
 struct RunResult {
   int status;          // of exit(), or 1000 and the number of a signal
   std::string screen;  // what stood on standard error
-  std::string log;     // the log behind its opening lines
 };
 
 template <class Body>
@@ -34,21 +33,14 @@ RunResult run_in_child(Body body) {
     // A run that hangs is a failure.
     alarm(60);
     set_verbosity(0);
-    log_file.open("vek.log");
     errno = 0;
     body();
     std::exit(0);
   }
   int status = 0;
   waitpid(pid, &status, 0);
-  const std::string log = read_text("vek.log");
   return {WIFSIGNALED(status) ? 1000 + WTERMSIG(status) : WEXITSTATUS(status),
-          read_text("screen"), log.substr(log.find("\n\n") + 2)};
-}
-
-// Ends such a run as a power cut does: no destructor, no last write.
-[[noreturn]] inline void be_killed() {
-  std::_Exit(0);
+          read_text("screen")};
 }
 
 // What a run has.
@@ -61,15 +53,13 @@ struct Data {
   DataBase base{atoms, terms, classes, active_terms};
 };
 
-// A run over the directory `data`, of which it reads the classes or not.
+// A run over the directory `data`.
 template <class Body>
-RunResult run_over_data(Body body, bool with_classes,
-                        const ClassFileFormat &format) {
+RunResult run_over_data(Body body) {
   return run_in_child([&] {
     static Data data;
     data.base.open("data");
-    errno = 0;
-    data.base.read(with_classes, format);
+    data.base.read(false, {});
     errno = 0;
     body(data);
   });

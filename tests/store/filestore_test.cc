@@ -21,8 +21,6 @@
 namespace vek {
 namespace {
 
-using std::filesystem::exists;
-
 using OpenStore = std::unique_ptr<FileStore, void (*)(FileStore *)>;
 
 OpenStore open() {
@@ -44,19 +42,6 @@ std::optional<std::string> get(const OpenStore &store,
   std::string out(static_cast<const char *>(data_P), size);
   g_free(data_P);
   return out;
-}
-
-std::string names_of(const OpenStore &store) {
-  std::string out;
-  GList *list_P = filestore_get_filenames(store.get());
-  for (const GList *at_P = list_P; at_P != nullptr; at_P = at_P->next)
-    out.append(static_cast<const char *>(at_P->data)) += ' ';
-  g_list_free(list_P);
-  return out;
-}
-
-const FileStoreNode &node_of(const OpenStore &store, const std::string &name) {
-  return *filestore_get_node(store.get(), name.c_str());
 }
 
 // ---- Bytes of an index.
@@ -88,19 +73,13 @@ void set_repositories(const std::vector<std::uint64_t> &sizes) {
 
 class Store : public testing::Test {
  protected:
-  static std::map<std::string, std::string> files() {
-    std::map<std::string, std::string> out;
-    for (const auto &item : std::filesystem::directory_iterator(".")) {
-      const std::string name = item.path().filename();
-      if (name.starts_with("store"))
-        out[name] = hexadecimal(read_text(name));
-    }
-    return out;
-  }
-  // The store is not opened, and all its files are left as they are.
+  // The store is not opened, and its files are left as they are.
   static RunResult refusal(const std::string &index) {
+    const auto files = [] {
+      return read_text("store.idx") + read_text("store.new");
+    };
     write_text("store.idx", index);
-    const auto before = files();
+    const std::string before = files();
     RunResult result = run_in_child([] { open(); });
     EXPECT_EQ(files(), before);
     return result;
@@ -109,23 +88,10 @@ class Store : public testing::Test {
   TemporaryDirectory directory_;
 };
 
-TEST_F(Store, HasAnIndexFromTheStartAndARepositoryWithItsFirstBlock) {
-  OpenStore store = open();
-  EXPECT_TRUE(exists("store.idx"));
-  EXPECT_EQ(read_text("store.idx"), "");
-  store.reset();
-  EXPECT_EQ(read_text("store.idx"), words({0, 0}));
-  EXPECT_FALSE(exists("store.000"));
-  put(open(), "a", "0123456789");
-  EXPECT_EQ(read_text("store.000"), "0123456789");
-}
-
 TEST_F(Store, GivesBackBlocksOfAllNamesAndSizes) {
   std::map<std::string, std::string> blocks = {
-      {"a", "short"},
       {"ab", std::string("\0x\0", 3)},
-      {"a b\nc", "name with blank and line end"},
-      {"\xFF\x80\x01", "name of odd bytes"},
+      {"\xFF\x80\x01 \n", "name of odd bytes"},
       {"", "empty name"},
       {"empty block", ""},
       {std::string(1000000, 'n'), "name beyond any buffer"},
@@ -145,30 +111,19 @@ TEST_F(Store, GivesBackBlocksOfAllNamesAndSizes) {
 }
 
 TEST_F(Store, AppendsABlockThatIsPutAgain) {
+  open();
+  EXPECT_EQ(read_text("store.idx"), words({0, 0}));
+  // The index does not know of it.
+  write_text("store.000", "unknown that goes");
   OpenStore store = open();
   put(store, "a", "first");
-  const FileStoreNode &old = node_of(store, "a");
+  // What is read ahead here is of the old bytes.
+  EXPECT_EQ(get(store, "a"), "first");
   put(store, "a", "again");
-  EXPECT_EQ(old.offset, 0);
-  EXPECT_STREQ(old.name, "a");
-  EXPECT_EQ(node_of(store, "a").offset, 5);
-  EXPECT_EQ(names_of(store), "a ");
   EXPECT_EQ(get(store, "a"), "again");
   store.reset();
-  EXPECT_EQ(read_text("store.000"), "firstagain");
+  EXPECT_EQ(read_text("store.000"), "firstagainat goes");
   EXPECT_EQ(get(open(), "a"), "again");
-}
-
-TEST_F(Store, WritesARepositoryTheIndexDoesNotKnowFromItsStart) {
-  write_text("store.idx", "");
-  write_text("store.000", "unknown");
-  OpenStore store = open();
-  put(store, "a", "new");
-  // What is read ahead here is of the old bytes.
-  EXPECT_EQ(get(store, "a"), "new");
-  put(store, "b", "er");
-  EXPECT_EQ(get(store, "b"), "er");
-  EXPECT_EQ(read_text("store.000"), "newerwn");
 }
 
 TEST_F(Store, PutsABlockIntoTheFirstRepositoryWithRoom) {
@@ -186,24 +141,22 @@ TEST_F(Store, PutsABlockIntoTheFirstRepositoryWithRoom) {
       {{1073741824}, {{"", 0, 1073741824}}},
       {{1073741825}, {{"", 1, 0}}},
       {{1073741824, 1073741823, 10}, {{"12", 2, 10}, {"1", 1, 1073741823}}},
-      {{1073741823, 1073741823}, {{"1", 0, 1073741823}, {"2", 1, 1073741823}}},
       // The sum is small in 32 bits.
       {{0xFFFFFFFE}, {{"1234", 1, 0}}},
   };
   for (const auto &[sizes, puts] : cases) {
     set_repositories(sizes);
     OpenStore store = open();
-    for (const Placement &wanted : puts) {
-      SCOPED_TRACE(testing::PrintToString(sizes) + wanted.data);
-      put(store, wanted.data, wanted.data);
-      EXPECT_EQ(node_of(store, wanted.data).repository_id,
-                wanted.repository_id);
-      EXPECT_EQ(node_of(store, wanted.data).offset, wanted.offset);
+    for (const auto &[data, repository_id, offset] : puts) {
+      SCOPED_TRACE(testing::PrintToString(sizes) + data);
+      put(store, data, data);
+      const FileStoreNode &node =
+          *filestore_get_node(store.get(), data.c_str());
+      EXPECT_EQ(node.repository_id, repository_id);
+      EXPECT_EQ(node.offset, offset);
     }
-    for (const auto &again : {puts, puts}) {
-      for (const Placement &wanted : again)
-        EXPECT_EQ(get(store, wanted.data), wanted.data);
-    }
+    for (const Placement &wanted : puts)
+      EXPECT_EQ(get(store, wanted.data), wanted.data);
   }
 }
 
@@ -216,17 +169,13 @@ TEST_F(Store, EndsTheProgramForABlockThatHasNoPlace) {
     });
     EXPECT_EQ(result.screen, "filestore_put_file: " + message + '\n');
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(hexadecimal(read_text("store.idx")), hexadecimal(index));
+    EXPECT_EQ(read_text("store.idx"), index);
   };
   set_repositories({});
-  std::filesystem::create_directory("store.000");
-  expect_end(1, "Is a directory");
   expect_end(0x7ffff001, "a block of 2147479553 bytes is too big");
   expect_end(0xffffffff, "a block of 4294967295 bytes is too big");
-  std::filesystem::remove("store.000");
   set_repositories(std::vector<std::uint64_t>(8, 1U << 30));
   expect_end(1, "all 8 repositories of `store' are full");
-  EXPECT_FALSE(exists("store.008"));
 }
 
 // Before anything is written.
@@ -234,18 +183,12 @@ TEST_F(Store, RefusesAnIndexThatCannotBeRight) {
   const std::string a = entry("a", 0, 0, 10);
   const std::string other = entry("b", 0, 0, 1);
   const std::pair<std::string, std::string> cases[] = {
-      {words({1, 2}) + a, "it ends too early"},
       {words({1, 0xFFFFFFFF}) + a, "it ends too early"},
       {words({1, 1}) + a + "x", "it has bytes behind its last entry"},
-      {words({0, 0, 0}), "it has bytes behind its last entry"},
       {words({1, 1}) + entry("a", 1, 0, 1),
        "entry 1 lies in repository 1 of 1"},
-      {words({0, 1}) + entry("a", 0, 0, 0),
-       "entry 1 lies in repository 0 of 0"},
       {words({1, 1}) + entry("a", 0, 0xFFFFFFFF, 1), "entry 1 has no position"},
       {words({1, 3}) + a + other + a, "entry 3 has the name of another"},
-      {words({1, 1}) + entry("a", 0, 0, 11),
-       "it has a block up to byte 11 of `store.000', which has 10"},
       {words({1, 2}) + entry("a", 0, 11, 0) + other,
        "it has a block up to byte 11 of `store.000', which has 10"},
       // The sum is small in 32 bits.
@@ -283,21 +226,20 @@ TEST_F(Store, OrdersTheIndexByAPostOrderWalkOfTheTree) {
   // The trees: b over a and c; the same after a rotation; d over the trees of
   // b and f; f over a whole tree on its left and h with g on its right.
   const std::pair<std::string, std::string> cases[] = {
-      {"bac", "a c b "},
-      {"abc", "a c b "},
-      {"abcdefg", "a c b e g f d "},
-      {"fbhadgce", "a c e d b g h f "}};
+      {"bac", "acb"},
+      {"abc", "acb"},
+      {"abcdefg", "acbegfd"},
+      {"fbhadgce", "acedbghf"}};
   for (const auto &[order, walk] : cases) {
     write_text("store.idx", "");
     OpenStore store = open();
     for (const char name : order)
       put(store, {name}, "x");
-    EXPECT_EQ(names_of(store), walk);
     store.reset();
     const std::string index = read_text("store.idx");
     std::string names;
     for (std::size_t at = 8; at < index.size(); at += 18)
-      names.append(1, index[at]) += ' ';
+      names += index[at];
     EXPECT_EQ(names, walk);
   }
 }
@@ -312,9 +254,7 @@ TEST_F(Store, TakesTheIndexFromTheCopyUnlessTheCopyIsWorse) {
   const std::string beyond =
       words({1, 2}) + entry("b", 0, 1, 2) + entry("a", 0, 0, 1);
   const struct {
-    std::string index;
-    std::string copy;
-    std::string taken;
+    std::string index, copy, taken;
   } cases[] = {
       {one.substr(0, 11), one, one},
       {"", one, one},
@@ -323,7 +263,6 @@ TEST_F(Store, TakesTheIndexFromTheCopyUnlessTheCopyIsWorse) {
       {one, two, two},
       {two, one, two},
       {two, two + "z", two},
-      {two, std::string(8, '\xFF'), two},
       {two, beyond, two},
   };
   write_text("store.000", "xy");
@@ -331,7 +270,7 @@ TEST_F(Store, TakesTheIndexFromTheCopyUnlessTheCopyIsWorse) {
     write_text("store.idx", index);
     write_text("store.new", copy);
     OpenStore store = open();
-    EXPECT_FALSE(exists("store.new"));
+    EXPECT_FALSE(std::filesystem::exists("store.new"));
     EXPECT_EQ(hexadecimal(read_text("store.idx")), hexadecimal(taken));
     EXPECT_EQ(get(store, "a"), taken == other ? "y" : "x");
   }

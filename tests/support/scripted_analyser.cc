@@ -9,10 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -38,28 +35,8 @@ void wait_for_test() {
   fifo.get();
 }
 
-std::string arguments(int count, char **arguments_P) {
-  std::string text;
-  for (int i = 2; i < count; ++i)
-    text += '<' + std::string(arguments_P[i]) + '>';
-  return text;
-}
-
-// What the process was given beside its standard streams.
-std::string inheritance() {
-  std::string text;
-  for (int fd = 3; fd < 64; ++fd) {
-    if (fcntl(fd, F_GETFD) >= 0)
-      text += "descriptor " + std::to_string(fd) + ' ';
-  }
-  const bool standard = std::signal(SIGPIPE, SIG_DFL) == SIG_DFL;
-  return text + (standard ? "SIGPIPE kills" : "SIGPIPE is ignored");
-}
-
 // Answers one request. What a script does not know, it leaves to others.
 void answer(const std::string &script, const std::string &path) {
-  if (script == "die before")
-    std::exit(3);
   std::ifstream stream(path, std::ios::binary);
   std::string text(std::istreambuf_iterator<char>(stream), {});
   if (script == "die within") {
@@ -74,8 +51,6 @@ void answer(const std::string &script, const std::string &path) {
     for (const char byte : std::exchange(text, ""))
       write_bytes({byte});
   }
-  if (script == "path")
-    text = path;
   if (script == "nul")
     text += std::string("\0 hidden", 8);
   if (script == "huge")
@@ -84,31 +59,9 @@ void answer(const std::string &script, const std::string &path) {
   if (script == "behind")
     text += " behind\n";
   write_bytes(text);
-  if (script == "die after")
-    std::exit(3);
   if (script.starts_with("late")) {
     wait_for_test();
     write_bytes(script == "late text" ? " late" : "\r\n");
-    signal_test();
-  }
-}
-
-void at_start(const std::string &script) {
-  if (script == "exit")
-    std::exit(3);
-  if (script == "deaf") {
-    close(STDIN_FILENO);
-    signal_test();
-    pause();
-  }
-}
-
-// The end of the input is the end of the run.
-void at_end(const std::string &script) {
-  if (script == "ends")
-    signal_test();
-  if (script == "lingers") {
-    wait_for_test();
     signal_test();
   }
 }
@@ -120,15 +73,12 @@ int main(int count, char **arguments_P) {
   alarm(60);
   std::string script = count > 1 ? arguments_P[1] : "echo";
   std::replace(script.begin(), script.end(), '-', ' ');
-  at_start(script);
   std::string path;
-  while (std::getline(std::cin, path)) {
-    if (script == "arguments")
-      write_bytes(arguments(count, arguments_P) + '\x01');
-    else if (script == "inheritance")
-      write_bytes(inheritance() + '\x01');
-    else
-      answer(script, path);
+  while (std::getline(std::cin, path))
+    answer(script, path);
+  // The end of the input is the end of the run.
+  if (script == "lingers") {
+    wait_for_test();
+    signal_test();
   }
-  at_end(script);
 }

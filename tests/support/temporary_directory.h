@@ -5,7 +5,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iomanip>
 #include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 
@@ -27,8 +29,6 @@ class TemporaryDirectory {
   }
   TemporaryDirectory(const TemporaryDirectory &) = delete;
   TemporaryDirectory &operator=(const TemporaryDirectory &) = delete;
-
-  const std::filesystem::path &path() const { return path_; }
 
  private:
   std::filesystem::path before_;
@@ -52,16 +52,11 @@ inline std::string read_text(const std::filesystem::path &path) {
 
 // Bytes as "01 0A FF", so that a binary file can be compared in a diff.
 inline std::string hexadecimal(const std::string &bytes) {
-  constexpr char digits[] = "0123456789ABCDEF";
-  std::string out;
-  for (const char character : bytes) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (!out.empty())
-      out += ' ';
-    out += digits[byte / 16];
-    out += digits[byte % 16];
-  }
-  return out;
+  std::ostringstream out;
+  out << std::hex << std::uppercase << std::setfill('0');
+  for (const unsigned char byte : bytes)
+    out << (out.tellp() > 0 ? " " : "") << std::setw(2) << int{byte};
+  return out.str();
 }
 
 }  // namespace vek
