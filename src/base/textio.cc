@@ -18,12 +18,22 @@ double power_of_ten(int exponent) {
   return powers_of_ten[static_cast<std::size_t>(exponent)];
 }
 
+std::uint32_t whole_power_of_ten(int exponent) {
+  constexpr std::array<std::uint32_t, 7> powers = {1,     10,     100,    1000,
+                                                   10000, 100000, 1000000};
+  return powers[static_cast<std::size_t>(exponent)];
+}
+
 // Characters in a number, the first in its lowest byte.
 using Characters = std::uint64_t;
 
-Characters two_digits(std::uint32_t number) {
-  return ('0' + number / 10) | ('0' + number % 10) << 8;
-}
+// Both digits of each number below 100.
+constexpr std::array<std::uint16_t, 100> digit_pairs = [] {
+  std::array<std::uint16_t, 100> pairs = {};
+  for (std::uint16_t i = 0; i < 100; ++i)
+    pairs[i] = static_cast<std::uint16_t>(('0' + i / 10) | ('0' + i % 10) << 8);
+  return pairs;
+}();
 
 // Writes eight characters, whatever they are worth.
 void put_characters(char *out_P, Characters characters) {
@@ -57,16 +67,15 @@ char *put_short_real(char *out_P, double value, int precision) {
   if (std::abs(rest - 0.5) < 1e-6)
     return nullptr;
   number += rest > 0.5 ? 1 : 0;
-  if (number >= static_cast<std::uint32_t>(power_of_ten(precision))) {
+  if (number >= whole_power_of_ten(precision)) {
     number /= 10;
     if (++exponent >= precision)
       return nullptr;
   }
-  number *= static_cast<std::uint32_t>(
-      power_of_ten(largest_short_precision - precision));
-  const Characters digits = two_digits(number / 10000) |
-                            two_digits(number / 100 % 100) << 16 |
-                            two_digits(number % 100) << 32;
+  number *= whole_power_of_ten(largest_short_precision - precision);
+  const Characters digits = Characters{digit_pairs[number / 10000]} |
+                            Characters{digit_pairs[number / 100 % 100]} << 16 |
+                            Characters{digit_pairs[number % 100]} << 32;
   // The last that is no zero ends them.
   const int nr_digits =
       std::max(1, (71 - std::countl_zero(digits ^ 0x303030303030)) / 8);

@@ -7,6 +7,7 @@
 #define VEK_INTAKE_DOCUMENTS_H_
 
 #include <functional>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <string>
@@ -36,21 +37,28 @@ class Documents {
   // The document's profile, with only its active terms. Owned by the cache and
   // valid until it is cleared.
   DocProfile *get(const std::string &name) {
-    const auto place = cache_.lower_bound(name);
+    // Documents are mostly asked for in the order of their names.
+    auto place = last_ == cache_.end() ? last_ : std::next(last_);
+    if (place == cache_.end() || place->first != name)
+      place = cache_.lower_bound(name);
+    last_ = place;
     if (place != cache_.end() && place->first == name)
       return place->second.get();
     // The copy that is kept has no room for the terms that were dropped.
     read_buffer_.clear();
     read_profile(name, read_buffer_);
     read_buffer_.select_active(active_terms_);
-    return cache_
-        .emplace_hint(place, name, std::make_unique<DocProfile>(read_buffer_))
-        ->second.get();
+    last_ = cache_.emplace_hint(place, name,
+                                std::make_unique<DocProfile>(read_buffer_));
+    return last_->second.get();
   }
 
   // The profiles read so far, by document name.
   const Cache &cache() const { return cache_; }
-  void clear_cache() { cache_.clear(); }
+  void clear_cache() {
+    cache_.clear();
+    last_ = cache_.end();
+  }
   // Frees the profiles and leaves their names.
   void release_profiles() {
     for (auto &[name, profile] : cache_)
@@ -60,6 +68,7 @@ class Documents {
  private:
   const TermSet &active_terms_;
   Cache cache_;
+  Cache::iterator last_ = cache_.end();  // asked for
   DocProfile read_buffer_;
 };
 
