@@ -9,7 +9,8 @@
 namespace vek {
 namespace {
 
-// Past this the table grows by itself as terms come.
+// Beyond this many terms the table grows by itself as terms come. The expected
+// number comes from a file, which may claim anything.
 constexpr std::size_t largest_preparation = 4096;
 
 // Text is handed to the stream in pieces of about this size.
@@ -58,6 +59,8 @@ std::uint32_t ClassProfile::df(std::uint32_t term) const {
 }
 
 ClassProfileEntry &ClassProfile::operator[](std::uint32_t term) {
+  // A new term goes to the end. If terms come in ascending order, as they do
+  // from files and from term selection, nothing ever needs to be sorted.
   const std::uint32_t place =
       places_.find_or_insert(term, static_cast<std::uint32_t>(slots_.size()));
   if (place == slots_.size()) {
@@ -73,6 +76,8 @@ void ClassProfile::erase(std::uint32_t term) {
   if (hole == TermMap::nowhere)
     return;
   places_.erase(term);
+  // The last slot fills the hole, so that erasing takes no longer in a large
+  // profile.
   if (hole + 1 != slots_.size()) {
     slots_[hole] = slots_.back();
     places_.set(slots_[hole].term, hole);
@@ -95,6 +100,7 @@ void ClassProfile::prepare(std::size_t nr_expected) {
 void ClassProfile::arrange() const {
   if (arranged_)
     return;
+  // Each term occurs once, so any sort gives the same order.
   std::sort(slots_.begin(), slots_.end(),
             [](const Slot &a, const Slot &b) { return a.term < b.term; });
   for (std::size_t place = 0; place < slots_.size(); ++place) {
@@ -151,6 +157,7 @@ bool ClassProfile::parse(std::string_view text, std::uint32_t &nr_terms,
   for (std::uint32_t i = 0; i < nr_entries; ++i) {
     std::uint32_t term = 0;
     ClassProfileEntry entry;
+    // A term that comes twice would leave fewer entries than the file says.
     if (!read_entry(fields, term, entry, columns) || find(term) != nullptr)
       return false;
     (*this)[term] = entry;

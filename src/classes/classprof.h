@@ -23,7 +23,8 @@ struct ClassProfileEntry {
   std::uint32_t tf = 0;
   // Number of the class's training documents in which the term occurs.
   std::uint32_t df = 0;
-  // Document weights added up, by DocProfile::weigh() and by Rocchio.
+  // Sum of the weights of documents for the term, a trainer's intermediate
+  // result.
   WeightType weight = 0.0;
   // Winnow's positive weight, or the only weight of Rocchio and SBC.
   WeightType pos_weight = 0.0;
@@ -72,8 +73,8 @@ class ClassProfile {
   std::uint32_t largest_term() const {
     return slots_.empty() ? 0 : (end() - 1)->term;
   }
-  // Makes room for half of `nr_expected` terms, within reason: a table of
-  // fifty thousand classes must not reserve the whole vocabulary for each.
+  // Makes room for half of `nr_expected` terms, within bounds: in a table of
+  // fifty thousand classes not each may reserve room for the whole vocabulary.
   void prepare(std::size_t nr_expected);
 
   // Walks go by ascending term id, so that no sum and no file depends on how
@@ -86,7 +87,8 @@ class ClassProfile {
   WeightType threshold() const { return threshold_; }
   void set_threshold(WeightType threshold) { threshold_ = threshold; }
 
-  // Winnow's start weights; kept for whoever looks at a trained class.
+  // Winnow's start weights, as they were set last. Nothing depends on them;
+  // they show from where the weights of a trained class began.
   WeightType init_pos_weight() const { return init_pos_weight_; }
   WeightType init_neg_weight() const { return init_neg_weight_; }
   void set_init_weights(WeightType pos, WeightType neg);
@@ -106,8 +108,9 @@ class ClassProfile {
  private:
   void arrange() const;
 
-  // Slots in order of entry until a walk sorts them; `places_` leads to them.
-  // Sorting changes no content, hence mutable.
+  // Slots in order of entry until a walk sorts them. `places_` has the place of
+  // each term's slot. Sorting changes the order of the slots and not the
+  // content, hence mutable.
   mutable std::vector<Slot> slots_;
   mutable TermMap places_;
   mutable bool arranged_ = true;

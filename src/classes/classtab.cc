@@ -36,6 +36,8 @@ bool read_quoted_name(FieldReader &fields, std::string &name) {
     }
     if (character == '\n' || character == '\0')
       return false;
+    // With a backslash the next character belongs to the name, a quote or line
+    // end too.
     const std::size_t width = character == '\\' ? 2 : 1;
     if (text.size() < width)
       return false;
@@ -61,6 +63,8 @@ void append_class(std::string &out, const ClassKey &key,
 void merge_into_father(ClassData &son) {
   ClassData &father = *son.father;
   for (const auto &[name, classes] : son.train_docs) {
+    // Training asks which sons hold a document, and testing in which classes it
+    // was filed; so the former lists the son, the latter what the son lists.
     father.train_docs.add(name, &son);
   }
   for (const auto &[name, classes] : son.test_docs) {
@@ -84,6 +88,8 @@ std::uint32_t ClassTable::enter(const std::string &name,
 ClassData &ClassTable::append(Map::iterator position) {
   ClassData &data = position->second;
   class_vec_.push_back(position);
+  // The first class is the top class and has no father: its father_id of 0
+  // would name itself.
   if (size() >= 2) {
     data.father = &get_data(position->first.father_id);
     data.father->sons.push_back(&data);
@@ -96,6 +102,9 @@ std::uint32_t ClassTable::enter_path(const std::string &path,
   std::string rest = path;
   std::string component;
   for (;;) {
+    // The last component is all that is left, with the slashes behind it:
+    // split_word() would drop those, and with them the difference between two
+    // names.
     const std::string whole = rest;
     if (!split_word(rest, '/', component, rest)) {
       return enter(whole, father_id);
@@ -120,12 +129,13 @@ const std::string &ClassTable::get_name(std::uint32_t id) const {
 }
 
 const std::string &ClassTable::full_name(std::uint32_t id) const {
-  // Rank files ask for the same names for each document.
+  // Each rank file asks for the same names for each document.
   std::string &text = get_data(id).full_name;
   if (!text.empty())
     return text;
   std::vector<const std::string *> names;
   std::uint32_t next = id;
+  // From the class upwards, leaving out the top class unless the class is that.
   do {
     names.push_back(&get_name(next));
     next = class_vec_[next]->first.father_id;
@@ -148,9 +158,9 @@ void ClassTable::add_test_document(std::uint32_t id, const std::string &name) {
   data.test_docs.add(name, &data);
 }
 
-// A son is merged into its father behind all that is below the son, and the
-// sons of a father in their order. An explicit stack, because a stored table
-// can be thousands of levels deep.
+// A son is merged into its father after all that is below the son, and the sons
+// of a father in their order. An explicit stack, because a stored table can be
+// thousands of levels deep.
 void ClassTable::gather_documents() {
   if (classes_.empty())
     return;
@@ -163,6 +173,7 @@ void ClassTable::gather_documents() {
     Level &level = levels.back();
     if (level.next_son < level.class_data_P->sons.size()) {
       ClassData *son_P = level.class_data_P->sons[level.next_son++];
+      // `level` is not valid behind this.
       levels.push_back({son_P, 0});
     } else {
       ClassData &done = *level.class_data_P;
@@ -222,6 +233,7 @@ bool ClassTable::parse(std::string_view text) {
 }
 
 bool ClassTable::is_storable_name(std::string_view name) {
+  // By reading it, so that the rule is stated in one place only.
   const std::string quoted = '"' + std::string(name) + '"';
   FieldReader fields(quoted);
   std::string read_back;

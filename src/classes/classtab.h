@@ -74,7 +74,7 @@ struct ClassData {
   TermStatsList term_stats;
   // Null for the top class.
   ClassData *father = nullptr;
-  // Made when it is asked for first, by ClassTable::full_name().
+  // Built at the first call of ClassTable::full_name(); empty before.
   mutable std::string full_name;
   // In order of entry.
   std::vector<ClassData *> sons;
@@ -84,6 +84,8 @@ struct ClassData {
 
 class ClassTable {
  public:
+  // A tree, whose records never move: fathers, sons, document lists and
+  // `class_vec_` point to them.
   using Map = std::map<ClassKey, ClassData>;
 
   ClassTable() = default;
@@ -117,8 +119,9 @@ class ClassTable {
   // There is a top class and it has training documents.
   bool has_training_documents() const;
 
-  // The text form: the number of classes, then a line for each with six fields
-  // separated by tabs. False if the stream fails.
+  // The text form: the number of classes, then a line for each, by id, with six
+  // fields separated by tabs: id, nr_docs, nr_others, nr_terms, the father's
+  // id, and the name in double quotes. False if the stream fails.
   bool write(std::ostream &os) const;
   // Reads that form into the empty table. False if it is anything else.
   bool parse(std::string_view text);

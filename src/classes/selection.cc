@@ -8,6 +8,8 @@
 namespace vek {
 namespace {
 
+// Earlier runs and this one together. In 32 bits, so that a sum wraps as the
+// profile's own count will.
 double term_frequency(const TermStats &stats, const ClassData &data) {
   return double(data.profile.tf(stats.term) + stats.tf);
 }
@@ -19,7 +21,7 @@ bool always(const Selection &, const TermStats &, const ClassData &) {
   return true;
 }
 
-// By the number of the criterion.
+// In the order of TermSelection, whose values are the indices.
 constexpr std::array criteria = {always,
                                  term_passes_uncertainty,
                                  term_passes_termfreq,
@@ -31,6 +33,8 @@ constexpr std::array criteria = {always,
 
 bool term_passes_uncertainty(const Selection &selection, const TermStats &stats,
                              const ClassData &data) {
+  // Not 0, here and below: a class has records only of terms that occur in its
+  // training documents.
   const double n = data.nr_docs;
   const double mean = double(stats.sum) / n;
   const double variance = double(stats.sum_of_squares) / n - mean * mean;
@@ -60,6 +64,8 @@ bool term_passes_tfidf(const Selection &selection, const TermStats &stats,
 
 bool term_passes_infogain(const Selection &selection, const TermStats &stats,
                           const ClassData &data) {
+  // Above 0, but for a count that has wrapped: then the product is NaN, which
+  // compares false.
   const double share = term_frequency(stats, data) / double(data.nr_terms);
   return share * natural_logarithm(double(selection.vocabulary_size) * share *
                                    double(selection.nr_classes)) >=
@@ -69,6 +75,8 @@ bool term_passes_infogain(const Selection &selection, const TermStats &stats,
 void select_terms(const Selection &selection, const ClassData &data,
                   TermSet &active) {
   const auto passes =
+      // Not each criterion passes all terms with a bound of 0: uncertainty
+      // fails a term whose variance is rounded below 0.
       selection.selectivity == 0.0
           ? always
           : criteria.at(static_cast<std::size_t>(selection.criterion));

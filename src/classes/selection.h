@@ -1,4 +1,4 @@
-// Term selection: which terms the classifiers get to see.
+// Term selection: which terms the classifiers use.
 //
 // Each class judges each term of its training documents by one criterion, on
 // its own and against a fixed bound; a term that passes in at least one class
@@ -42,19 +42,21 @@ void select_terms(const Selection &selection, const ClassData &data,
 bool term_passes_uncertainty(const Selection &selection, const TermStats &stats,
                              const ClassData &data);
 
-// tf >= (s * T) / N.
+// Term frequency: tf >= (s * T) / N.
 bool term_passes_termfreq(const Selection &selection, const TermStats &stats,
                           const ClassData &data);
 
-// df >= s * N.
+// Document frequency: df >= s * N.
 bool term_passes_docfreq(const Selection &selection, const TermStats &stats,
                          const ClassData &data);
 
-// tf / df >= s * N.
+// Term frequency against document frequency: tf / df >= s * N.
 bool term_passes_tfidf(const Selection &selection, const TermStats &stats,
                        const ClassData &data);
 
-// p * ln(V * p * C) >= s, where p = tf / T.
+// Information gain: p * ln(V * p * C) >= s, where p = tf / T. It is the term's
+// part in the Kullback-Leibler divergence of the class's terms from a
+// distribution that gives each term of each class 1 / (V * C).
 bool term_passes_infogain(const Selection &selection, const TermStats &stats,
                           const ClassData &data);
 

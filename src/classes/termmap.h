@@ -1,6 +1,11 @@
 // From term ids to places in an array.
 //
 // Terms are looked up for every word of every document, in the profile of a
+// class and in the rows of an inverted index. Ids are dense numbers: for a map
+// that holds a good part of them an array is smaller and faster than a hash
+// table. So a map begins as a hash table and becomes an array as it fills.
+//
+// Terms are looked up for every word of every document, in the profile of a
 // class and in the rows of an inverted index. Ids are dense numbers: where a
 // good part of them is there, an array is smaller and faster than a hash table.
 #ifndef VEK_CLASSES_TERMMAP_H_
@@ -44,14 +49,15 @@ class TermMap {
     return place;
   }
 
-  // To be called before terms come that will be so many, none larger.
+  // Announces that the map will have about `nr_terms` terms, none larger than
+  // `largest`. Has no effect once there are terms in the hash table.
   void expect(std::size_t nr_terms, std::uint32_t largest) {
     if (far_.empty() && largest / most_spread <= nr_terms &&
         near_.size() <= largest)
       near_.resize(std::size_t{largest} + 1, nowhere);
   }
 
-  // Moves a term that has a place.
+  // Changes the place of a term that has one.
   void set(std::uint32_t term, std::uint32_t place) {
     if (term < near_.size()) {
       near_[term] = place;
@@ -60,7 +66,7 @@ class TermMap {
     }
   }
 
-  // A term that has a place has none any more.
+  // Takes the place away from a term that has one.
   void erase(std::uint32_t term) {
     if (term < near_.size()) {
       near_[term] = nowhere;
@@ -74,8 +80,8 @@ class TermMap {
   // An array is used if it has at most so many places for each term.
   static constexpr std::size_t most_spread = 8;
 
-  // Lower bits of a product are as alike as those of its factors, upper bits
-  // are not.
+  // Fibonacci hashing. The lower bits of a product are as alike as those of its
+  // factors; the upper ones are spread.
   struct Hash {
     std::size_t operator()(std::uint32_t term) const {
       return static_cast<std::size_t>(
@@ -83,7 +89,8 @@ class TermMap {
     }
   };
 
-  // Each time that there are twice as many terms.
+  // Called each time the number of terms has doubled, so that all calls
+  // together cost no more than the terms themselves.
   void look_for_density() {
     next_look_ = 2 * nr_terms_;
     if (far_.empty() || largest_ / most_spread > nr_terms_)

@@ -29,7 +29,8 @@ struct TermStats {
 using TermStatsList = std::vector<TermStats>;
 
 // Makes the list of one class after the other. Ids are dense, so an array that
-// leads from each term to its record is smaller than a table that is half full.
+// leads from each term to its record is smaller than a hash table that is half
+// full. It is cleared by going over the list, not over the vocabulary.
 class TermStatsCollector {
  public:
   // All terms that come will be less than `nr_terms`.

@@ -10,6 +10,7 @@
 namespace vek {
 namespace {
 
+// Whether both have the same text in a class profile.
 bool print_equal(WeightType a, WeightType b) {
   std::string text_of_a;
   std::string text_of_b;
@@ -25,6 +26,7 @@ bool read_weights(FieldReader &fields, ClassProfile &profile) {
       !fields.read(threshold)) {
     return false;
   }
+  // Both files are by ascending term, so the terms must agree line by line.
   for (ClassProfile::Slot &slot : profile) {
     std::uint32_t term = 0;
     if (!fields.read(term) || term != slot.term ||
@@ -35,6 +37,7 @@ bool read_weights(FieldReader &fields, ClassProfile &profile) {
   }
   if (!fields.at_end())
     return false;
+  // Set only here, when all is read: a damaged file must not change it.
   if (print_equal(threshold, profile.threshold())) {
     profile.set_threshold(threshold);
   }

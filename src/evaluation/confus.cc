@@ -32,6 +32,8 @@ std::ostream &operator<<(std::ostream &os, const ReportItem &item) {
   return os << std::fixed << std::setprecision(2) << item.percentage << "% ";
 }
 
+// A quotient that does not exist is shown as 0, never as NaN; the result tells
+// the two apart.
 bool divide(std::uint32_t a, std::uint32_t b, WeightType &value) {
   value = b == 0 ? 0.0 : double(a) / double(b);
   return b != 0;
@@ -57,10 +59,13 @@ std::uint32_t ConfusionMatrix::nr_test_documents() const {
 }
 
 void ConfusionMatrix::enter(std::uint32_t row, std::uint32_t class_id) {
+  // In size_t: rows times classes may be beyond 32 bits.
   const std::size_t start = std::size_t{row} * nr_classes_;
   const std::size_t pos = start + class_id;
   require(pos < size(), "pos < size()");
   ++cells_[pos];
+  // The total of the row. For a document that is filed in the top class itself
+  // both cells are the same, which then counts it twice.
   ++cells_[start];
 }
 
@@ -120,6 +125,8 @@ void ConfusionMatrix::print_counts(std::ostream &os,
     sum += count;
     os << count_item(count) << "  ";
   }
+  // NRNS. A document filed in several classes counts for each of them in the
+  // totals, which can then be more than there are documents: the rest is 0.
   if (sum <= nr_test_documents()) {
     os << count_item(nr_test_documents() - sum);
   } else {
@@ -135,6 +142,7 @@ void ConfusionMatrix::print_measures(std::ostream &os, std::uint32_t class_id,
   WeightType fallout_value = 0.0;
   const bool has_precision = precision(class_id, precision_value);
   const bool has_recall = recall(class_id, recall_value);
+  // A class without either has no line: 0 % would say that all went wrong.
   if (!has_precision || !has_recall)
     return;
   fallout(class_id, fallout_value);

@@ -3,9 +3,13 @@
 //
 // For one class and one document: RS, the document is in the class and was
 // assigned to it; RNS, it is in the class and was not assigned; NRS, it is not
-// in the class and was assigned. NRNS, neither, follows from the number of
-// test documents. Column 0 is that of the top class, to which nothing is ever
+// in the class and was assigned. NRNS, neither, follows from the number of test
+// documents. Column 0 is that of the top class, to which no document is
 // assigned; it holds the totals.
+//
+// Precision, recall, fallout and the F-measure are those of van Rijsbergen,
+// Information Retrieval, 2nd ed. 1979, chapter 7: fractions of 1, shown in
+// percent.
 #ifndef VEK_EVALUATION_CONFUS_H_
 #define VEK_EVALUATION_CONFUS_H_
 
@@ -39,8 +43,10 @@ class ConfusionMatrix {
   bool precision(std::uint32_t class_id, WeightType &value) const;
   // RS / (RS + RNS). False, and a value of 0, if no document is in the class.
   bool recall(std::uint32_t class_id, WeightType &value) const;
-  // NRS / (T - RS - RNS), with T the number of test documents, the difference
-  // in unsigned 32 bits; 0 if it is 0.
+  // NRS / (T - RS - RNS), with T the number of test documents: the share of the
+  // documents outside the class that were assigned to it. 0 if there are none.
+  // The difference wraps at 32 bits, for the totals too, where a document
+  // counts once for each of its classes.
   void fallout(std::uint32_t class_id, WeightType &value) const;
 
   // The count table, an empty line, the measures, an empty line. Averages are
@@ -66,7 +72,8 @@ class ConfusionMatrix {
 };
 
 // ((f * f + 1) * P * R) / (f * f * P + R), of precision P and recall R; 0 if
-// the divisor is 0. Van Rijsbergen 1979.
+// the divisor is 0. With f above 1 recall counts more than precision, with f
+// below 1 less.
 WeightType f_measure(WeightType precision, WeightType recall, double f);
 
 }  // namespace vek

@@ -8,9 +8,9 @@
 namespace vek {
 namespace {
 
-// A row is made full if at least one class in so many knows its term: adding
-// up a place of a full row costs a fraction of one that has to be led to its
-// class, and memory may grow by this factor at most.
+// A row is made full if at least one class in so many knows its term. A place
+// of a full row costs a fraction of one whose class has to be looked up, and
+// memory grows by this factor at most.
 constexpr std::size_t fullness = 12;
 
 // A full row, and what its values are multiplied with.
@@ -23,14 +23,16 @@ template <class Number>
 using FullRows = std::span<const FullRow<Number>>;
 
 // Full rows that follow each other in a document are added up together, at most
-// this many.
+// this many: each sum is then loaded and stored once for all of them.
 constexpr std::size_t most_rows = 64;
 
 // Places of a full row, and sums, come in multiples of this: what a pack of
 // doubles has, and half a pack of floats.
 constexpr std::size_t least_places = pack_width<double>;
 
-// So many packs of sums stay in registers while all rows are gone through.
+// So many packs of sums stay in registers while all rows are gone through: half
+// of the 16 that a processor with AVX2 has, which leaves the others to the
+// values.
 constexpr std::size_t block_size = 8;
 
 // Adds `nr_packs` packs of each row, `start` places from its first.
@@ -38,6 +40,8 @@ template <class AnyPack, std::size_t nr_packs, class Number>
 [[gnu::always_inline]] inline void add_block(FullRows<Number> rows,
                                              std::size_t start, Number *sum_P) {
   constexpr std::size_t width = sizeof(AnyPack) / sizeof(Number);
+  // A fixed number of packs and unrolled loops, or the compiler would keep the
+  // sums in memory.
   AnyPack sums[nr_packs];
 #pragma GCC unroll 8
   for (std::size_t i = 0; i < nr_packs; ++i)
@@ -48,6 +52,9 @@ template <class AnyPack, std::size_t nr_packs, class Number>
     for (std::size_t i = 0; i < nr_packs; ++i) {
       AnyPack values;
       load_pack(values, value_P + i * width);
+      // One product and one addition for each place, in the order of the rows,
+      // and no fused operation: what a plain loop over the terms gives, to the
+      // last bit.
       sums[i] += values * row.weight;
     }
   }
@@ -62,6 +69,7 @@ template <std::size_t most_packs, class Number>
                                                   std::size_t start,
                                                   Number *sum_P,
                                                   std::size_t nr_packs) {
+  // By recursion at compile time, so that add_block() has its constant.
   if (nr_packs == most_packs) {
     add_block<Pack<Number>, most_packs>(rows, start, sum_P);
   } else if constexpr (most_packs > 1) {
@@ -86,6 +94,9 @@ template <class Number>
     add_block<HalfPack<Number>, 1>(rows, start, sum_P);
 }
 
+// Compiled for several processors, of which the best that is there is chosen at
+// the start. The results are equal: wider packs hold more sums, but no sum is
+// split.
 VEK_FOR_EACH_PROCESSOR void add_full_rows(FullRows<float> rows,
                                           std::size_t nr_sums, float *sum_P) {
   add_in_blocks(rows, nr_sums, sum_P);
@@ -101,6 +112,8 @@ InvertedIndex::InvertedIndex(const std::vector<ClassData *> &classes)
     : nr_classes_(classes.size()),
       nr_sums_((classes.size() + least_places - 1) / least_places *
                least_places) {
+  // First how many classes know each term, which decides whether its row is
+  // full; then where the rows lie; then what is in the sparse ones.
   std::vector<TermCount> terms;
   count_terms(classes, terms);
   lay_out(terms);
@@ -114,6 +127,7 @@ void InvertedIndex::count_terms(const std::vector<ClassData *> &classes,
                  class_data_P->profile.largest_term());
   for (const ClassData *class_data_P : classes) {
     for (const ClassProfile::Slot &slot : class_data_P->profile) {
+      // Until the layout is known, `rows_` leads to the place in `terms`.
       const std::uint32_t place = rows_.find_or_insert(
           slot.term, static_cast<std::uint32_t>(terms.size()));
       if (place == terms.size())
@@ -130,6 +144,8 @@ void InvertedIndex::lay_out(const std::vector<TermCount> &terms) {
   };
   nr_full_rows_ =
       static_cast<std::uint32_t>(std::ranges::count_if(terms, fills_row));
+  // All full rows lie in front, so that a row's number alone tells its kind
+  // and, for a full one, its place.
   nr_places_ = nr_full_rows_ * nr_sums_;
   std::size_t nr_numbers = 0;
   std::uint32_t next_full = 0;
@@ -149,6 +165,8 @@ void InvertedIndex::lay_out(const std::vector<TermCount> &terms) {
 
 // Notes which class each place of a sparse row is for.
 void InvertedIndex::number_classes(const std::vector<ClassData *> &classes) {
+  // How many places of each row are taken. Classes come by ascending number, so
+  // the numbers in a row ascend too.
   std::vector<std::uint32_t> nr_seen(sparse_rows_.size());
   for (std::size_t number = 0; number < classes.size(); ++number) {
     for (const ClassProfile::Slot &slot : classes[number]->profile) {
@@ -178,6 +196,8 @@ void InvertedIndex::add_rows(std::span<const RowWeight<Number>> terms,
   // No more of it is read than was written.
   // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
   std::array<FullRow<Number>, most_rows> full_rows;
+  // Full rows are gathered and added up together. A sparse row between them
+  // comes first, so that each sum keeps the order of the terms.
   std::size_t nr_full = 0;
   const auto add_full = [&] {
     add_full_rows(FullRows<Number>(full_rows.data(), nr_full), nr_sums_,
@@ -209,6 +229,8 @@ template <class Number>
 void InvertedIndex::add_sparse_row(const SparseRow &row, Number weight,
                                    const std::vector<Number> &values,
                                    std::vector<Number> &sums) const {
+  // The three arrays never overlap, and without being told the compiler would
+  // load the pointers again behind each store.
   const Number *__restrict value_P = values.data() + row.place;
   const std::uint32_t *__restrict number_P =
       class_numbers_.data() + row.numbers;

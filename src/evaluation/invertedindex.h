@@ -1,12 +1,12 @@
 // An inverted index: the classes that know each term, with room for a number
 // for each of them.
 //
-// One row a term. A class's number is its position in the list that the index
-// was made of. Numbers that belong to a term and a class stand in arrays of the
-// index's users, at the entry's place, so that those of one term are
-// neighbours. A row of which much would be filled anyway has a place for every
-// class, in order: adding such a row up needs no class numbers, and the
-// processor takes several places at once.
+// One row a term. A class's number is its position in the list from which the
+// index was made. Numbers that belong to a term and a class stand in arrays of
+// the index's users, at the entry's place, so that those of one term are
+// neighbours. A row in which many classes have a number gets a place for every
+// class, in order: adding up such a full row needs no class numbers, and the
+// processor takes several places at once. All other rows are sparse.
 #ifndef VEK_EVALUATION_INVERTEDINDEX_H_
 #define VEK_EVALUATION_INVERTEDINDEX_H_
 
@@ -38,14 +38,14 @@ class InvertedIndex {
 
   std::uint32_t row_of(std::uint32_t term) const { return rows_.find(term); }
 
-  // Sets `rows` to those of the document's terms, in its order. What no class
-  // knows has none.
+  // Sets `rows` to those of the document's terms, in its order. A term that no
+  // class knows is left out.
   void find_rows(const DocProfile &doc,
                  std::vector<RowWeight<WeightType>> &rows) const;
 
   std::size_t nr_classes() const { return nr_classes_; }
-  // How many sums add_rows() wants: one for each class, and a few for which
-  // nobody asks.
+  // How many sums add_rows() needs: one for each class, and some padding up to
+  // a multiple of what the processor adds at once.
   std::size_t nr_sums() const { return nr_sums_; }
   // Places of classes that do not know the term are among them; what stands
   // there has to be 0.

@@ -1,5 +1,6 @@
-// Radix sort of real numbers: each leaf has a score of every training document,
-// and comparing them costs a processor that cannot foresee the outcome.
+// Radix sort of real numbers, for the scores of each leaf: one for every
+// training document. A sort by comparison would spend its time on branches that
+// the processor cannot predict.
 #ifndef VEK_EVALUATION_RADIXSORT_H_
 #define VEK_EVALUATION_RADIXSORT_H_
 

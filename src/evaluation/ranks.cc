@@ -11,7 +11,9 @@ namespace {
 
 constexpr int score_precision = 5;
 
-// A strict weak order also where a score is not a number.
+// A strict weak order, also where a score is not a number: such scores are
+// equal to each other and come after all others. A comparison by > alone would
+// be none, and the sort could then do anything.
 bool comes_before(const Ranking &a, const Ranking &b) {
   if (std::isnan(a.score))
     return false;
@@ -36,6 +38,7 @@ std::string Ranks::line(const std::string &name,
     line += ':';
     append_real(line, ranking.score, score_precision);
   }
+  // A line without classes keeps the blank behind the name.
   if (empty())
     line += ' ';
   line += '\n';

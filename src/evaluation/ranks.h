@@ -22,8 +22,9 @@ class Ranks : public std::vector<Ranking> {
     push_back({class_data_P, score});
   }
 
-  // Highest score first. Equal scores keep their order, so that what a cut
-  // drops does not depend on a library; what is not a number goes last.
+  // Highest score first. Equal scores keep their order, so that it does not
+  // depend on the library's sort which of them a cut drops. Scores that are not
+  // a number go last.
   void sort();
 
   // The line of a rank file: the document's name with its ".txt", then each

@@ -11,6 +11,9 @@ ClassScorer::ClassScorer(const std::vector<ClassData *> &classes,
   index_.for_each(classes, [&](std::size_t place, std::uint32_t,
                                const ClassProfileEntry &entry) {
     weights_[place] = scoring.weight(entry, params);
+    // A full row also has places of classes that do not know the term. For a
+    // sum their weight of 0 is right; a product has to tell them from a weight
+    // that is 0.
     is_known_[place] = 1;
   });
 }
@@ -30,6 +33,7 @@ void ClassScorer::add_up(const DocProfile &doc,
   index_.find_rows(doc, rows);
   scores.assign(index_.nr_sums(), 0.0);
   index_.add_rows<WeightType>(rows, weights_, scores);
+  // Without the padding that add_rows() needs.
   scores.resize(index_.nr_classes());
 }
 
@@ -38,6 +42,8 @@ void ClassScorer::multiply(const DocProfile &doc,
   scores.assign(index_.nr_classes(), 1.0);
   std::vector<WeightType> factors(index_.nr_classes());
   for (const DocProfileEntry &entry : doc) {
+    // A product counts a term that a class does not know, so for each term all
+    // classes have a factor, and not only those in its row.
     factors.assign(factors.size(), unknown_term_factor);
     const std::uint32_t row = index_.row_of(entry.term);
     if (row != InvertedIndex::no_row) {

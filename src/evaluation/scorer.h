@@ -1,10 +1,10 @@
 // Scores one document against many classes at once.
 //
-// Looking up every term of a document in every class's profile is what a run
-// would spend its time on. Here the weights of all classes are laid out term
-// by term, so that a term is looked up once and the classes that know it stand
-// next to each other. Each class's score still takes the document's terms in
-// their order, so it equals score_document() to the last bit.
+// Looking up every term of a document in every class's profile would take most
+// of a run's time. Here the weights of all classes are laid out term by term,
+// so that a term is looked up once and the classes that know it stand next to
+// each other. Each class's score still takes the document's terms in their
+// order, so it equals score_document() to the last bit.
 #ifndef VEK_EVALUATION_SCORER_H_
 #define VEK_EVALUATION_SCORER_H_
 
@@ -21,7 +21,7 @@ namespace vek {
 
 class ClassScorer {
  public:
-  // Takes the weights as they are now.
+  // Copies the weights: later changes of the profiles have no effect.
   ClassScorer(const std::vector<ClassData *> &classes, const Scoring &scoring,
               const Params &params);
 

@@ -10,7 +10,8 @@
 
 namespace vek {
 
-// What a product takes for a term that the class does not know.
+// The factor of a product for a term that the class does not know. With 0, a
+// single such term would exclude the class.
 inline constexpr WeightType unknown_term_factor = 0.01;
 
 struct Scoring {

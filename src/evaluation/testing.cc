@@ -30,11 +30,15 @@ bool test_document(const Testing &testing, const std::string &name,
                             formatted("testing document `%s'", name.c_str()));
   Ranks scores;
   testing.walk.score_sons(top, doc, scores);
+  // The rank file has all scores of the top level, before anything is cut.
   rank_file << scores.line(name, testing.classes);
   if (!scores.empty() && !rank_file)
     return false;
   Ranks ranks;
   const bool significant = testing.walk.classify(top, doc, scores, ranks);
+  // Each class found is taken out of the ranks, so that only the wrong ones
+  // remain. A document that is filed twice in a class is found there once and
+  // missed once. An insignificant document counts as assigned to no class.
   for (const ClassData *filed_P : filed_in) {
     if (significant && take_ranking(ranks, filed_P)) {
       matrix.enterRS(filed_P->id);

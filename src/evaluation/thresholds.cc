@@ -15,8 +15,8 @@ namespace {
 // Scores held at a time while leaves are scored together (256 MB).
 constexpr std::size_t largest_nr_scores = std::size_t{1} << 25;
 
-// Past this many leaves their scores for one document no longer stay in the
-// cache of the processor.
+// Past this many leaves, the sums for one document do not fit into the
+// processor's cache beside the rows that are added to them.
 constexpr std::size_t largest_nr_leaves = 512;
 
 std::vector<ClassData *> all_leaves(ClassTable &classes) {
@@ -33,11 +33,13 @@ std::vector<ClassData *> all_leaves(ClassTable &classes) {
 std::vector<std::size_t> member_places(
     const ClassData &data, const std::vector<const std::string *> &names) {
   std::vector<std::size_t> places;
+  // Both lists ascend, so that each search starts where the last one ended.
   auto from = names.begin();
   for (const auto &[name, classes] : data.train_docs) {
     from = std::lower_bound(
         from, names.end(), name,
         [](const std::string *a_P, const std::string &b) { return *a_P < b; });
+    // A training document without a profile in the cache has no score.
     if (from != names.end() && **from == name) {
       places.push_back(std::size_t(from - names.begin()));
     }
@@ -66,6 +68,9 @@ std::vector<ScoreTable> collect_scores(const std::vector<ClassData *> &classes,
                                        const Documents::Cache &documents) {
   std::vector<ScoreTable> tables(classes.size());
   std::vector<const std::string *> names;
+  // All scores go to `neg`, in the order of the documents, and the members are
+  // then moved: cheaper than to ask of each document and class whether it is
+  // one.
   for (ScoreTable &table : tables)
     table.neg.reserve(documents.size());
   ScoreTable::Scores values;
@@ -82,7 +87,7 @@ std::vector<ScoreTable> collect_scores(const std::vector<ClassData *> &classes,
   return tables;
 }
 
-// What is not a number has no place in an order: it goes last.
+// A score that is not a number has no place in an order: it goes last.
 void sort_scores(ScoreTable::Scores &values) {
   const auto end = std::partition(values.begin(), values.end(),
                                   [](WeightType x) { return !std::isnan(x); });
@@ -97,12 +102,15 @@ void write_scores(std::ostream &os, const ScoreTable::Scores &values) {
   char *out_P = piece;
   char *last_P = nullptr;  // the text of the score before, if it is there
   for (std::size_t i = 0; i < values.size(); ++i) {
+    // Room for one more number is certain behind this, and for the line end
+    // behind the last one.
     if (out_P > std::end(piece) - 2 * real_room) {
       os.write(piece, out_P - piece);
       out_P = piece;
       last_P = nullptr;
     }
     char *const start_P = out_P;
+    // Equal numbers have equal texts, but for 0.0 and -0.0.
     if (last_P != nullptr && values[i] == values[i - 1] && values[i] != 0.0) {
       out_P = std::copy(last_P, start_P, start_P);
     } else {
@@ -155,12 +163,16 @@ struct ScoreTable::Grid {
   WeightType threshold() const {
     const double a = excess_above();
     const double b = excess_below();
+    // Where the straight lines through the two excesses at both edges of the
+    // bin cross 0, in bins from the origin.
     const double x = first + a / (a + b);
     return width * x / double(below.size() - 1);
   }
 };
 
 ScoreTable::Grid ScoreTable::make_grid() const {
+  // As many bins as the class has documents. Both lists are sorted, and a count
+  // is two binary searches.
   const std::size_t n = pos.size();
   const WeightType max_score = std::max(pos.back(), neg.back());
   const WeightType min_score = std::min(pos.front(), neg.front());
@@ -172,6 +184,8 @@ ScoreTable::Grid ScoreTable::make_grid() const {
             0, static_cast<unsigned>(n)};
   WeightType low = min_score;
   for (std::size_t i = 1; i <= n; ++i) {
+    // DBL_MIN vanishes in a sum with any score of ordinary size, so this last
+    // edge is the highest score itself, and a bin excludes its upper edge.
     const WeightType high = i < n ? edge(i) : max_score + DBL_MIN;
     grid.below[i] =
         grid.below[i - 1] + static_cast<unsigned>(count_scores(pos, low, high));
@@ -184,6 +198,9 @@ ScoreTable::Grid ScoreTable::make_grid() const {
         grid.above[i + 1] + static_cast<unsigned>(count_scores(neg, low, high));
     high = low;
   }
+  // `below` never falls from edge to edge and `above` never rises. At `first`
+  // there are at least as many above as below, at `last` the other way round,
+  // so that neither excess can wrap, and a bisection finds the crossing.
   while (grid.last - grid.first > 1) {
     const unsigned middle = (grid.first + grid.last) / 2;
     if (grid.above[middle] > grid.below[middle]) {
@@ -204,6 +221,8 @@ std::optional<WeightType> ScoreTable::threshold() const {
     if (!std::isfinite(score))
       return std::nullopt;
   }
+  // The interpolation may still overflow where scores are near the largest
+  // double.
   const Grid grid = make_grid();
   if (!grid.has_excess() || !std::isfinite(grid.threshold()))
     return std::nullopt;
@@ -214,6 +233,8 @@ void set_leaf_thresholds(ClassTable &classes, const Documents::Cache &documents,
                          const Scoring &scoring, const Params &params,
                          std::ostream &scores, Messages &messages) {
   const std::vector<ClassData *> leaves = all_leaves(classes);
+  // In blocks of leaves: all scores of a block are in memory together, and a
+  // block is one walk over the documents. Blocks change no result.
   const std::size_t nr_docs = std::max<std::size_t>(documents.size(), 1);
   const std::size_t step = std::clamp<std::size_t>(largest_nr_scores / nr_docs,
                                                    1, largest_nr_leaves);

@@ -32,7 +32,7 @@ class ScoreTable {
   Scores pos;
   Scores neg;
 
-  // Sorts what was put in; what is not a number goes last.
+  // Sorts both lists. Scores that are not a number go last.
   void complete();
 
   // Writes two lines: the name, " + " and the `pos` scores, then the name,
@@ -57,10 +57,11 @@ class ScoreTable {
 int count_scores(const ScoreTable::Scores &values, WeightType low,
                  WeightType high);
 
-// Scores every leaf class of the table against every document, its weights as
-// they are, in the order of the table; writes the leaf's lines to `scores`,
-// sets its threshold and tells it. A leaf that has none keeps the one that it
-// has.
+// Scores every leaf class of the table, in its order, against every document,
+// with the weights that the documents have: those of the father against which
+// they were weighed last. Writes the leaf's lines to `scores`, sets its
+// threshold and says so in a message. A leaf without a threshold of its own
+// keeps the one that it has.
 void set_leaf_thresholds(ClassTable &classes, const Documents::Cache &documents,
                          const Scoring &scoring, const Params &params,
                          std::ostream &scores, Messages &messages);

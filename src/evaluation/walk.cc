@@ -20,6 +20,8 @@ struct Level {
 
 const ClassScorer &Walk::scorer_of_sons(const ClassData &father) {
   std::unique_ptr<ClassScorer> &scorer = scorers_[&father];
+  // Made once for each father that a document reaches. Making it costs a walk
+  // over the profiles of all sons; most fathers are reached again and again.
   if (scorer == nullptr)
     scorer = std::make_unique<ClassScorer>(father.sons, scoring_, params_);
   return *scorer;
@@ -29,14 +31,17 @@ WeightType Walk::decision_threshold(const ClassData &data) const {
   return params_.scaling ? 1.0 : data.profile.threshold();
 }
 
-// Where the sons of a class are judged: their thresholds, and 0.0 for what
-// comes from further down, which has been judged by its own father.
+// The least score with which a class stays in the list when the sons of
+// `father` are judged: the threshold for a son, and 0.0 for any other leaf in
+// the list, which its own father judges.
 WeightType Walk::least_to_stay(const ClassData &father,
                                const ClassData &data) const {
   return data.father == &father ? decision_threshold(data) : 0.0;
 }
 
-// Cuts a sorted list: by the thresholds down to MinRanks, then by length.
+// Cuts the sorted list: by the thresholds down to MinRanks, then by length.
+// Only the end is looked at, so a class below its threshold stays if one with a
+// lower score passes.
 void Walk::cut_ranks(const ClassData &father, Ranks &ranks,
                      WalkObserver *observer_P) const {
   const auto drop_last = [&](Cut reason, WeightType least) {
@@ -46,6 +51,7 @@ void Walk::cut_ranks(const ClassData &father, Ranks &ranks,
   };
   while (ranks.size() > params_.min_ranks) {
     const WeightType least = least_to_stay(father, *ranks.back().class_data_P);
+    // Written so that a score that is not a number stays: it compares false.
     if (!(ranks.back().score < least))
       break;
     drop_last(Cut::below_threshold, least);
@@ -81,18 +87,25 @@ bool Walk::classify(const ClassData &top, DocProfile &doc, const Ranks &scores,
   go_down(top, scores);
   while (!levels.empty()) {
     Level &level = levels.back();
+    // All sons are done. The list holds every leaf found so far, not only those
+    // below this class, and is cut as a whole.
     if (level.next == level.scores.size()) {
       ranks.sort();
       cut_ranks(*level.class_data_P, ranks, observer_P);
       levels.pop_back();
       continue;
     }
+    // A copy: go_down() adds a level, and `level` is then no longer valid.
     const Ranking ranking = level.scores[level.next++];
     const ClassData &son = *ranking.class_data_P;
     const WeightType threshold = decision_threshold(son);
+    // Any class on the way will do, an inner one too. The score must lie above
+    // the threshold; to stay in the list it may equal it.
     significant = significant || ranking.score > threshold;
     if (observer_P != nullptr)
       observer_P->entered(son, ranking, threshold);
+    // Every son is entered, whatever its score: the thresholds only cut the
+    // list of leaves.
     if (son.sons.empty()) {
       ranks.push_back(ranking);
     } else {

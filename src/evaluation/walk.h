@@ -1,6 +1,6 @@
 // The way of a document down the hierarchy, from the top class to the leaves
-// that are its answer: the same for test documents, for new ones, and for
-// whoever wants to be told why.
+// that are its answer: the same for test documents, for new ones, and where an
+// observer has the way explained.
 #ifndef VEK_EVALUATION_WALK_H_
 #define VEK_EVALUATION_WALK_H_
 
@@ -20,7 +20,7 @@ namespace vek {
 // the list was longer than MaxRanks.
 enum class Cut { below_threshold, max_ranks };
 
-// Is told the steps of a walk, in their order.
+// Receives the steps of a walk, in their order.
 class WalkObserver {
  public:
   virtual ~WalkObserver() = default;
@@ -42,9 +42,8 @@ class WalkObserver {
 
 class Walk {
  public:
-  // Takes the weights of classes as they are when they are needed first: for
-  // weights that have changed since, it takes a new walk. The parameters must
-  // outlive it.
+  // Copies the weights of a class's sons when they are needed first; weights
+  // that change after that need a new walk. The parameters must outlive it.
   Walk(const Scoring &scoring, const Params &params)
       : scoring_(scoring), params_(params) {}
 

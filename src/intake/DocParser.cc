@@ -31,6 +31,7 @@ bool DocParser::parse() {
 }
 
 void DocParser::count_word() {
+  // An empty string is no word; the atom table has no empty text.
   if (!text().empty()) {
     const std::uint32_t atom = atoms_.enter(text());
     is_full_ = atom == EmptyAtom;
@@ -47,6 +48,8 @@ bool DocParser::open_group() {
     return false;
   const int closing = is('[') ? ']' : '}';
   advance();
+  // What the new phrase adds lies behind what the open ones hold, so that
+  // closing it is cutting the arrays back to where it began.
   phrases_.push_back({ids_.size(), 0, closing, false, new_compound()});
   return true;
 }
@@ -54,6 +57,7 @@ bool DocParser::open_group() {
 // The rest of the group just opened and all groups in it. One step is one part
 // of a compound, or what follows its last part.
 void DocParser::parse_group() {
+  // This ends: each step takes a token or closes a group.
   while (!phrases_.empty()) {
     if (is_word()) {
       add_word();
@@ -72,6 +76,8 @@ void DocParser::end_compound() {
   enter_candidates(phrase.compound);
   if (phrase.in_modifiers) {
     count_modified(phrase);
+    // The modifiers are counted at once and dropped; the heads stay for the
+    // next ones and for the compound around the group.
     ids_.resize(phrase.heads_end);
   } else if (!phrase.compound.found) {
     parse_error("head expected");
@@ -93,6 +99,7 @@ void DocParser::end_compound() {
 // The phrase of the innermost group is over.
 void DocParser::close_group() {
   const int closing = phrases_.back().closing;
+  // No further error is reported until the group has been left.
   if (has_error())
     skip_to(closing);
   expect(closing, closing == ']' ? "`]' expected" : "`}' expected");
@@ -100,6 +107,7 @@ void DocParser::close_group() {
   phrases_.pop_back();
   if (!phrases_.empty()) {
     const Ids heads = Ids(ids_).subspan(heads_begin);
+    // Before ids_ is cut: `heads` is a view of it. add_group() copies.
     add_group(closing == ']' ? heads : Ids());
   }
   ids_.resize(heads_begin);
@@ -180,6 +188,7 @@ void DocParser::add_group(Ids ids) {
   if (compound.nr_candidates == 0)
     return;
   compound.found = true;
+  // Divided, because the product may be beyond 64 bits.
   if (ids.size() > limits_.alternatives / compound.nr_candidates) {
     refuse(compound, "too many alternatives in a compound");
   } else {
@@ -198,6 +207,8 @@ void DocParser::add_choice(Compound &compound, Ids ids) {
   }
   choices_.push_back({texts_.size(), choice_ids_.size(), ids.size()});
   choice_ids_.insert(choice_ids_.end(), ids.begin(), ids.end());
+  // With c candidates of b bytes in all, and n alternatives of a bytes in all
+  // (blanks included), there are c * n candidates of b * n + c * a bytes.
   compound.nr_bytes =
       compound.nr_bytes * ids.size() + compound.nr_candidates * nr_bytes;
   compound.nr_candidates *= ids.size();
@@ -228,6 +239,7 @@ void DocParser::enter_candidates(const Compound &compound) {
       enter_combinations(compound);
     }
   }
+  // Also without candidates: the compound is over, whatever came of it.
   texts_.resize(compound.text_begin);
   if (choices_.size() > compound.choices_begin) {
     choice_ids_.resize(choices_[compound.choices_begin].ids_begin);
@@ -262,6 +274,7 @@ void DocParser::spell(const Compound &compound) {
   candidate_.clear();
   for (std::size_t i = 0; i < combination_.size(); ++i) {
     const Choice &choice = choices_[compound.choices_begin + i];
+    // The words up to the choice, blanks included, then the alternative.
     candidate_ += words.substr(done, choice.place - done);
     candidate_ += atoms_.text(choice_ids_[choice.ids_begin + combination_[i]]);
     done = choice.place;
@@ -270,6 +283,8 @@ void DocParser::spell(const Compound &compound) {
 }
 
 void DocParser::step_combination(const Compound &compound) {
+  // Counts up like an odometer: the last choice turns fastest, and behind the
+  // last combination all are back at 0.
   for (std::size_t i = combination_.size(); i-- > 0;) {
     if (++combination_[i] < choices_[compound.choices_begin + i].nr_ids)
       return;

@@ -1,7 +1,7 @@
-// The parser of analysis text, in which the analyser tells of the words of a
-// document, of heads with their modifiers, of alternatives, and of phrases
-// inside phrases. It fills the document's TermBag, and on the way enters every
-// word and compound that it finishes in the atom table.
+// The parser of analysis text, which gives the words of a document, heads with
+// their modifiers, alternatives, and phrases inside phrases. It fills the
+// document's TermBag, and on the way enters every word and compound that it
+// completes in the atom table.
 //
 // The language, in tokens of the scanner's document mode; a string stands for
 // a word everywhere:

@@ -6,9 +6,9 @@
 namespace vek {
 namespace {
 
-// A class that cannot be written and read back is worth a word while the user
-// can still see where it comes from; only the first component counts that is
-// at fault.
+// A class that cannot be written and read back deserves a warning while the
+// user can still see where it comes from. Only the first component at fault is
+// named.
 void check_class_names(const std::string &path, const std::string &list,
                        std::size_t line_number) {
   std::string component;
@@ -42,12 +42,16 @@ void collect_documents(const std::string &examples, ClassTable &classes,
     report_file_error(".", FileError::open_directory);
     abort_run();
   }
+  // In an empty table this makes the top class; in one that was read it finds
+  // the class again, or makes a new one if the name is another.
   const std::uint32_t top_id = classes.enter(name, 0);
   if (top_id != 0) {
     error("Cannot profile \"%s\" with the same data as \"%s\"", name.c_str(),
           classes.get_name(0).c_str());
     abort_run();
   }
+  // Training documents first, so that classes get their ids in the order in
+  // which the training list names them.
   for (const ListKind kind : {ListKind::train, ListKind::test})
     collect_list(examples, top_id, kind, classes, profile_document);
 }
@@ -63,6 +67,8 @@ void collect_list(const std::string &examples, std::uint32_t top_id,
   std::string text;
   const ReadResult result = read_file(list, text);
   if (result == ReadResult::cannot_open) {
+    // A list that is not there, or may not be read, counts as empty; a failure
+    // that may be gone the next time must not make classes disappear.
     if (!is_system_failure())
       return;
     report_file_error(list, FileError::open_for_reading);
@@ -83,6 +89,7 @@ void collect_list(const std::string &examples, std::uint32_t top_id,
     for (const std::string &path : entry.classes) {
       const std::size_t nr_classes = classes.size();
       const std::uint32_t id = classes.enter_path(path, top_id);
+      // A warning where a class is new, and not for each of its documents.
       if (classes.size() != nr_classes)
         check_class_names(path, list, reader.line_number());
       profile_document(entry.document);

@@ -16,11 +16,11 @@
 
 namespace vek {
 
-// Sees to it that the document has a stored profile.
+// Makes sure that the document has a stored profile.
 using ProfileDocument = std::function<void(const std::string &name)>;
 
-// On return both lists are done. Ends the run if a directory is missing, if a
-// list is malformed, or if the class table belongs to another collection.
+// Collects both lists. Ends the run if a directory is missing, if a list is
+// malformed, or if the class table belongs to another collection.
 void collect_documents(const std::string &examples, ClassTable &classes,
                        const ProfileDocument &profile_document);
 

@@ -10,6 +10,7 @@
 namespace vek {
 namespace {
 
+// Bytes of an entry of the stored form.
 constexpr std::size_t entry_size = 8;
 
 WeightType strength(std::uint32_t freq, Strength kind) {
@@ -34,6 +35,7 @@ WeightType strength(std::uint32_t freq, Strength kind) {
 std::uint32_t thousandths(std::uint32_t freq, std::uint32_t total) {
   if (total == 0)
     return 0;
+  // Not by std::round(), which takes a half up.
   const double exact =
       static_cast<double>(freq) / static_cast<double>(total) * 1000.0;
   // A total that has wrapped makes shares beyond 32 bits; they wrap too.
@@ -71,11 +73,14 @@ bool DocProfile::read(const void *contents, unsigned len) {
   require(len >= 4, "len >= sizeof(size_t)");
   const auto *byte_P = static_cast<const unsigned char *>(contents);
   const std::uint32_t nr_entries = get_uint32(byte_P);
+  // In 64 bits, so that no count can wrap round to the right length.
   if (std::uint64_t{nr_entries} * entry_size + 4 != len)
     return false;
   const std::size_t nr_before = entries_.size();
   entries_.resize(nr_before + nr_entries);
   const unsigned char *entry_P = byte_P + 4;
+  // The total is not stored: it follows from the entries, and wraps as
+  // add_term() lets it wrap.
   std::uint32_t sum = 0;
   for (std::size_t i = nr_before; i < entries_.size(); ++i) {
     const std::uint32_t freq = get_uint32(entry_P + 4);
@@ -93,13 +98,19 @@ void DocProfile::weigh(const ClassData &data, const Params &params) {
     // Without documents there is no mean to compare with: ln(0) is no weight.
     entry.weight = df == 0 || data.nr_docs == 0
                        ? 0.0
+                       // Negative for a term in more documents than the class
+                       // has in this run, which earlier statistics make
+                       // possible.
                        : natural_logarithm(double(data.nr_docs) / df) *
                              strength(entry.freq, params.strength);
   }
   if (params.normalize == Normalize::off)
     return;
+  // Over the entries in their order, as every sum of a document.
   const WeightType divisor = normaliser(params.normalize);
   for (DocProfileEntry &entry : entries_)
+    // Also for the root of a sum of squares that are too small to be told from
+    // 0.
     entry.weight = divisor == 0.0 ? 0.0 : entry.weight / divisor;
 }
 
@@ -129,6 +140,7 @@ void DocProfile::update_statistics(TermStatsCollector &statistics) const {
     stats.tf += entry.freq;
     ++stats.df;
     stats.sum += share;
+    // In 32 bits: a share of 1000 leaves room for some 4000 documents.
     stats.sum_of_squares += share * share;
   }
 }
@@ -147,6 +159,7 @@ void DocProfile::filter(Keep keep) {
 }
 
 void DocProfile::select_active(const TermSet &active) {
+  // Nothing has been selected, as in a run without training: all terms stay.
   if (active.empty())
     return;
   filter([&](std::uint32_t term) { return active.contains(term); });

@@ -32,7 +32,8 @@ class DocProfile {
  public:
   using Entries = std::vector<DocProfileEntry>;
 
-  // Appends an entry of weight 0. The caller sees to it that terms are unique.
+  // Appends an entry of weight 0. The caller makes sure that no term is added
+  // twice.
   void add_term(std::uint32_t term, std::uint32_t freq);
 
   // Sets `block` to the stored form: the number of entries, then term and
@@ -44,12 +45,16 @@ class DocProfile {
   // the program; false means that the count in the block belies its length.
   bool read(const void *contents, unsigned len);
 
-  // Turns frequencies into weights against a class, that among whose sons the
-  // document is to be placed: strength times ln(N / df), with the class's
-  // number of documents N and its document frequency df, then normalised. With
-  // `ltc` and `vector` that is the weighting ltc of Salton and Buckley,
-  // Term-weighting approaches in automatic text retrieval, Information
-  // Processing & Management 24 (1988). Overwrites earlier weights.
+  // Turns frequencies into weights against a class, the one among whose sons
+  // the document is to be placed:
+  //   w = strength(tf) * ln(N / df)
+  // with the term's frequency tf in the document, the class's number of
+  // documents N and the number df of those with the term. The strength is tf,
+  // 1, sqrt(tf) or 1 + ln(tf). Then each weight is divided by the sum of all
+  // weights (linear) or by the root of the sum of their squares (vector), or
+  // left as it is. With `ltc` and `vector` that is the weighting ltc of Salton
+  // and Buckley, Term-weighting approaches in automatic text retrieval,
+  // Information Processing & Management 24 (1988). Overwrites earlier weights.
   //
   // A document whose weights cannot be normalised has all weights 0. So has a
   // term of a class without documents.
@@ -69,8 +74,8 @@ class DocProfile {
   // Drops all terms outside the set; an empty set drops none.
   void select_active(const TermSet &active);
 
-  // Drops all terms from `nr_terms` upward, which no table knows. Returns how
-  // many there were.
+  // Drops all terms from `nr_terms` upward, which the term table does not hold.
+  // Returns how many there were.
   std::size_t drop_unknown(std::size_t nr_terms);
 
   Entries::const_iterator begin() const { return entries_.begin(); }

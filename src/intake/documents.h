@@ -1,8 +1,7 @@
 // The profiles of a collection's documents, by name, for what learns and tests.
 //
-// Where they are stored is the business of whoever derives from it (the data
-// directory in vek). Those that were asked for stay in memory, with their
-// active terms only.
+// Derived classes decide where they are stored (in vek, the data directory).
+// Those that were asked for stay in memory, with their active terms only.
 #ifndef VEK_INTAKE_DOCUMENTS_H_
 #define VEK_INTAKE_DOCUMENTS_H_
 
@@ -21,8 +20,9 @@ class Documents {
  public:
   using Cache = std::map<std::string, std::unique_ptr<DocProfile>, std::less<>>;
 
-  // Profiles are filtered by what `active_terms` holds when they are asked for
-  // first; empty, it filters none. It must outlive this object.
+  // Profiles are filtered by the active terms at the time when they are asked
+  // for first; with no active term at all, not filtered. `active_terms` must
+  // outlive this object.
   explicit Documents(const TermSet &active_terms)
       : active_terms_(active_terms) {}
   Documents(const Documents &) = delete;
@@ -30,8 +30,8 @@ class Documents {
   virtual ~Documents() = default;
 
   // Fills the empty profile with all of the document's terms, past the cache.
-  // The document must be stored: what happens otherwise is the business of
-  // whoever stores.
+  // The document must be stored; what happens otherwise is up to the derived
+  // class.
   virtual void read_profile(const std::string &name, DocProfile &profile) = 0;
 
   // The document's profile, with only its active terms. Owned by the cache and
@@ -44,7 +44,8 @@ class Documents {
     last_ = place;
     if (place != cache_.end() && place->first == name)
       return place->second.get();
-    // The copy that is kept has no room for the terms that were dropped.
+    // Read into a buffer and copied, so that the profile that is kept takes no
+    // room for the terms that were dropped.
     read_buffer_.clear();
     read_profile(name, read_buffer_);
     read_buffer_.select_active(active_terms_);

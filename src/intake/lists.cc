@@ -14,6 +14,7 @@ bool ListReader::next(std::string &line) {
   ++line_number_;
   const std::size_t end = rest_.find('\n');
   const std::string_view text = rest_.substr(0, end);
+  // Nothing is taken off, so that the list ends here for good.
   too_long_ = text.size() > longest_list_line;
   if (too_long_)
     return false;
@@ -26,6 +27,7 @@ bool parse_list_line(const std::string &line, ListEntry &entry) {
   entry.classes.clear();
   std::string word;
   std::string rest;
+  // A file name would end there, and two documents could be one file.
   if (line.find('\0') != std::string::npos)
     return false;
   if (!split_word(line, ' ', word, rest))
@@ -40,6 +42,8 @@ bool parse_list_line(const std::string &line, ListEntry &entry) {
 }
 
 void clean_class_name(std::string &field) {
+  // A rank file has a score behind each colon, so that it can be used as a list
+  // as it is.
   const std::size_t colon = field.find(':');
   if (colon != std::string::npos)
     field.resize(colon);

@@ -23,7 +23,7 @@ std::vector<TermBagEntry> count_keys(const std::vector<std::uint64_t> &keys) {
   return entries;
 }
 
-// Puts two sorted lists together, adding up the counts of equal pairs.
+// Merges two sorted lists, adding up the counts of equal pairs.
 std::vector<TermBagEntry> merge(const std::vector<TermBagEntry> &left,
                                 const std::vector<TermBagEntry> &right) {
   std::vector<TermBagEntry> merged;
@@ -48,6 +48,8 @@ std::vector<TermBagEntry> merge(const std::vector<TermBagEntry> &left,
 void TermBag::settle() const {
   if (pending_.empty())
     return;
+  // A pair is one number while it waits, so that sorting needs no comparison of
+  // structs; the numbers are ordered as the pairs are.
   boost::sort::spreadsort::integer_sort(pending_.begin(), pending_.end());
   std::vector<TermBagEntry> entries = count_keys(pending_);
   entries_ = entries_.empty() ? std::move(entries) : merge(entries_, entries);

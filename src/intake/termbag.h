@@ -27,7 +27,7 @@ struct TermBagEntry {
 };
 
 // Behaves as a map from pair to count that is walked in the order of pairs.
-// Pairs are only noted when they come; sorting them once, when somebody looks,
+// Pairs are only noted when they come; sorting them once, at the first access,
 // is much cheaper than keeping a tree.
 class TermBag {
  public:
@@ -52,8 +52,9 @@ class TermBag {
   std::uint32_t count(const AtomPair &pair) const;
 
  private:
-  // Noted pairs are sorted in at the latest when they are this many and as many
-  // as the entries, so that a pair that comes again and again takes no room.
+  // Noted pairs are sorted into the entries at the latest when they are this
+  // many more than the entries. So a pair that comes again and again takes no
+  // room, and all sorting together stays in proportion to the pairs.
   static constexpr std::size_t max_pending = 65536;
 
   void settle() const;

@@ -10,7 +10,7 @@
 namespace vek {
 namespace {
 
-// By the number of the algorithm.
+// In the order of Algorithm, whose values are the indices.
 constexpr std::array records = {
     Classifier{Algorithm::winnow,
                "Winnow",

@@ -1,4 +1,5 @@
-// The classifiers, a record each: all that the rest of the system knows of one.
+// The classifiers, a record each: everything that differs between them and that
+// the rest of the system has to know.
 #ifndef VEK_LEARNING_CLASSIFIERS_H_
 #define VEK_LEARNING_CLASSIFIERS_H_
 
@@ -23,10 +24,10 @@ struct Classifier {
   // Sets the weights and thresholds of all classes from their statistics, which
   // must be complete.
   void (*train)(const Training &training);
-  // Sets the weights that no file keeps, since they follow from what is kept.
-  // Null: there are none.
+  // Sets the weights that no file keeps, because they follow from the
+  // statistics. Null if there are none.
   void (*restore_weights)(ClassTable &classes);
-  // Its section of the settings text, a line each.
+  // Writes its section of the settings text, a line for each parameter.
   void (*write_settings)(std::ostream &out, const Params &params);
 };
 

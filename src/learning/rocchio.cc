@@ -8,8 +8,12 @@ namespace {
 
 WeightType term_weight(const RocchioParams &params, const ClassData &son,
                        WeightType sum_in_son, WeightType sum_in_father) {
+  // Each document of the son is one of the father's and counts there once, even
+  // if several sons hold it. So the others are had by a subtraction, without
+  // another walk over them.
   const WeightType sum_in_others = sum_in_father - sum_in_son;
   WeightType weight = params.beta * sum_in_son / double(son.nr_docs);
+  // An only son has no others to be told from: the second part is left out.
   if (son.nr_others != 0) {
     weight -= params.gamma * sum_in_others / double(son.nr_others);
   }
@@ -21,11 +25,15 @@ WeightType term_weight(const RocchioParams &params, const ClassData &son,
 }  // namespace
 
 void train_rocchio(const Training &training) {
+  // The three steps in this order for each father: the weights of a document
+  // hold for the father against which it was weighed last.
   for_each_father(training, "Rocchio", [&](ClassData &father) {
     rocchio_weigh_documents(training, father);
     rocchio_sum_sons(training, father);
     rocchio_set_weights(training.params, father);
   });
+  // Scores use the weights that the documents have from the last father in the
+  // order of the table.
   set_leaf_thresholds(training.classes, training.documents.cache(),
                       rocchio_scoring, training.params, training.scores,
                       training.messages);
@@ -49,6 +57,7 @@ void rocchio_weigh_documents(const Training &training, ClassData &father) {
   Progress progress(training.messages, "Rocchio Training",
                     training.classes.get_name(father.id),
                     father.train_docs.size());
+  // In the order of names, so that each sum has one order of addition.
   for (const auto &[name, classes] : father.train_docs) {
     training.documents.get(name)->weigh_and_add(father, training.params);
     progress.count();
@@ -60,6 +69,8 @@ void rocchio_sum_sons(const Training &training, ClassData &father) {
     for (const auto &[name, classes] : son_P->train_docs) {
       for (const DocProfileEntry &entry : *training.documents.get(name)) {
         ClassProfileEntry *entry_P = son_P->profile.find(entry.term);
+        // The document may have terms that the son's own profile lacks: a term
+        // is active for all classes if one class has selected it.
         if (entry_P != nullptr)
           entry_P->weight += entry.weight;
       }

@@ -1,9 +1,14 @@
 // Rocchio's classifier: one weight for each term of a class, in one sweep.
 //
-// Rocchio, J. (1971), Relevance feedback in information retrieval. For a term
-// of a son, with s the sum of its strengths over the son's documents and o the
-// sum over the father's other documents:
+// Rocchio, J. J., Relevance feedback in information retrieval, in: Salton
+// (ed.), The SMART Retrieval System, 1971, pp. 313-323. The class takes the
+// place of the query, its documents that of the relevant ones. For a term of a
+// son:
 //   weight = beta * s / nr_docs - gamma * o / nr_others
+// s      sum of the term's document weights over the son's documents
+// o      the same sum over the father's other documents
+// nr_docs, nr_others    how many documents these are
+// beta, gamma           factors, from the parameters
 // A weight below zero counts as zero unless negative weights are kept.
 #ifndef VEK_LEARNING_ROCCHIO_H_
 #define VEK_LEARNING_ROCCHIO_H_
@@ -28,11 +33,11 @@ inline constexpr Scoring rocchio_scoring = {Scoring::Kind::sum,
 
 void write_rocchio_settings(std::ostream &out, const Params &params);
 
-// Weighs the documents of a father against it, which sums their weights up in
-// the father's profile.
+// Weighs the documents of a father against it and adds up their weights in the
+// father's profile, by term.
 void rocchio_weigh_documents(const Training &training, ClassData &father);
 
-// Sums up the same weights in the profile of each son, over its documents.
+// Adds up the same weights in the profile of each son, over its own documents.
 void rocchio_sum_sons(const Training &training, ClassData &father);
 
 // Sets the weights of the sons from these sums. What cannot be computed (a son

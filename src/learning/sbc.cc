@@ -27,6 +27,8 @@ void restore_sbc_weights(ClassTable &classes) {
 void sbc_set_weights(ClassData &father) {
   for (ClassData *son_P : father.sons) {
     for (ClassProfile::Slot &slot : son_P->profile) {
+      // In 32 bits, as the count itself: a count at the end of the range wraps
+      // to 0.
       const std::uint32_t count = slot.entry.tf + 1;
       slot.entry.pos_weight =
           son_P->nr_terms == 0 ? 0.0 : double(count) / double(son_P->nr_terms);

@@ -1,11 +1,13 @@
 // SBC, the simple Bayesian classifier: a product of term probabilities.
 //
 // A term's weight in a class is its relative frequency in the class's training
-// text, with one added to the count: (tf + 1) / nr_terms. No documents are
-// read and no thresholds are set. It is the multinomial model of naive Bayes
-// (McCallum and Nigam, A comparison of event models for naive Bayes text
-// classification, AAAI workshop 1998) without priors, with each term of the
-// document counted once.
+// text, with one added to the count: (tf + 1) / nr_terms, tf and nr_terms being
+// the occurrences of the term and of all terms. No documents are read and no
+// thresholds are set. It is the multinomial model of naive Bayes (McCallum and
+// Nigam, A comparison of event models for naive Bayes text classification, AAAI
+// workshop 1998) without priors, with each term of the document counted once.
+// The divisor is not raised by the size of the vocabulary, so the weights of a
+// class do not add up to 1; they are compared between classes only.
 #ifndef VEK_LEARNING_SBC_H_
 #define VEK_LEARNING_SBC_H_
 

@@ -8,14 +8,19 @@
 namespace vek {
 namespace {
 
-// The share of one class: counts, and statistics of its documents.
+// Gathers what one class needs: the counts, and the statistics of its
+// documents.
 void collect_statistics(const Training &training, ClassData &data,
                         TermStatsCollector &collector) {
   for (ClassData *son_P : data.sons) {
     son_P->nr_others = static_cast<std::uint32_t>(data.train_docs.size() -
                                                   son_P->train_docs.size());
   }
+  // Set, while nr_terms below is added to: the documents are those of this
+  // run's lists, the occurrences those of all runs.
   data.nr_docs = static_cast<std::uint32_t>(data.train_docs.size());
+  // Read past the cache: until terms are selected, that would keep every
+  // document with all its terms.
   DocProfile profile;
   for (const auto &[name, classes] : data.train_docs) {
     profile.clear();
@@ -38,10 +43,15 @@ std::size_t count_terms(const ClassData &data) {
              }));
 }
 
+// Moves the statistics of the active terms into the class's profile and takes
+// all others out of it. Terms of earlier runs that did not occur in this one
+// stay as they are. std::erase_if() asks about each record exactly once, so
+// that the predicate may keep the count.
 void keep_active_terms(ClassData &data, const TermSet &active) {
   std::erase_if(data.term_stats, [&](const TermStats &stats) {
     if (active.contains(stats.term))
       return false;
+    // First the count, then the entry: tf() of an erased term is 0.
     data.nr_terms -= data.profile.tf(stats.term) + stats.tf;
     data.profile.erase(stats.term);
     return true;
@@ -62,6 +72,7 @@ void keep_active_terms(ClassData &data, const TermSet &active) {
     ClassProfileEntry &entry = data.profile[stats.term];
     entry.tf += stats.tf;
     entry.df += stats.df;
+    // Winnow starts from fresh weights in each training run.
     entry.promotions = 0;
     entry.demotions = 0;
   }
@@ -72,6 +83,9 @@ void keep_active_terms(ClassData &data, const TermSet &active) {
 
 void update_profiles(const Training &training, std::size_t nr_terms) {
   ClassTable &classes = training.classes;
+  // Three walks over all classes, one behind the other. A term that passes in
+  // any class is active in all, so no class may drop a term before every class
+  // has judged.
   TermStatsCollector collector(nr_terms);
   for (std::uint32_t id = 0; id < classes.size(); ++id)
     collect_statistics(training, classes.get_data(id), collector);

@@ -21,19 +21,20 @@ struct Training {
   // Filled by update_profiles().
   TermSet &active_terms;
   const Params &params;
-  // Gets the scores that thresholds are made of.
+  // Receives the scores from which the thresholds are made.
   std::ostream &scores;
   Messages &messages;
 };
 
 // Gathers the statistics of every class over its training documents, whose
-// terms are less than `nr_terms`; fills `active_terms`; and moves the
-// statistics of those into the class profiles, from which all other terms that
-// were counted go. What the profiles had before is added to.
+// terms are below `nr_terms`, fills `active_terms`, and adds the statistics of
+// active terms to those that the class profiles have from earlier runs. All
+// other terms that were counted are removed from the profiles.
 void update_profiles(const Training &training, std::size_t nr_terms);
 
 // Calls `train` for each class that has sons and training documents, in the
-// order of the table, and tells it; `what` is the classifier.
+// order of the table, with a message before each. `what` names the classifier
+// in it.
 void for_each_father(const Training &training, const char *what,
                      const std::function<void(ClassData &father)> &train);
 

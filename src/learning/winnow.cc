@@ -13,13 +13,17 @@
 namespace vek {
 namespace {
 
+// The difference is 1, so that before the first update a document whose terms
+// the class all knows scores the sum of its strengths, divided by the mean of
+// that sum: about 1.
 constexpr WeightType start_pos_weight = 2.0;
 constexpr WeightType start_neg_weight = 1.0;
+// No mean is known; start weights this small leave all scores near 0.
 constexpr WeightType mean_without_documents = 10000.0;
 
-// Weighs the documents of a father against it and sums up what they weigh.
-// The strengths are not touched again during training. Returns how many terms
-// the documents have.
+// Weighs the documents of a father against it and adds up all their weights.
+// The strengths stay as they are while the father is trained. Returns the
+// number of terms of all documents together.
 std::size_t weigh_documents(const Training &training, ClassData &father) {
   std::size_t nr_terms = 0;
   Progress progress(training.messages, "Winnow Initialization",
@@ -31,6 +35,8 @@ std::size_t weigh_documents(const Training &training, ClassData &father) {
     nr_terms += doc.size();
     progress.count();
   }
+  // By ascending term, over sums by term: this is the order of addition on
+  // which the start weights depend to the last bit.
   for (const ClassProfile::Slot &slot : father.profile)
     father.weight_sum += slot.entry.weight;
   return nr_terms;
@@ -59,12 +65,15 @@ struct PassCounts {
   int demotions = 0;
 };
 
-// Counts documents, not updates: one that changed several sons counts once, on
-// the side of the last.
+// Counts documents, not updates: a document that changed several sons counts
+// once, on the side of the last. As no update leaves both counts 0, their sum
+// tells whether the pass changed anything.
 PassCounts winnow_pass(WinnowPasses &passes,
                        const std::vector<const std::string *> &names,
                        Messages &messages) {
   PassCounts counts;
+  // Asked once: a message that is not wanted shall cost no time for each
+  // document of each pass.
   const bool names_are_told = messages.wants(4);
   for (const std::uint32_t number :
        make_training_list(static_cast<std::uint32_t>(names.size()))) {
@@ -89,6 +98,8 @@ void train_winnow(const Training &training) {
                              formatted("trained %u iterations",
                                        train_winnow_class(training, father)));
   });
+  // Scores use the weights that the documents have from the last father in the
+  // order of the table.
   set_leaf_thresholds(training.classes, training.documents.cache(),
                       winnow_scoring, training.params, training.scores,
                       training.messages);
@@ -115,6 +126,8 @@ void write_winnow_settings(std::ostream &out, const Params &params) {
 }
 
 unsigned train_winnow_class(const Training &training, ClassData &father) {
+  // The start weights need the documents' weight sum, and the passes take over
+  // weights and documents as they find them; hence this order.
   const std::size_t nr_terms = weigh_documents(training, father);
   for (ClassData *son_P : father.sons)
     init_winnow_weights(training.params, *son_P);
@@ -129,6 +142,8 @@ unsigned train_winnow_class(const Training &training, ClassData &father) {
     training.messages.note(
         3, formatted("iteration %u: %d promotions, %d demotions", nr_passes,
                      counts.promotions, counts.demotions));
+    // Every document is on the right side of every theta; another pass would
+    // find the same.
     if (counts.promotions + counts.demotions == 0)
       break;
   }
@@ -154,6 +169,9 @@ void init_winnow_weights(const Params &params, ClassData &data) {
 std::vector<std::uint32_t> make_training_list(std::uint32_t nr_docs) {
   std::vector<std::uint32_t> list(nr_docs);
   std::iota(list.begin(), list.end(), 0U);
+  // Fisher and Yates, from the front: behind step i the first i + 1 places are
+  // shuffled. The remainder of 31 random bits favours small numbers by less
+  // than nr_docs / 2^31, which is of no consequence here.
   for (std::uint32_t i = 1; i < nr_docs; ++i) {
     const auto other = static_cast<std::uint32_t>(lrand48() % (long{i} + 1));
     std::swap(list[i], list[other]);

@@ -1,13 +1,20 @@
 // Balanced Winnow with a thick threshold.
 //
-// Littlestone, N. (1988), Learning quickly when irrelevant attributes abound.
+// Littlestone, N., Learning quickly when irrelevant attributes abound: a new
+// linear-threshold algorithm, Machine Learning 2 (1988), pp. 285-318. The thick
+// threshold: Dagan, Karov and Roth, Mistake-driven learning in text
+// categorization, EMNLP 1997.
+//
 // Every class that has a father is a linear scorer: its terms carry a positive
-// weight p and a negative weight n, and a document with term strengths w
-// scores s = sum (p - n) * w. Training goes over the documents of a father
-// again and again. A member of a son that scores s <= theta_plus promotes the
-// son: p *= alpha, n *= beta for each of its terms in the document. A
-// non-member that scores s >= theta_min demotes it: p *= beta, n *= alpha. The
-// strength of a term decides the score, not the size of an update.
+// weight p and a negative weight n, and a document with term strengths w scores
+//   s = sum (p - n) * w
+// Training goes over the documents of a father again and again. The terms that
+// a document shares with a son are changed where the score is wrong:
+//   promotion, for a member with s <= theta_plus:    p *= alpha, n *= beta
+//   demotion, for a non-member with s >= theta_min:  p *= beta, n *= alpha
+// With theta_min below theta_plus each score between them is an error, so that
+// training drives members and others apart. The strength of a term decides the
+// score, not the size of an update.
 #ifndef VEK_LEARNING_WINNOW_H_
 #define VEK_LEARNING_WINNOW_H_
 
@@ -35,7 +42,7 @@ inline constexpr Scoring winnow_scoring = {Scoring::Kind::sum,
 void write_winnow_settings(std::ostream &out, const Params &params);
 
 // Trains the sons of one father against each other. Returns the number of
-// passes made, that which found nothing to do included.
+// passes made, including a last one without any update.
 unsigned train_winnow_class(const Training &training, ClassData &father);
 
 // Gives a class with a father its start weights: 2.0 and 1.0, divided by the
@@ -44,8 +51,9 @@ unsigned train_winnow_class(const Training &training, ClassData &father);
 // counts as having the mean 10000.0.
 void init_winnow_weights(const Params &params, ClassData &data);
 
-// The order of a pass: 0 to nr_docs - 1, shuffled by lrand48(), which nobody
-// seeds, so that each run repeats the last and each pass has its own order.
+// The order of a pass: 0 to nr_docs - 1, shuffled by lrand48(). It is never
+// seeded, so each run makes the same sequence of orders, and each pass of a run
+// has an order of its own.
 std::vector<std::uint32_t> make_training_list(std::uint32_t nr_docs);
 
 }  // namespace vek

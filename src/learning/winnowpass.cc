@@ -12,7 +12,7 @@
 namespace vek {
 namespace {
 
-// The counter wraps at its limit.
+// The counter wraps at its limit; in unsigned numbers, where that is defined.
 void count_up(std::int32_t &counter) {
   counter = static_cast<std::int32_t>(static_cast<std::uint32_t>(counter) + 1U);
 }
@@ -36,6 +36,8 @@ struct Error {
 // numbers is off by less than FLT_MIN for each term.
 Error error_of(std::size_t nr_terms, WeightType strengths) {
   const auto n = static_cast<WeightType>(nr_terms);
+  // The one more than n + 3 covers the score proper and the sum of the
+  // strengths, which are rounded in double precision.
   return {(n + 4) * FLT_EPSILON * strengths + n * FLT_MIN,
           n * FLT_MIN * (1.0 + strengths)};
 }
@@ -51,7 +53,9 @@ struct Judgement {
   Error error;
 };
 
-// Every score lies on the right side of its theta, and certainly so.
+// Whether every score lies on the right side of its theta by more than its
+// error. Comparisons with a NaN are false, so such a score is never taken for
+// certain. The results are gathered without a branch, as nearly all are true.
 VEK_FOR_EACH_PROCESSOR bool all_are_right(const Judgement &j) {
   constexpr std::size_t width = pack_width<WeightType>;
   Pack<std::int64_t> are_right = ~Pack<std::int64_t>{};
@@ -81,7 +85,8 @@ WinnowPasses::WinnowPasses(ClassData &father, const Params &params)
       params_(params),
       index_(sons_),
       weights_(index_.nr_places()),
-      // Behind the sons stands what is right with any score.
+      // The sums behind the sons are padding: with these values any score is on
+      // the right side.
       thetas_(index_.nr_sums(), std::numeric_limits<WeightType>::infinity()),
       sides_(index_.nr_sums(), -1.0),
       scores_(index_.nr_sums()),
@@ -112,6 +117,8 @@ void WinnowPasses::add_document(const DocProfile &doc,
     terms_.push_back({row, static_cast<float>(entry.weight)});
     strengths += std::abs(entry.weight);
   }
+  // Full rows first, as they are added up fastest side by side. This order is
+  // not that of the score proper, but the bound of the error holds for any.
   std::partition(terms_.begin() + std::ptrdiff_t(begin), terms_.end(),
                  [&](const auto &term) { return index_.is_full(term.row); });
   for (const ClassData *class_data_P : members) {
@@ -130,6 +137,7 @@ void WinnowPasses::set_member(std::uint32_t son, bool is_member) {
 }
 
 int WinnowPasses::train_document(std::uint32_t number) {
+  // The document's terms and members begin where those of the one before end.
   const Document before = number == 0 ? Document{} : documents_[number - 1];
   const Document &doc = documents_[number];
   for (std::size_t i = before.members_end; i < doc.members_end; ++i)
@@ -147,9 +155,9 @@ int WinnowPasses::train_document(std::uint32_t number) {
   return result;
 }
 
-// Members are promoted, all others demoted. Rough scores tell which, but for
-// those that lie so near to their theta that the score proper may lie on the
-// other side of it.
+// Fills `chosen_` with the sons to be updated. Rough scores tell which, except
+// for those so close to their theta that the score proper may lie on the other
+// side of it.
 void WinnowPasses::choose_sons(const Document &doc, Terms terms) {
   chosen_.clear();
   const bool has_scores = score_roughly(doc, terms);
@@ -160,6 +168,8 @@ void WinnowPasses::choose_sons(const Document &doc, Terms terms) {
     return;
   }
   for (std::uint32_t son = 0; son < sons_.size(); ++son) {
+    // Above 0 on the right side. A distance within the error, or that is not a
+    // number, is not certain.
     const WeightType distance = (scores_[son] - thetas_[son]) * sides_[son];
     const bool is_certain =
         has_scores && std::abs(distance) > error.bound(largest_weights_[son]);
@@ -168,9 +178,10 @@ void WinnowPasses::choose_sons(const Document &doc, Terms terms) {
   }
 }
 
-// Scores in single precision are twice as fast. False if a sum of them might
-// not be represented, or its error not be bounded.
+// Scores in single precision, of which the processor takes twice as many at
+// once. False if a sum of them might overflow, or its error not be bounded.
 bool WinnowPasses::score_roughly(const Document &doc, Terms terms) {
+  // With so many terms (n + 3) u is about 1/16: the bound's condition holds.
   constexpr std::size_t most_terms = std::size_t{1} << 20;
   constexpr WeightType largest_sum = FLT_MAX / 4;
   // False, too, for what is not a number.
@@ -196,10 +207,13 @@ void WinnowPasses::update(std::uint32_t son, const DocProfile &doc) {
   const bool promoted = is_member(son);
   const double alpha = params_.winnow.alpha;
   const double beta = params_.winnow.beta;
+  // The rule of winnow.h; one multiplication for each weight and update, so
+  // that a weight depends on the order of its updates only.
   const double pos_factor = promoted ? alpha : beta;
   const double neg_factor = promoted ? beta : alpha;
   ClassProfile &profile = sons_[son]->profile;
-  // Found first and fetched together: each would be waited for by itself.
+  // All places are found and asked for before the first is changed, so that the
+  // waits for memory overlap.
   known_.clear();
   for (const DocProfileEntry &term : doc) {
     ClassProfileEntry *const entry_P = profile.find(term.term);

@@ -1,10 +1,10 @@
 // The documents and sons of one father, laid out for Winnow's passes.
 //
-// The passes are where a run spends its time, so nothing is looked up in them:
+// A run spends most of its time in the passes, so nothing is looked up in them:
 // each document's terms are translated once into rows, and the weights of the
 // sons that know a term stand next to each other. The sons do not see each
-// other's weights, so scoring all of them before updating any gives what
-// taking them one by one gives, to the last bit.
+// other's weights, so scoring all of them before updating any gives the same
+// result as taking them one by one, to the last bit.
 //
 // Mixed precision: a pass only asks on which side of a theta a score lies, and
 // for nearly all of them single precision tells, with a bound on its error.
@@ -29,15 +29,15 @@ namespace vek {
 class WinnowPasses {
  public:
   // Starts from the sons' weights and counters as they are. The parameters must
-  // outlive the passes. What training
-  // changes stands in their profiles at once; nobody else may change those.
+  // outlive the passes. What training changes is in the sons' profiles at once;
+  // nothing else may change these during the passes.
   WinnowPasses(ClassData &father, const Params &params);
 
   // Makes room for so many documents and terms of documents in all.
   void reserve(std::size_t nr_docs, std::size_t nr_terms);
 
-  // Adds the next document, weighed against the father, with the sons that
-  // hold it. It has to stay as it is.
+  // Adds the next document, weighed against the father, with the sons that hold
+  // it. It must stay unchanged as long as the passes are used.
   void add_document(const DocProfile &doc,
                     const DocumentMap::ClassList &members);
 
@@ -84,7 +84,8 @@ class WinnowPasses {
   std::vector<WeightType> thetas_;
   std::vector<WeightType> sides_;
   std::vector<float> scores_;
-  // No weight of the son ever was of larger magnitude.
+  // At least the magnitude of each of the son's weights. It never falls,
+  // although weights do: an upper bound is all that the error needs.
   std::vector<WeightType> largest_weights_;
   WeightType largest_weight_ = 0.0;  // of any son
   // The sons to be updated, ascending.

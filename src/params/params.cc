@@ -8,7 +8,8 @@
 namespace vek {
 namespace {
 
-// By the numbers of the enumerations.
+// By the values of the enumerations; an empty text stands for a value that the
+// enumeration does not have.
 constexpr std::array term_selection_names = {
     "none",  "Uncertainty",    "TermFrequency", "DocumentFrequency",
     "TfIdf", "InformationGain"};
@@ -28,9 +29,11 @@ const char *on_off(bool value) {
   return value ? "on" : "off";
 }
 
-// A name with a quote in it is shown as it is: the report is for people.
+// Names are shown as they are, a quote in them too: the text is for people and
+// is never parsed.
 std::string Params::general_text(std::string_view algorithm_name) const {
   std::ostringstream out;
+  // Whatever locale the process has, numbers have a decimal point.
   out.imbue(std::locale::classic());
   out << "[General]\n"
       << "Analyser          \"" << analyser << "\"\n"

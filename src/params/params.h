@@ -2,9 +2,9 @@
 //
 // The record is complete with its defaults from the start. The resource file
 // (rcparser.h) writes to it, then the command line does, and from then on it is
-// only read. Nothing here checks a range or how two parameters go together:
-// what the resource file can express is stored, so that no number is negative,
-// NaN or infinite, and no more is promised.
+// only read. Ranges, and how two parameters go together, are not checked here:
+// what the resource file can express is stored, which is no negative number,
+// NaN or infinity.
 #ifndef VEK_PARAMS_PARAMS_H_
 #define VEK_PARAMS_PARAMS_H_
 
@@ -55,7 +55,7 @@ struct WinnowParams {
 };
 
 struct RocchioParams {
-  // Accepted and stored; nothing reads it.
+  // Accepted and stored, but without effect.
   bool pivoted = false;
   // Factors of the class's own documents and of the others.
   double beta = 16.0;
@@ -64,7 +64,7 @@ struct RocchioParams {
   bool negative_weights = false;
 };
 
-// Both are reported only.
+// Both are shown with the settings and have no other effect.
 struct SbcParams {
   std::uint32_t max_signif = 10000;
   bool laplace = true;

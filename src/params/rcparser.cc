@@ -8,6 +8,9 @@ namespace {
 
 using Option = ChoiceValue::Option;
 
+// The tables are constants without captures: a field of Params is named by a
+// function that returns its address, because a pointer to member cannot reach
+// into the classifiers' records.
 constexpr std::array training_options = {
     Option{Token::winnow, [](Params &p) { p.algorithm = Algorithm::winnow; }},
     Option{Token::rocchio, [](Params &p) { p.algorithm = Algorithm::rocchio; }},
@@ -148,6 +151,7 @@ RcParser::RcParser(Params *params_P, std::string_view input,
 void RcParser::parse() {
   while (!at_end()) {
     parse_section();
+    // The bracket stays unread and begins the next section.
     if (has_error())
       skip_to('[');
   }
@@ -175,12 +179,16 @@ const ResourceSection *RcParser::parse_header() {
 }
 
 void RcParser::parse_entries(const ResourceSection &section) {
+  // One message for each section: behind an error the rest of it would only
+  // give more of them.
   while (!at_end() && !has_error() && !is('['))
     parse_entry(section);
 }
 
 // entry: key value
 void RcParser::parse_entry(const ResourceSection &section) {
+  // By its token: a keyword of another section is none here, and is reported as
+  // if it were no name at all.
   const ResourceKey *key_P = find_keyword(section.keys, token());
   if (key_P == nullptr) {
     parse_error(is(Token::identifier) ? section.unknown_key

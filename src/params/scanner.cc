@@ -44,11 +44,13 @@ constexpr ByteClass class_of(unsigned byte) {
     bits |= group;
   if (is_upper || is_lower || byte == '_')
     bits |= letter;
+  // Bytes from 0x80 on are of words, so that any 8-bit character set will do.
   if (byte > ' ' && !is_one_of(byte, "\",[]{|}\\"))
     bits |= word;
   return static_cast<ByteClass>(bits);
 }
 
+// Made at compile time: a byte costs one look into a table.
 constexpr std::array<ByteClass, 256> make_byte_classes() {
   std::array<ByteClass, 256> classes{};
   for (unsigned byte = 0; byte < classes.size(); ++byte) {
@@ -76,12 +78,14 @@ const char *group_end(const char *from_P, const char *end_P) {
   if (from_P == end_P || !is_in(digit, *from_P))
     return from_P;
   const char *last_P = run_end(group, from_P, end_P);
+  // This ends at the latest at the first byte, which is a digit.
   while (last_P[-1] == ',')
     --last_P;
   return last_P;
 }
 
 const char *exponent_end(const char *from_P, const char *end_P) {
+  // An e without digits behind it is not taken: it begins an identifier.
   if (from_P == end_P || (*from_P != 'e' && *from_P != 'E'))
     return from_P;
   const char *digits_P = from_P + 1;
@@ -177,6 +181,7 @@ bool Scanner::take_document_token() {
   // to decide.
   const char *last_P = word_end(next_P_, end_P_);
   if (is_in(digit, *next_P_)) {
+    // A group can be the longer one, because a comma ends a word: 1,000.
     last_P = std::max(last_P, group_end(next_P_, end_P_));
   }
   return last_P == next_P_ ? take_character() : take(Token::word, last_P);
@@ -188,6 +193,7 @@ bool Scanner::take_resource_token() {
     return take(Token::end, end_P_);
   if (*next_P_ == '"')
     return take_string();
+  // No identifier can begin as a number does, so the order is free.
   return take_identifier() || take_number() || take_character();
 }
 
@@ -218,6 +224,7 @@ bool Scanner::take_string() {
     if (*place_P != '"')
       continue;
     match_end_P = place_P + 1;
+    // A quote without a backslash ends every match that can be.
     if (place_P[-1] != '\\')
       break;
   }
@@ -229,6 +236,8 @@ bool Scanner::take_string() {
 }
 
 bool Scanner::take_character() {
+  // Signed on every machine, so that a byte above 0x7F cannot be the code of a
+  // keyword.
   return take(static_cast<signed char>(*next_P_), next_P_ + 1);
 }
 
@@ -266,6 +275,7 @@ void Scanner::skip_blanks_and_comments() {
 std::uint32_t Scanner::int_value() const {
   std::uint32_t value = 0;
   const char *const last_P = text_.data() + text_.size();
+  // It stops at the comma by itself.
   const auto result = std::from_chars(text_.data(), last_P, value);
   return result.ec == std::errc::result_out_of_range
              ? std::numeric_limits<std::uint32_t>::max()

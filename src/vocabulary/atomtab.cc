@@ -12,18 +12,23 @@
 namespace vek {
 namespace {
 
-// The bytes of a text that a slot holds; its last byte is the length.
+// The bytes of a text that a slot holds. Its 16th byte is the length, which
+// tells a text that fits from a longer one that begins with it.
 constexpr std::size_t longest_in_slot = 15;
 
 }  // namespace
 
 // The slot lacks the id.
 AtomTable::Slot::Slot(std::string_view text)
+    // std::hash differs between libraries. Ids follow the order of entering, so
+    // nothing that is written depends on it.
     : text_hash(
           static_cast<std::uint32_t>(std::hash<std::string_view>()(text))) {
   std::array<char, longest_in_slot + 1> bytes{};
   std::memcpy(bytes.data(), text.data(),
               std::min(text.size(), longest_in_slot));
+  // Copied as bytes, in the machine's own order: the two numbers are compared
+  // for equality only, and never leave the process.
   bytes.back() = static_cast<char>(std::min(text.size(), bytes.size()));
   std::memcpy(&start, bytes.data(), sizeof start);
   std::memcpy(&rest, bytes.data() + sizeof start, sizeof rest);
@@ -34,7 +39,9 @@ std::uint64_t AtomTable::Slot::hash() const {
   return text_hash * std::uint64_t{0x9E3779B97F4A7C15};
 }
 
-// `slot` is that of `text`; null if the text is not there.
+// `slot` is that of `text`. Null if the text is not there. For a text that fits
+// into the slot, equal slots are equal texts; only a longer one must be
+// compared in full, which costs a second wait for memory.
 const AtomTable::Slot *AtomTable::find_slot(std::string_view text,
                                             const Slot &slot) const {
   return index_.find(slot.hash(), [&](const Slot &other) {
@@ -50,6 +57,7 @@ std::uint32_t AtomTable::enter(std::string_view text) {
   const Slot *const found_P = find_slot(text, slot);
   if (found_P != nullptr)
     return found_P->id;
+  // The last number means "no atom" and can be no id.
   if (size() == EmptyAtom)
     return EmptyAtom;
   slot.id = size();
@@ -74,17 +82,23 @@ bool AtomTable::parse(std::string_view content) {
   if (content.find('\0') != std::string_view::npos)
     return false;
   const std::size_t nr_lines = count_lines(content);
+  // Counted first, so that neither array is copied while it grows, and a file
+  // with more lines than ids is refused before memory is taken.
   if (nr_lines >= EmptyAtom)
     return false;
   texts_.reserve(nr_lines);
   index_.reserve(nr_lines);
   std::array<std::string_view, search_batch> lines;
   while (!content.empty()) {
+    // The slots of a whole batch are asked for before the first is used.
+    // Hashing each line twice is cheaper than waiting for memory once a line.
     std::size_t nr_read = 0;
     while (nr_read < lines.size() && take_line(content, lines[nr_read]))
       index_.prefetch(Slot(lines[nr_read++]).hash());
     for (std::size_t i = 0; i < nr_read; ++i) {
       const std::uint32_t next_id = size();
+      // A line that was there before gets its earlier id. Accepted, it would
+      // shift the ids of all lines behind it.
       if (lines[i].empty() || enter(lines[i]) != next_id)
         return false;
     }

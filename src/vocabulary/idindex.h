@@ -1,11 +1,11 @@
 // A hash index from a key to its id, for tables that only grow: open addressing
 // with linear probing, in one array of slots.
 //
-// A table of millions does not fit into the processor's caches, and a search
-// that has to wait for memory takes longer than all else that is done for a
-// word. So a slot holds as much of the key as it can, which makes one place in
-// memory of most searches; the array is two thirds full before it grows, and
-// then filled from front to back.
+// A table of millions of keys does not fit into the processor's caches, and
+// waiting for memory takes longer than all else that is done for a word. So a
+// slot holds as much of the key as it can, and most searches touch one place in
+// memory only. At two thirds full the array doubles, and is filled from front
+// to back.
 #ifndef VEK_VOCABULARY_IDINDEX_H_
 #define VEK_VOCABULARY_IDINDEX_H_
 
@@ -16,8 +16,8 @@
 
 namespace vek {
 
-// Lines of a file that are searched for together. More than the processor can
-// have under way at once is of no use.
+// Lines of a file that are looked up together. The processor cannot have more
+// reads than about this many under way at once.
 inline constexpr std::size_t search_batch = 16;
 
 // A Slot is a small struct whose default value means a free slot, for which its
@@ -29,6 +29,8 @@ class IdIndex {
   // none. Good until the next insert().
   template <typename Matches>
   const Slot *find(std::uint64_t hash, Matches matches) const {
+    // This ends: a third of the slots is always free, and none is ever emptied,
+    // so a run of used slots has no gap that would hide a key behind it.
     for (std::size_t i = home(hash); !slots_[i].is_free(); i = behind(i)) {
       if (matches(slots_[i]))
         return &slots_[i];
@@ -54,8 +56,8 @@ class IdIndex {
       resize(size);
   }
 
-  // Starts to fetch what find() with that hash will look at first. Searches
-  // that wait for memory together take hardly longer than one.
+  // Starts to fetch the memory that find() with that hash will look at first.
+  // Several searches that wait at the same time take hardly longer than one.
   void prefetch(std::uint64_t hash) const {
     __builtin_prefetch(&slots_[home(hash)]);
   }
@@ -63,7 +65,8 @@ class IdIndex {
  private:
   static constexpr unsigned first_size_bits = 10;
 
-  // Beyond two thirds the runs of used slots get long.
+  // Linear probing slows down steeply where more slots are used: the runs of
+  // used slots grow together.
   static constexpr std::size_t most_used(std::size_t size) {
     return size / 3 * 2;
   }
@@ -86,6 +89,7 @@ class IdIndex {
   void resize(std::size_t size) {
     const std::vector<Slot> old =
         std::exchange(slots_, std::vector<Slot>(size));
+    // `size` is a power of two; home() takes as many bits as it has.
     while (std::size_t{1} << (64 - shift_) < size) {
       --shift_;
     }
@@ -97,6 +101,7 @@ class IdIndex {
 
   std::vector<Slot> slots_ =
       std::vector<Slot>(std::size_t{1} << first_size_bits);
+  // 64 less the number of bits of a place.
   unsigned shift_ = 64 - first_size_bits;
   std::size_t nr_used_ = 0;
 };

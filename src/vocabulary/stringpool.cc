@@ -8,7 +8,8 @@ namespace {
 // 64 KiB less 12 bytes for the allocator's own use.
 constexpr std::uint32_t block_size = 65524;
 
-// In 64 bits: a size near the end of 32 bits must not round to 0.
+// In 64 bits: a size near the end of 32 bits must not round to 0. Multiples of
+// 4 keep the start of each piece aligned to 4.
 constexpr std::uint64_t rounded_up(std::uint32_t size) {
   return (std::uint64_t{size} + 3) & ~std::uint64_t{3};
 }
@@ -24,6 +25,8 @@ char *StringPool::allocate(std::uint32_t size) {
     // Its own piece, so that what is left of the block goes on being used.
     if (is_large)
       return blocks_.back().get();
+    // The few bytes left in the block before are given up: texts are short, so
+    // they are a small part of it.
     next_free_P_ = blocks_.back().get();
     bytes_left_ = block_size;
   }

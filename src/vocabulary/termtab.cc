@@ -13,6 +13,7 @@ namespace vek {
 namespace {
 
 // A pair as one number, whose order is that of head and then modifier.
+// EmptyAtom is the largest modifier, so a head alone comes last.
 constexpr std::uint64_t pair_key(std::uint32_t head, std::uint32_t mod) {
   return std::uint64_t{head} << 32 | mod;
 }
@@ -20,6 +21,8 @@ constexpr std::uint64_t pair_key(std::uint32_t head, std::uint32_t mod) {
 // Takes a number off the front of `line`; false if there is none that fits.
 bool take_number(std::string_view &line, std::uint32_t &value) {
   const char *const end_P = line.data() + line.size();
+  // std::from_chars() takes no sign, no blank and no other base, and refuses a
+  // number beyond 32 bits.
   const auto result = std::from_chars(line.data(), end_P, value);
   if (result.ec != std::errc())
     return false;
@@ -36,6 +39,8 @@ bool take_blank(std::string_view &line) {
 
 // Reads a whole line of the file into `term`.
 bool parse_line(std::string_view line, TermTable::Term &term) {
+  // All four must be numbers although two are not used: a line that vek cannot
+  // have written is a sign of damage.
   return take_number(line, term.head) && take_blank(line) &&
          take_number(line, term.mod) && take_blank(line) &&
          take_number(line, term.id) && take_blank(line) &&
@@ -57,6 +62,7 @@ std::uint64_t TermTable::Slot::hash() const {
 
 std::uint32_t TermTable::enter(std::uint32_t head, std::uint32_t mod) {
   assert(head != EmptyAtom);
+  // With the id that it gets if it is new.
   const Slot slot = {pair_key(head, mod), size()};
   const Slot *const found_P = index_.find(
       slot.hash(), [&](const Slot &other) { return slot.key == other.key; });
@@ -64,6 +70,7 @@ std::uint32_t TermTable::enter(std::uint32_t head, std::uint32_t mod) {
     return found_P->id;
   if (slot.id == EmptyAtom)
     return EmptyAtom;
+  // `next` is a placeholder until link().
   terms_.push_back({head, mod, slot.id, EmptyAtom});
   linked_ = false;
   index_.insert(slot);
@@ -86,11 +93,14 @@ std::uint32_t TermTable::mod(std::uint32_t term_id) const {
   return terms_[term_id].mod;
 }
 
-// Makes all chains anew: in the order of the pairs they stand one behind the
-// other.
+// Makes all chains anew. In the order of the pairs the terms of a head stand
+// one behind the other. No two keys are equal, so the order is the same with
+// any sort.
 void TermTable::link() const {
   if (linked_)
     return;
+  // Key and id side by side, so that the sort reads one array from front to
+  // back and not the terms at random.
   struct Place {
     std::uint64_t key;
     std::uint32_t id;
@@ -125,6 +135,7 @@ bool TermTable::parse(std::string_view content, std::uint32_t nr_atoms) {
   while (is_good && !content.empty()) {
     std::size_t nr_read = 0;
     std::string_view line;
+    // As for the atoms: ask for the slots of a batch, then use them.
     while (nr_read < batch.size() && take_line(content, line)) {
       Term &term = batch[nr_read];
       is_good = parse_line(line, term) && has_known_atoms(term, nr_atoms);
@@ -133,6 +144,8 @@ bool TermTable::parse(std::string_view content, std::uint32_t nr_atoms) {
       index_.prefetch(Slot{pair_key(term.head, term.mod), 0}.hash());
       ++nr_read;
     }
+    // Also after a bad line: the lines before it are entered, so that the size
+    // of the table tells where the damage is.
     for (std::size_t i = 0; i < nr_read; ++i) {
       const std::uint32_t next_id = size();
       if (enter(batch[i].head, batch[i].mod) != next_id)

@@ -9,7 +9,7 @@
 // `mod`, so that the head alone stands last. Only the file shows the chains.
 // Keeping them in order at each enter() would cost a walk along the chain, and
 // common heads have tens of thousands of modifiers; so pairs are found by a
-// hash, and the links are made for the whole table when somebody looks at them.
+// hash, and the links are made for the whole table when they are asked for.
 #ifndef VEK_VOCABULARY_TERMTAB_H_
 #define VEK_VOCABULARY_TERMTAB_H_
 
@@ -41,9 +41,10 @@ class TermTable {
   // used up.
   std::uint32_t enter(std::uint32_t head, std::uint32_t mod);
 
-  // The term, with `next` as it is now. The reference is good until the next
-  // enter(). After new pairs were entered, the first call sorts the whole
-  // table; head() and mod() never do. `term_id` must be below size().
+  // The term, with `next` as it stands after the last enter(). The reference is
+  // good until the next enter(). After new pairs were entered, the first call
+  // sorts the whole table; head() and mod() never do. `term_id` must be below
+  // size().
   const Term &get_term(std::uint32_t term_id) const;
   std::uint32_t head(std::uint32_t term_id) const;
   std::uint32_t mod(std::uint32_t term_id) const;
