@@ -50,8 +50,8 @@ class Path {
 // the system does not tell the working directory.
 bool base_name(const std::string &directory, std::string &name);
 
-// Makes a system call anew as long as a signal interrupts it. Leaves errno
-// alone unless the call fails.
+// Repeats a system call as long as a signal interrupts it. Leaves errno alone
+// unless the call fails.
 template <typename Call>
 auto retry(Call call) {
   const int errno_before = errno;

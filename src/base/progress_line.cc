@@ -16,7 +16,7 @@ constexpr std::chrono::milliseconds log_interval = 5s;
 
 // "1:02:03"
 std::string hours(double seconds) {
-  // Fractions of a second are cut off: nobody reads an estimate that closely.
+  // Fractions of a second are cut off: the estimate is not that exact.
   const auto all = static_cast<std::uint64_t>(seconds);
   char text[40];
   std::snprintf(
