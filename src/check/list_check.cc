@@ -79,7 +79,7 @@ void ListCheck::check_end(ListKind kind, const std::string &text,
 }
 
 void ListCheck::check_line(Place place, const std::string &line) {
-  // Before the line is taken apart: these explain a line that cannot be.
+  // Before the line is taken apart, since these bytes may be why that fails.
   check_bytes(place, line);
   ListEntry entry;
   if (!parse_list_line(line, entry)) {
