@@ -12,7 +12,7 @@ namespace vek::analysis {
 namespace {
 
 // Bytes for a word and its stem, more than the average of any language. If they
-// do not suffice, words are forgotten earlier, and no more.
+// do not suffice, words are only forgotten earlier.
 constexpr std::size_t known_word_bytes = 20;
 
 Casing casing_of(const Language &language) {
