@@ -240,7 +240,7 @@ int restore_index(const char *base, int idx_fd) {
       take_copy(idx_fd, image);
     }
     g_string_free(image, TRUE);
-    // With neither good the copy stays for whoever repairs the store.
+    // With neither good the copy stays, as material for a repair.
     if (nr_copied >= 0 || nr_entries >= 0)
       remove_copy(base);
     if (idx_fd >= 0)
