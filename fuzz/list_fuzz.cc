@@ -33,6 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
   std::ostringstream output;
   require(table.write(output));
   vek::ClassTable again;
-  require(again.parse(output.view()) && again.size() == table.size());
+  require(again.parse(output.view()) == vek::ClassTable::Parsed::good &&
+          again.size() == table.size());
   return 0;
 }

@@ -10,6 +10,7 @@ AnalysisWriter::AnalysisWriter(const Language &language, Terms terms,
       output_(output) {}
 
 void AnalysisWriter::Kept::set(const Word &word) {
+  // A copy: a stem is valid only until the next word is looked up.
   size_ = word.stem.copy(text_.data(), text_.size());
   has_capital_ = word.has_capital;
 }
@@ -25,6 +26,7 @@ void AnalysisWriter::word(std::string_view raw, Gap gap) {
   if (gap == Gap::sentence)
     is_new_sentence_ = true;
   const Word word = lexicon_.look_up(raw);
+  // In l'école the article stands before the noun, as in two words.
   if (word.elided != 0)
     function_word(word.elided);
   switch (word.kind) {
@@ -66,6 +68,8 @@ void AnalysisWriter::pair_with(const Word &word) {
         write_pair(kept_.stem(), word.stem);
       }
       break;
+    // "Mitglied der Partei" is a pair, but "Partei, der viele" is none: only
+    // nouns have capitals where such articles are.
     case Before::genitive_article:
       if (word.has_capital)
         write_pair(kept_.stem(), word.stem);
@@ -121,6 +125,8 @@ void AnalysisWriter::write_pair(std::string_view head,
 }
 
 void AnalysisWriter::finish() {
+  // A line for each sentence keeps the text readable; to its parser line ends
+  // are blanks.
   if (!is_empty_)
     output_.put('\n');
 }

@@ -30,7 +30,7 @@ class AnalysisWriter : public WordSink {
   AnalysisWriter(const Language &language, Terms terms, Lexicon &lexicon,
                  Output &output);
 
-  // Makes ready for the next text.
+  // Forgets the text before. To be called at the start of each text.
   void start();
 
   void word(std::string_view raw, Gap gap) override;

@@ -31,7 +31,8 @@ constexpr std::array<CharKind, 256> make_ascii_kinds() {
   return kinds;
 }
 
-// Single characters whose kind does not follow from their Unicode category.
+// Characters whose kind does not follow from their Unicode category: most
+// punctuation is in one category, which says nothing about sentences.
 CharKind special_kind(std::int32_t character) {
   switch (character) {
     case 0x0085:  // next line
@@ -99,6 +100,8 @@ CharKind find_kind(std::int32_t character) {
   if (character < 0x80) {
     return ascii_kinds[static_cast<std::size_t>(character)];
   }
+  // The exceptions first. CharKind::other is free to mean "none of them": no
+  // special character is of that kind.
   const CharKind special = special_kind(character);
   return special != CharKind::other ? special : category_kind(character);
 }
@@ -129,10 +132,12 @@ std::ptrdiff_t decode(std::string_view text, std::int32_t &value) {
       static_cast<utf8proc_ssize_t>(text.size()), &value);
 }
 
-// The bytes without their upper bit are most of all text: eight at a time.
+// Most text is ASCII, bytes without their upper bit: eight at a time.
 std::size_t skip_ascii(std::string_view text, std::size_t i) {
   std::uint64_t block = 0;
   while (i + sizeof block <= text.size()) {
+    // Copied, since the bytes are not aligned. The order of bytes does not
+    // matter to the test.
     std::memcpy(&block, text.data() + i, sizeof block);
     if ((block & 0x8080808080808080U) != 0)
       break;
@@ -162,6 +167,8 @@ std::int32_t windows_1252_character(unsigned char byte) {
 const std::array<CharKind, 256> ascii_kinds = make_ascii_kinds();
 
 CharKind kind_of(std::int32_t character) {
+  // Made at the first call and not when the program starts, so that no other
+  // object's start depends on it.
   static const std::array<CharKind, 0x800> low_kinds = make_low_kinds();
   if (character >= 0 && character < 0x800) {
     return low_kinds[static_cast<std::size_t>(character)];
@@ -173,6 +180,7 @@ Character first_character(std::string_view text) {
   std::int32_t value = 0;
   const std::ptrdiff_t size = decode(text, value);
   if (size < 1)
+    // One byte on, so that the next valid character is found again.
     return {replacement, 1};
   return {value, static_cast<std::size_t>(size)};
 }
@@ -188,6 +196,7 @@ void append_utf8(std::string &text, std::int32_t character) {
 std::string_view cut_at_character(std::string_view text, std::size_t limit) {
   if (text.size() <= limit)
     return text;
+  // At most three steps in valid UTF-8; in other bytes the cut may go to 0.
   while (limit > 0 && is_continuation(text, limit))
     --limit;
   return text.substr(0, limit);

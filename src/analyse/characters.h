@@ -29,7 +29,7 @@ enum class CharKind : std::uint8_t {
   high_byte,      // in ascii_kinds only: the byte is part of a longer character
 };
 
-// The kinds of the single bytes. All from 0x80 on are high_byte.
+// The kinds of single bytes; from 0x80 on they are high_byte.
 extern const std::array<CharKind, 256> ascii_kinds;
 
 CharKind kind_of(std::int32_t character);

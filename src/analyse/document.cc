@@ -28,7 +28,8 @@ FileSource::~FileSource() {
 std::string FileSource::open(const std::string &path) {
   if (path.find('\0') != path.npos)
     return "no file has a NUL in its name";
-  // Not waiting, because a named pipe without a writer would let us wait here.
+  // Without waiting: opening a named pipe without a writer would block. And no
+  // terminal becomes the process's own.
   descriptor_ =
       ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
   struct stat status = {};
@@ -51,6 +52,7 @@ std::ptrdiff_t FileSource::read(std::uint64_t offset, char *to,
   }
   std::size_t nr_read = 0;
   while (nr_read < size) {
+    // By position, since the encoding is found in a first pass over the file.
     const ssize_t count = pread(descriptor_, to + nr_read, size - nr_read,
                                 static_cast<off_t>(offset + nr_read));
     if (count == 0)
@@ -81,6 +83,7 @@ bool DocumentReader::load(ByteSource &source, std::uint64_t offset) {
     return false;
   offset_ = offset;
   piece_ = {buffer_.get(), static_cast<std::size_t>(size)};
+  // A file that ends with its buffer has one more piece, of 0 bytes.
   is_last_ = piece_.size() < buffer_size_;
   return true;
 }
@@ -89,8 +92,9 @@ bool DocumentReader::load_next(ByteSource &source) {
   return load(source, offset_ + piece_.size());
 }
 
-// Leaves the first piece at hand, as it was before. A character that a piece
-// cuts begins the next one.
+// Leaves the first piece at hand. A character that a piece cuts begins the next
+// one: as long as fewer bytes than a character has are left over, they may be
+// such a beginning.
 bool DocumentReader::find_encoding(ByteSource &source) {
   std::size_t nr_valid = valid_utf8_size(piece_);
   while (!is_last_ && piece_.size() - nr_valid < longest_character) {
@@ -106,6 +110,8 @@ bool DocumentReader::find_encoding(ByteSource &source) {
 bool DocumentReader::feed_all(ByteSource &source, Tokeniser &tokeniser) {
   while (true) {
     decode_piece();
+    // What the tokeniser leaves is less than its look_ahead, so little is
+    // moved.
     text_.erase(0, tokeniser.feed(text_, is_last_));
     if (is_last_)
       return true;

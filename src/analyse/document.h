@@ -24,8 +24,8 @@ class ByteSource {
                               std::size_t size) = 0;
 };
 
-// A regular file. Anything else that a path can name, as a pipe or a device,
-// could wait for ever or never end, and is not opened.
+// A regular file. Anything else that a path can name, such as a pipe or a
+// device, could block or never end, and is not opened.
 class FileSource : public ByteSource {
  public:
   FileSource() = default;
@@ -36,8 +36,8 @@ class FileSource : public ByteSource {
   // Returns what went wrong, or an empty string. `path` can hold any bytes.
   std::string open(const std::string &path);
 
-  // What the file had when it was opened, and no more: a file that grows while
-  // it is read does not hold up the others.
+  // Reads no more than the size that the file had when it was opened: a file
+  // that grows meanwhile does not hold up the others.
   std::ptrdiff_t read(std::uint64_t offset, char *to,
                       std::size_t size) override;
 

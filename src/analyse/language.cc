@@ -108,7 +108,9 @@ bool holds_word(std::string_view list, std::string_view word) {
 
 }  // namespace
 
+// A plain search: it happens once in a run.
 const Language *find_language(std::string_view name) {
+  // Outside the table, as its name is that of no stemming algorithm.
   if (name == "none")
     return &no_language;
   for (const Language &language : languages) {

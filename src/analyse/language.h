@@ -1,5 +1,5 @@
-// The languages: what there is to know of each one beside its stemming
-// algorithm. The lists of words stand in function_words.cc.
+// The languages: what the analysis needs to know of each, beside its stemming
+// algorithm. The lists of words are in function_words.cc.
 #ifndef VEK_ANALYSE_LANGUAGE_H_
 #define VEK_ANALYSE_LANGUAGE_H_
 
@@ -23,9 +23,9 @@ struct FunctionWords {
   // modifier; an article may follow. An article that is merged with them, as
   // in "del", is listed here.
   const char *of = "";
-  // Articles that do the same on their own, by their case, but mean something
-  // else as often: they count between two words with capitals only. For a
-  // language that writes its nouns so.
+  // Articles that do the same without a word for "of", by their case, but as
+  // often mean something else: they count only between two words with capitals,
+  // in a language that writes its nouns so.
   const char *genitive_articles = "";
 };
 

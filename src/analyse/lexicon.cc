@@ -11,7 +11,8 @@
 namespace vek::analysis {
 namespace {
 
-// Bytes for a word and its stem, on average more than any language needs.
+// Bytes for a word and its stem, more than the average of any language. If they
+// do not suffice, words are only forgotten earlier.
 constexpr std::size_t known_word_bytes = 20;
 
 Casing casing_of(const Language &language) {
@@ -52,7 +53,7 @@ Lexicon::Lexicon(const Language &language, Numbers numbers,
                      : sb_stemmer_new(language.name, "UTF_8"),
                  sb_stemmer_delete),
       most_known_(nr_known) {
-  // So that they fit into 2^17 places.
+  // The usual 100 000 words then fit into 2^17 places, and not 2^18.
   known_.max_load_factor(0.8F);
 
   known_text_.reserve(most_known_ * known_word_bytes + 2 * longest_raw_word);
@@ -75,6 +76,7 @@ bool Lexicon::has_stemmer() const {
 void Lexicon::add_words(std::string_view list, FunctionFlags flags) {
   for (std::string_view word = next_word(list); !word.empty();
        word = next_word(list)) {
+    // Lists are in normal form already, a user's file need not be.
     const std::string text = normalise_word(word, casing_of(language_));
     function_words_[text] =
         static_cast<FunctionFlags>(function_words_[text] | flags);
@@ -91,6 +93,8 @@ FunctionFlags Lexicon::function_flags(std::string_view text) const {
 }
 
 Word Lexicon::look_up(std::string_view raw) {
+  // Here and not behind the search, so that two words that differ only behind
+  // the limit are one.
   raw = cut_at_character(raw, longest_raw_word);
   const auto found = known_.find(raw);
   if (found == known_.end()) {
@@ -109,10 +113,14 @@ Word Lexicon::look_up(std::string_view raw) {
 
 void Lexicon::remember(std::string_view raw, const Word &word) {
   const std::size_t room = known_text_.capacity() - known_text_.size();
+  // To forget all is simpler than to know which were used last, and costs
+  // little: the frequent words are back at once.
   if (known_.size() == most_known_ || raw.size() + word.stem.size() > room) {
     known_.clear();
     known_text_.clear();
   }
+  // `word.stem` is in stem_ and not in known_text_, so clearing has not touched
+  // it.
   const std::size_t begin = known_text_.size();
   known_text_.append(raw).append(word.stem);
   known_.emplace(std::string_view(known_text_).substr(begin, raw.size()),
@@ -129,6 +137,8 @@ Word Lexicon::classify(std::string_view raw) {
   word.has_capital = has_capital(raw);
   word.elided = cut_elision(text);
   word.function = function_flags(text);
+  // Endings only from what is no function word as it stands: "can't" may be
+  // listed itself, and without its ending be another word.
   if (word.function == 0) {
     cut_endings(text);
     word.function = function_flags(text);

@@ -1,5 +1,5 @@
-// Tells what a word of a text is: a function word, a number, or a content word
-// and its stem.
+// What a word of a text is: a function word, a number, or a content word with
+// its stem.
 #ifndef VEK_ANALYSE_LEXICON_H_
 #define VEK_ANALYSE_LEXICON_H_
 
@@ -26,7 +26,8 @@ enum class Numbers {
   keep,      // content words, with a full stop for each comma
 };
 
-// What is written for a number with Numbers::as_class. No word is like it.
+// What is written for a number with Numbers::as_class. No content word looks
+// like it, since none holds a #.
 inline constexpr std::string_view number_token = "#";
 
 class Lexicon {
@@ -56,8 +57,9 @@ class Lexicon {
   Word look_up(std::string_view raw);
 
  private:
-  // A Word without its stem, which stands behind the word as it is written: a
-  // short record, because most of the time goes into fetching it.
+  // A Word without its stem, which is in `known_text_` behind the word as
+  // written. A short record, because most of the time goes into fetching it
+  // from memory.
   struct Known {
     WordKind kind;
     FunctionFlags function;
@@ -65,8 +67,8 @@ class Lexicon {
     bool has_capital;
     std::uint8_t stem_size;  // bytes
   };
-  // With the hashes stored, because most words that share a place differ there,
-  // and their texts need not be looked at.
+  // With the hashes stored: most words that fall on the same place differ
+  // there, and their texts need not be compared.
   using KnownWords =
       tsl::robin_map<std::string_view, Known, std::hash<std::string_view>,
                      std::equal_to<>,

@@ -14,7 +14,8 @@ namespace {
 
 using Characters = std::span<utf8proc_int32_t>;
 
-// A character has at most four others in its canonical decomposition.
+// A character decomposes into at most four in its canonical decomposition, and
+// each takes at least a byte of the word.
 using Workspace = std::array<utf8proc_int32_t, 4 * longest_raw_word>;
 
 constexpr auto nfc =
@@ -59,6 +60,8 @@ Characters composed(std::string_view text, Workspace &space) {
       reinterpret_cast<const utf8proc_uint8_t *>(text.data()),
       static_cast<utf8proc_ssize_t>(text.size()), space.data(),
       static_cast<utf8proc_ssize_t>(space.size()), nfc);
+  // The library returns the size that it would need, and may not have written
+  // all.
   if (size < 0 || size > static_cast<utf8proc_ssize_t>(space.size()))
     return {};
   size = utf8proc_normalize_utf32(space.data(), size, nfc);
@@ -67,6 +70,8 @@ Characters composed(std::string_view text, Workspace &space) {
 }
 
 utf8proc_int32_t small_letter(utf8proc_int32_t character, Casing casing) {
+  // Its small form is the dotless i; Unicode's simple mapping knows no
+  // language.
   if (casing == Casing::dotless_i && character == 'I')
     return 0x0131;
   return utf8proc_tolower(character);
@@ -85,6 +90,7 @@ std::string composed_text(std::string_view text, Casing casing,
 
 std::string normalise_word(std::string_view raw, Casing casing) {
   raw = cut_at_character(raw, longest_raw_word);
+  // The short way for most words: ASCII has no variants and nothing to compose.
   if (is_ascii(raw) && casing == Casing::usual)
     return small_ascii_letters(raw);
   Workspace space;

@@ -11,6 +11,8 @@ namespace {
 
 void wait_until_writable(int descriptor) {
   pollfd request = {descriptor, POLLOUT, 0};
+  // Its result is of no interest: whatever woke it, the call before is tried
+  // again.
   poll(&request, 1, -1);
 }
 

@@ -25,6 +25,7 @@ bool RequestReader::next(std::string &path) {
     if (take_line(path))
       return true;
   }
+  // A last line without its end counts, but not one that an error cut.
   return has_begun && errno == 0;
 }
 
@@ -39,6 +40,7 @@ bool RequestReader::take_line(std::string &path) {
 }
 
 bool RequestReader::fill() {
+  // Only called with an empty buffer, so that nothing has to be moved.
   begin_ = end_ = 0;
   while (true) {
     const ssize_t count = read(descriptor_, buffer_.data(), buffer_.size());

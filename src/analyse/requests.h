@@ -10,7 +10,7 @@ namespace vek::analysis {
 
 class RequestReader {
  public:
-  // No system opens a path of so many bytes.
+  // Longer than any path that a system opens, so that a cut one fails too.
   static constexpr std::size_t longest_path = 64 * 1024;
 
   // The descriptor stays the caller's.

@@ -44,6 +44,7 @@ bool has_parent_component(std::string_view path) {
 // Makes the directories above `file` that are not there. Another process may
 // make them at the same time.
 bool make_directories(const std::string &file) {
+  // From place 1: the root is there.
   for (std::size_t slash = file.find('/', 1); slash != file.npos;
        slash = file.find('/', slash + 1)) {
     const std::string directory = file.substr(0, slash);
@@ -61,6 +62,7 @@ ResultNames::ResultNames(std::string_view to, std::string_view from)
     : to_(to), from_(without_dot(from)), has_from_(true) {
   while (from_.ends_with('/'))
     from_.pop_back();
+  // The slashes of the root itself were cut off too.
   if (from.starts_with('/') && from_.empty())
     from_ = "/";
 }
@@ -76,6 +78,8 @@ std::string ResultNames::find(std::string_view path, std::string &file) const {
     return "names no file";
   if (name.find('\0') != name.npos)
     return "no file has a NUL in its name";
+  // Checked in what is appended to the directory: the directory itself may have
+  // such components.
   if (has_parent_component(name))
     return "leads out of the directory";
   file = to_ + '/';
@@ -117,6 +121,8 @@ bool ResultFile::open(const std::string &file) {
   file_ = file;
   if (open_temporary())
     return true;
+  // The directories are made only where one is missing, so that a file costs no
+  // further system calls.
   return errno == ENOENT && make_directories(file) && open_temporary();
 }
 
@@ -141,6 +147,8 @@ bool ResultFile::open_temporary() {
 bool ResultFile::commit() {
   // Some file systems tell only now that the disk is full.
   const bool is_closed = close(std::exchange(descriptor_, -1)) == 0;
+  // In the same directory, hence on the same file system: the name changes at
+  // once or not at all.
   if (!is_closed || std::rename(temporary_.c_str(), file_.c_str()) != 0) {
     return false;
   }

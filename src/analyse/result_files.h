@@ -1,5 +1,5 @@
-// The answers as files: where the one for a path belongs, and how it gets
-// there whole or not at all.
+// The answers as files: where the one for a path belongs, and how it gets there
+// as a whole or not at all.
 #ifndef VEK_ANALYSE_RESULT_FILES_H_
 #define VEK_ANALYSE_RESULT_FILES_H_
 

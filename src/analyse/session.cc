@@ -43,7 +43,7 @@ class Analysis {
         tokeniser_(rules(*options.language_P), writer_) {}
 
   // Puts the analysis into the output. False, after a report, if the document
-  // can't be read; then some of it may have been put.
+  // cannot be read; a part of it may have been put then.
   bool analyse(const std::string &path) {
     FileSource source;
     if (const std::string problem = source.open(path); !problem.empty()) {
@@ -122,6 +122,8 @@ class Session {
     if (!problem.empty()) {
       report("no result for " + shown(path) + ": " + problem);
       note(Outcome::failed);
+      // A result is complete, as it gets its name at the end: an interrupted
+      // run is continued by starting it again.
     } else if (is_result(file)) {
       note(Outcome::skipped);
     } else {
@@ -134,6 +136,7 @@ class Session {
     if (!result.open(file))
       return cannot_write(file, errno);
     output_.drop();
+    // After drop(), which forgets the text and the failure of an earlier file.
     output_.set_descriptor(result.descriptor());
     if (!analysis_.analyse(path))
       return false;
@@ -155,7 +158,8 @@ class Session {
     progress_.count(outcome == Outcome::skipped);
   }
 
-  // Whoever asked has gone, which is his right, or the disk is full.
+  // With EPIPE the reader has closed its end, as it may at any time. Anything
+  // else, such as a full disk, is a failure.
   ExitStatus broken_output() const {
     const int error_number = output_.error_number();
     if (error_number == EPIPE)
@@ -179,6 +183,8 @@ std::string add_stop_file(const std::string &name, Lexicon &lexicon) {
   std::string problem = source.open(name);
   if (!problem.empty())
     return problem;
+  // One megabyte is more than any list of words; a file that fills it may be
+  // longer, and is refused rather than cut.
   std::string text(1 << 20, '\0');
   const std::ptrdiff_t size = source.read(0, text.data(), text.size());
   if (size < 0)

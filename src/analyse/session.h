@@ -13,8 +13,8 @@ enum ExitStatus {
   exit_failure = 3,  // the input or the output is broken
 };
 
-// Answers the paths on standard input up to its end, as `options` say.
-// Reports on standard error. Returns the status to exit with.
+// Answers the paths on standard input until it ends, as `options` say. Reports
+// on standard error. Returns the status to exit with.
 int run_session(const Options &options);
 
 }  // namespace vek::analysis

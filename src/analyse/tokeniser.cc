@@ -68,6 +68,8 @@ void Tokeniser::start() {
 }
 
 std::size_t Tokeniser::feed(std::string_view text, bool is_last) {
+  // A step looks at no more than look_ahead bytes, so with that many it decides
+  // as it would with the whole text: where a piece ends changes no word.
   const std::size_t kept = is_last ? 1 : look_ahead;
   std::size_t position = 0;
   while (text.size() - position >= kept) {
@@ -83,6 +85,8 @@ std::size_t Tokeniser::step(std::string_view rest) {
   const Seen seen = look(rest);
   switch (seen.kind) {
     case CharKind::letter: {
+      // In this order: the most frequent case first, and an abbreviation before
+      // the word that its first letter would be.
       if (const std::size_t size = fast_word(rest); size > 0)
         return size;
       if (const std::size_t size = abbreviation(rest); size > 0)
@@ -107,6 +111,7 @@ std::size_t Tokeniser::fast_word(std::string_view rest) {
   if (size == 0 || size == limit)
     return 0;
   const CharKind next = byte_kind(rest[size]);
+  // One letter with a full stop may begin an abbreviation.
   if (!ends_plain_word(next) && (next != CharKind::full_stop || size == 1)) {
     return 0;
   }
@@ -136,6 +141,7 @@ std::size_t Tokeniser::abbreviation(std::string_view rest) {
   if (raw.find('.') == raw.npos)
     return 0;
   deliver(raw);
+  // Its last full stop goes with it, so that it ends no sentence.
   return look(rest, end).kind == CharKind::full_stop ? end + 1 : end;
 }
 
@@ -225,11 +231,13 @@ void Tokeniser::separator(CharKind kind) {
     default:
       break;
   }
+  // The end of a sentence outweighs all that follows it up to the next word.
   if (between_ != Between::sentence)
     between_ = Between::broken;
 }
 
 void Tokeniser::line_end() {
+  // An empty line ends a paragraph, blanks in it or not.
   if (++nr_line_ends_ == 2)
     between_ = Between::sentence;
   if (between_ == Between::nothing)

@@ -54,7 +54,7 @@ class Tokeniser {
 
   Tokeniser(TokeniserRules rules, WordSink &sink);
 
-  // Makes ready for the next text.
+  // Forgets the text before. To be called at the start of each text.
   void start();
 
   // Reads `text` and returns how many bytes were read; the caller gives the
@@ -80,7 +80,8 @@ class Tokeniser {
   const TokeniserRules rules_;
   WordSink &sink_;
   RunKind run_kind_ = RunKind::word;
-  // The word that was handed over last goes on and on.
+  // The word handed over last is longer than what was read of it; its rest is
+  // skipped.
   bool in_long_run_ = false;
   Between between_ = Between::sentence;
   unsigned nr_line_ends_ = 0;

@@ -15,7 +15,7 @@ inline constexpr std::size_t longest_word = 64;
 enum class WordKind : std::uint8_t {
   content,
   function,
-  number_class,  // a number, of which only is told that it is there
+  number_class,  // a number that only counts as one, whatever its value
   dropped,       // a number that is left out
 };
 

@@ -46,7 +46,7 @@ CommandLine::~CommandLine() = default;
 
 std::optional<int> CommandLine::parse(int nr_arguments,
                                       const char *const *arguments) {
-  // In the order in which the library wants them.
+  // The library takes arguments from the back of the list.
   std::vector<std::string> reversed;
   for (int i = nr_arguments - 1; i > 0; --i)
     reversed.emplace_back(arguments[i]);
@@ -75,6 +75,7 @@ std::optional<int> CommandLine::parse(int nr_arguments,
 void report(std::string_view program, std::string_view message) {
   const std::string line =
       std::string(program) + ": " + std::string(message) + '\n';
+  // One call, and stderr has no buffer: one write() of the system.
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 

@@ -1,4 +1,4 @@
-// Why something could not be done, for whoever is to tell it.
+// Why something could not be done, for the place that reports it.
 #ifndef VEK_BASE_FAILURE_H_
 #define VEK_BASE_FAILURE_H_
 

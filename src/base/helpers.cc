@@ -45,6 +45,7 @@ bool split_word(const std::string &source, char separator, std::string &word,
 Path::Path(std::string_view directory, std::string_view name,
            std::string_view extension)
     : text_(directory) {
+  // Without a name the path is that of the directory itself.
   if (name.empty())
     return;
   if (!directory.empty())
@@ -57,12 +58,15 @@ Path::Path(std::string_view directory, std::string_view name,
 bool base_name(const std::string &directory, std::string &name) {
   name = directory;
   if (directory == ".") {
+    // With a null buffer getcwd() allocates one of the right size.
     const std::unique_ptr<char, decltype(&std::free)> path(getcwd(nullptr, 0),
                                                            &std::free);
     if (path == nullptr)
       return false;
     name = path.get();
   }
+  // The search leaves out the last character, which may be a trailing slash;
+  // "/" has no other component and stays.
   const std::size_t slash =
       name.size() < 2 ? std::string::npos : name.rfind('/', name.size() - 2);
   if (slash != std::string::npos)
@@ -80,6 +84,8 @@ Directory::~Directory() {
 
 bool Directory::read(std::string &name) {
   const int errno_before = errno;
+  // readdir() returns null at the end and on failure, and sets errno only on
+  // failure.
   errno = 0;
   const dirent *entry_P = readdir(handle_P_);
   read_failed_ = errno != 0;
@@ -130,6 +136,9 @@ ReadResult read_file(const std::string &path, std::string &content) {
   struct stat status = {};
   std::size_t room = 65536;
   if (fstat(fd, &status) == 0 && status.st_size > 0) {
+    // One more than the file has, so that the read that finds the end needs no
+    // larger buffer. The size is a hint: the file may grow, and one in /proc
+    // claims to be empty.
     room = static_cast<std::size_t>(status.st_size) + 1;
   }
   ssize_t count = 0;
@@ -149,7 +158,7 @@ ReadResult read_file(const std::string &path, std::string &content) {
   return count < 0 ? ReadResult::read_error : ReadResult::ok;
 }
 
-// By read(), which keeps to itself what a file's buffer throws.
+// By read(), which turns an exception of the buffer into badbit.
 std::string read_rest(std::istream &is) {
   constexpr std::size_t piece_size = 65536;
   std::string content;

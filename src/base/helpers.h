@@ -29,10 +29,10 @@ void strip_suffix(std::string &out, std::string_view text,
 bool split_word(const std::string &source, char separator, std::string &word,
                 std::string &rest);
 
-// A file path made of directory, name and extension, any of which may be
-// empty. The extension carries its full stop and is not doubled: it is left
-// out if the name ends in it already, and if there is no name. A trailing
-// slash of the directory is not looked at.
+// A file path made of directory, name and extension, any of which may be empty.
+// The extension carries its full stop and is not doubled: it is left out if the
+// name ends in it already, and if there is no name. A slash at the end of the
+// directory stays, and another follows it.
 class Path {
  public:
   Path(std::string_view directory, std::string_view name,
@@ -50,8 +50,8 @@ class Path {
 // the system does not tell the working directory.
 bool base_name(const std::string &directory, std::string &name);
 
-// Makes a system call anew as long as a signal interrupts it. Leaves errno
-// alone unless the call fails.
+// Repeats a system call as long as a signal interrupts it. Leaves errno alone
+// unless the call fails.
 template <typename Call>
 auto retry(Call call) {
   const int errno_before = errno;
@@ -89,8 +89,8 @@ class Directory {
 // is_directory().
 bool file_exists(const std::string &path);
 
-// errno is of a failure of the system, which says nothing about the file: there
-// or not, and readable or not, it may be well the next time.
+// Whether errno tells of a failure of the system, which says nothing about the
+// file: whether it is there and readable may be known the next time.
 bool is_system_failure();
 
 // `path` exists and is a directory.
@@ -113,8 +113,8 @@ ReadResult read_file(const std::string &path, std::string &content);
 // what came before that is returned.
 std::string read_rest(std::istream &is);
 
-// Sets errno back to what it was at construction. For calls that are no
-// business of the run's exit status, which follows errno.
+// Sets errno back to what it was at construction. For calls whose failure must
+// not show in the run's exit status, which follows errno.
 class KeepErrno {
  public:
   KeepErrno();

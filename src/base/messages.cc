@@ -16,6 +16,7 @@ std::string formatted(const char *format, ...) {
 }
 
 std::string formatted_list(const char *format, std::va_list values) {
+  // Messages are made between a failure and the report of its errno.
   const KeepErrno keep;
   std::array<char, 1024> text = {};
   std::vsnprintf(text.data(), text.size(), format, values);

@@ -1,4 +1,8 @@
-// Where long work says how it goes on and what it met.
+// Where long work says how far it is and what it has met.
+//
+// Code that learns, tests and parses is used by programs with a log and by
+// programs without one, so it is given the place for its messages. In vek they
+// go to the log (log/log.h); this class itself drops them.
 //
 // What learns, tests and parses is used by programs with a log and by programs
 // without one, so it is handed the place for its words. In vek they go to the
@@ -19,12 +23,11 @@ class Messages {
   Messages &operator=(const Messages &) = delete;
   virtual ~Messages() = default;
 
-  // Somebody sees a detail of that level: without it a caller need not make the
+  // Whether a detail of that level is shown: if not, a caller need not make the
   // text. Levels count from 1, the most important.
   virtual bool wants(unsigned /*level*/) const { return false; }
 
-  // What is worth keeping in any case, and a detail, which is dropped unless
-  // wants(level).
+  // A note is kept at any setting; a detail is dropped unless wants(level).
   virtual void note(unsigned /*level*/, std::string_view /*text*/) {}
   virtual void detail(unsigned /*level*/, std::string_view /*text*/) {}
 

@@ -12,6 +12,7 @@
 namespace vek {
 namespace {
 
+// Few system calls, and little that is lost if the process is killed.
 constexpr std::size_t buffer_size = 65536;
 
 // Writes all of `size` bytes, in as many calls as the system wants. Returns
@@ -19,7 +20,8 @@ constexpr std::size_t buffer_size = 65536;
 bool write_all(int fd, const char *bytes, std::size_t size) {
   while (size > 0) {
     const ssize_t count = retry([&] { return ::write(fd, bytes, size); });
-    // No system writes nothing for ever, but then this must not wait for it.
+    // A call that writes nothing and fails at nothing should not occur; if it
+    // does, this must not go on for ever.
     if (count == 0)
       errno = EIO;
     if (count <= 0)
@@ -81,6 +83,7 @@ std::streamsize OutputFile::Buffer::xsputn(const char *text,
   if (size >= epptr() - pptr()) {
     if (!write_out())
       return 0;
+    // A text as long as the buffer gains nothing by being copied.
     if (static_cast<std::size_t>(size) >= bytes_.size()) {
       return write_all(fd_, text, static_cast<std::size_t>(size)) ? size : 0;
     }
@@ -107,6 +110,7 @@ void OutputFile::open(const std::string &path, Mode mode) {
     setstate(std::ios::failbit);
     return;
   }
+  // clear() behind it, since the state may be that of an earlier file.
   buffer_.attach(fd);
   clear();
 }

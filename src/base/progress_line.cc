@@ -10,11 +10,13 @@ namespace {
 
 using namespace std::chrono_literals;
 
+// Often enough to look alive, and so seldom that it costs nothing.
 constexpr std::chrono::milliseconds terminal_interval = 200ms;
 constexpr std::chrono::milliseconds log_interval = 5s;
 
 // "1:02:03"
 std::string hours(double seconds) {
+  // Fractions of a second are cut off: the estimate is not that exact.
   const auto all = static_cast<std::uint64_t>(seconds);
   char text[40];
   std::snprintf(
@@ -27,6 +29,7 @@ std::string hours(double seconds) {
 
 std::string WorkDone::text() const {
   const auto done = static_cast<double>(nr_done);
+  // Documents a second. The first line may come at once: no division by 0.
   const double rate = seconds > 0 ? done / seconds : 0;
   std::string text = std::to_string(nr_done);
   if (nr_total > 0)
@@ -46,6 +49,7 @@ std::string WorkDone::text() const {
 ProgressLine::ProgressLine(std::string program, Shown shown,
                            std::uint64_t nr_total)
     : program_(std::move(program)),
+      // Standard error, as standard output may be the data of a pipe.
       is_terminal_(isatty(STDERR_FILENO) == 1),
       is_shown_(shown == Shown::always ||
                 (shown == Shown::on_terminal && is_terminal_)) {

@@ -27,7 +27,7 @@ class ProgressLine {
  public:
   enum class Shown { never, on_terminal, always };
 
-  // `nr_total` is 0 if nobody knows how many documents there will be.
+  // `nr_total` is 0 if the number of documents is not known.
   ProgressLine(std::string program, Shown shown, std::uint64_t nr_total = 0);
 
   // A document is done.

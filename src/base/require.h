@@ -8,9 +8,9 @@
 
 namespace vek {
 
-// Stops the program, in every build, unless the condition holds; `text` is what
-// the message calls it. For a condition whose plain expression says enough
-// there is assert().
+// Stops the program, in every build, unless the condition holds. `text` is what
+// the message calls the condition. Where the expression itself says enough, use
+// assert().
 inline void require(
     bool condition, const char *text,
     std::source_location place = std::source_location::current()) {

@@ -10,6 +10,8 @@
 namespace vek {
 namespace {
 
+// With six digits a number fits into the eight bytes of Characters, and a
+// scaled value below 10^6 has ten digits of fraction left in a double.
 constexpr int largest_short_precision = 6;
 constexpr std::array<double, 11> powers_of_ten = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5,
                                                   1e6, 1e7, 1e8, 1e9, 1e10};
@@ -27,7 +29,8 @@ std::uint32_t whole_power_of_ten(int exponent) {
 // Characters in a number, the first in its lowest byte.
 using Characters = std::uint64_t;
 
-// Both digits of each number below 100.
+// Both digits of each number below 100; the tens lie in the lower byte, which
+// comes first in memory.
 constexpr std::array<std::uint16_t, 100> digit_pairs = [] {
   std::array<std::uint16_t, 100> pairs = {};
   for (std::uint16_t i = 0; i < 100; ++i)
@@ -45,8 +48,8 @@ void put_characters(char *out_P, Characters characters) {
 // scores.dat has a number for each document and class, nearly all of an
 // ordinary size, and the general conversion would take a quarter of a run.
 // Scaling such a number to an integer of `precision` digits is off by far less
-// than a millionth, so that rounding is safe unless it lies that near to a
-// half. Null if the number needs the long way.
+// than a millionth, so that rounding is safe unless the value lies that close
+// to a half. Null if the number needs the general conversion.
 char *put_short_real(char *out_P, double value, int precision) {
   // %g writes smaller and larger numbers with an exponent.
   if (!(value >= 1e-4 && value < power_of_ten(precision)))
@@ -72,15 +75,20 @@ char *put_short_real(char *out_P, double value, int precision) {
     if (++exponent >= precision)
       return nullptr;
   }
+  // Always six digits from here on; the zeros at the end are cut off below.
   number *= whole_power_of_ten(largest_short_precision - precision);
   const Characters digits = Characters{digit_pairs[number / 10000]} |
                             Characters{digit_pairs[number / 100 % 100]} << 16 |
                             Characters{digit_pairs[number % 100]} << 32;
-  // The last that is no zero ends them.
+  // The last digit that is not '0' (0x30) ends the number: the exclusive or
+  // leaves 0 for each '0', and the highest byte that is not 0 belongs to that
+  // digit.
   const int nr_digits =
       std::max(1, (71 - std::countl_zero(digits ^ 0x303030303030)) / 8);
   if (exponent < 0) {
     std::memcpy(out_P, "0.000", 5);
+    // As many zeros stay as the exponent wants; the digits overwrite the
+    // others.
     put_characters(out_P + 1 - exponent, digits);
     return out_P + 1 - exponent + nr_digits;
   }
@@ -96,11 +104,13 @@ char *put_short_real(char *out_P, double value, int precision) {
 }  // namespace
 
 char *put_real(char *out_P, double value, int precision) {
+  // A frequent score. -0.0 is "-0", as with printf.
   if (value == 0.0 && !std::signbit(value)) {
     *out_P = '0';
     return out_P + 1;
   }
   if (precision <= largest_short_precision) {
+    // Written in any case; a positive number overwrites it.
     *out_P = '-';
     char *const end_P = put_short_real(out_P + (value < 0.0 ? 1 : 0),
                                        std::abs(value), precision);

@@ -84,7 +84,7 @@ bool CollectionCheck::run() {
   return true;
 }
 
-// Without one vek makes it.
+// Without a data directory there is nothing to check: vek creates it.
 void CollectionCheck::check_data_directory() {
   Failure failure;
   if (is_directory(settings_.data_directory) &&
@@ -107,7 +107,8 @@ bool CollectionCheck::has_directories() {
   return true;
 }
 
-// A text is needed once only: a document that has a profile is not read again.
+// A document needs its text only until it has a profile; vek then does not read
+// it again.
 bool CollectionCheck::has_text(const std::string &name) const {
   return model_.documents().contains(name) ||
          file_exists(Path(settings_.file_directory, name, document_suffix));
@@ -115,6 +116,7 @@ bool CollectionCheck::has_text(const std::string &name) const {
 
 void CollectionCheck::check_documents() {
   const std::string directory = settings_.file_directory;
+  // Without the directory all its files are missing; one finding says so.
   const bool has_directory = is_directory(directory);
   std::size_t nr_missing = 0;
   for (const auto &[name, document] : collection_.documents) {
@@ -151,6 +153,8 @@ void CollectionCheck::check_input_directory() {
     if (is_input_document(entry, name) && !has_text(name))
       missing.push_back(entry);
   }
+  // The system names entries in any order; findings come in the same order each
+  // time.
   std::sort(missing.begin(), missing.end());
   for (const std::string &file : missing) {
     findings_.add(path, 0, Severity::warning,
@@ -161,9 +165,13 @@ void CollectionCheck::check_input_directory() {
 
 void CollectionCheck::check_classes() {
   ClassTable &classes = collection_.classes;
+  // Behind this a class has the documents of all below it, so that an inner
+  // class without documents of its own is not reported.
   classes.gather_documents();
   check_top_class();
   const ClassData &top = classes.get_data(0);
+  // In order of creation, which is that of the lists. A class lacks documents
+  // only if others have some; otherwise check_top_class() has said it all.
   for (std::uint32_t id = 1; id < classes.size(); ++id)
     check_class(id, !top.train_docs.empty(), !top.test_docs.empty());
 }

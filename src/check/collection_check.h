@@ -1,5 +1,5 @@
 // The whole check of a collection: its directories, lists, documents and
-// classes. Only looks: no file is created or changed.
+// classes. It only reads: no file is created or changed.
 #ifndef VEK_CHECK_COLLECTION_CHECK_H_
 #define VEK_CHECK_COLLECTION_CHECK_H_
 

@@ -27,6 +27,7 @@ std::string harmless(std::string_view text) {
 }  // namespace
 
 std::size_t Findings::number_of(const std::string &file) {
+  // There are a few files only: no index is worth it.
   const auto place = std::find(files_.begin(), files_.end(), file);
   const auto number = static_cast<std::size_t>(place - files_.begin());
   if (place == files_.end())
@@ -41,6 +42,7 @@ void Findings::add(const std::string &file, std::size_t line, Severity severity,
 
 void Findings::print(std::ostream &os) const {
   std::vector<Finding> sorted = findings_;
+  // Stable, so that the findings of one line keep the order of adding.
   std::stable_sort(sorted.begin(), sorted.end(),
                    [](const Finding &a, const Finding &b) {
                      return std::tie(a.file, a.line) < std::tie(b.file, b.line);

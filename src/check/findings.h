@@ -10,13 +10,12 @@
 
 namespace vek::checking {
 
-// A run goes on after the first kind, with poorer results, and ends at the
-// second.
+// A warning: a run goes on, with poorer results. A stop: a run would end there.
 enum class Severity { warning, stop };
 
 class Findings {
  public:
-  // Gives the file its place among the files, if it has none yet.
+  // Reserves the file's place in the order of printing, unless it has one.
   void name_file(const std::string &file) { number_of(file); }
 
   // `line` counts from 1; 0 is the file as a whole.

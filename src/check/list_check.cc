@@ -6,7 +6,8 @@
 namespace vek::checking {
 namespace {
 
-// Why vek cannot take the line apart.
+// Why vek cannot take the line apart. In the order in which parse_list_line()
+// finds it, so that the reason is the first one.
 std::string malformation(const std::string &line) {
   if (line.find('\0') != std::string::npos)
     return "there is a NUL byte";
@@ -26,6 +27,8 @@ ListCheck::ListCheck(const std::string &examples, ClassFiles class_files,
   std::string name;
   base_name(examples, name);
   collection_.classes.enter(name, 0);
+  // The top class is entered here, so its name comes from the directory and
+  // from no line.
   check_new_class({}, 0);
 }
 
@@ -38,6 +41,8 @@ void ListCheck::warn(Place place, const std::string &text) {
 }
 
 void ListCheck::read(ListKind kind) {
+  // Also a list without findings takes its place, so that later ones do not
+  // change the order of files.
   findings_.name_file(path(kind));
   std::string text;
   switch (read_file(path(kind), text)) {
@@ -61,6 +66,7 @@ void ListCheck::check_end(ListKind kind, const std::string &text,
                           const ListReader &reader) {
   const Place place{kind, reader.line_number()};
   if (reader.too_long()) {
+    // The reader stopped at the long line itself, which is lost too.
     const std::size_t nr_lost = count_lines(text) - reader.line_number() + 1;
     warn(place, "a line of over " + std::to_string(longest_list_line) +
                     " bytes ends the list; lines not read: " +
@@ -73,6 +79,7 @@ void ListCheck::check_end(ListKind kind, const std::string &text,
 }
 
 void ListCheck::check_line(Place place, const std::string &line) {
+  // Before the line is taken apart, since these bytes may be why that fails.
   check_bytes(place, line);
   ListEntry entry;
   if (!parse_list_line(line, entry)) {
@@ -101,6 +108,8 @@ void ListCheck::note_document(Place place, const std::string &name) {
   Collection::Document &document = collection_.documents[name];
   std::size_t &line =
       place.kind == ListKind::train ? document.train_line : document.test_line;
+  // Only the first line of a document is kept; to stand in several lines of one
+  // list is a way of naming several classes.
   if (line != 0)
     return;
   line = place.line;
@@ -116,6 +125,7 @@ void ListCheck::file_document(Place place, const std::string &name,
   ClassTable &classes = collection_.classes;
   const std::size_t nr_classes = classes.size();
   const std::uint32_t id = classes.enter_path(class_path, 0);
+  // A path can create several classes, an inner one for each component.
   for (std::size_t i = nr_classes; i < classes.size(); ++i)
     check_new_class(place, static_cast<std::uint32_t>(i));
   Place &own_document = collection_.class_places[id].own_document;
@@ -123,6 +133,8 @@ void ListCheck::file_document(Place place, const std::string &name,
     own_document = place;
   const ClassData &data = classes.get_data(id);
   const bool is_train = place.kind == ListKind::train;
+  // Entered once only, unlike in vek, which enters it twice: the check goes on
+  // with what was meant.
   if ((is_train ? data.train_docs : data.test_docs).contains(name)) {
     warn(place, "document " + quoted(name) + " is in class " +
                     quoted(classes.full_name(id)) + " already");

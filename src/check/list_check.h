@@ -1,5 +1,5 @@
-// The lists of a collection: read as vek reads them, with a word on each line
-// that a person would not have meant that way.
+// The lists of a collection: read as vek reads them, with a finding for each
+// line that its writer would not have meant that way.
 #ifndef VEK_CHECK_LIST_CHECK_H_
 #define VEK_CHECK_LIST_CHECK_H_
 
@@ -39,7 +39,8 @@ struct Collection {
   std::map<std::string, Document> documents;
 };
 
-// Whether vek can end over a class name that cannot be stored, or only warn.
+// Whether the run would write class files. With a class name that cannot be
+// stored it then stops; otherwise it only warns.
 enum class ClassFiles { not_written, written };
 
 class ListCheck {

@@ -32,6 +32,7 @@ int check_collection(const std::string &examples, const std::string &rc_file) {
   if (was_read)
     print_summary(check.collection(), findings);
   std::cout.flush();
+  // A report that was not written must not look like a clean one.
   if (!std::cout) {
     std::perror("vek-check");
     return 2;

@@ -1,6 +1,5 @@
 #include "classes/classtab.h"
 
-#include <cassert>
 #include <iterator>
 #include <limits>
 #include <optional>
@@ -203,33 +202,34 @@ bool ClassTable::write(std::ostream &os) const {
   return os.good();
 }
 
-bool ClassTable::parse(std::string_view text) {
+ClassTable::Parsed ClassTable::parse(std::string_view text) {
   FieldReader fields(text);
   std::uint32_t nr_classes = 0;
   if (!fields.read(nr_classes))
-    return false;
+    return Parsed::damaged;
   for (std::uint32_t i = 0; i < nr_classes; ++i) {
     ClassData record;
     ClassKey key;
     if (!fields.read(record.id) || !fields.read(record.nr_docs) ||
         !fields.read(record.nr_others) || !fields.read(record.nr_terms) ||
         !fields.read(key.father_id) || !read_quoted_name(fields, key.name)) {
-      return false;
+      return Parsed::damaged;
     }
     const std::uint32_t id = record.id;
     const std::uint32_t father_id = key.father_id;
     const auto p = classes_.try_emplace(std::move(key), std::move(record));
-    assert(p.second);
+    if (!p.second)
+      return Parsed::repeated_class;
     // Ids are positions, and a father stands before its sons; anything else
     // would lead out of the table.
     if (id != i || (i > 0 ? father_id >= i : father_id != 0)) {
       classes_.erase(p.first);
-      return false;
+      return Parsed::damaged;
     }
     next_id_ = i + 1;
     append(p.first);
   }
-  return fields.at_end();
+  return fields.at_end() ? Parsed::good : Parsed::damaged;
 }
 
 bool ClassTable::is_storable_name(std::string_view name) {

@@ -123,8 +123,10 @@ class ClassTable {
   // fields separated by tabs: id, nr_docs, nr_others, nr_terms, the father's
   // id, and the name in double quotes. False if the stream fails.
   bool write(std::ostream &os) const;
-  // Reads that form into the empty table. False if it is anything else.
-  bool parse(std::string_view text);
+  // Reads that form into the empty table. A class that stands there twice is
+  // told apart from other damage: it stops a run by a failed assertion.
+  enum class Parsed { good, damaged, repeated_class };
+  Parsed parse(std::string_view text);
 
   // Whether a class of this name could be read back from the text form, which
   // escapes nothing and bounds a name's length.

@@ -47,7 +47,8 @@ class TermStatsCollector {
     return list_[place];
   }
 
-  // Hands out the records, in the order in which they came, and starts anew.
+  // Hands out the records, in the order in which they came, and starts an empty
+  // list.
   TermStatsList take() {
     for (const TermStats &stats : list_)
       places_[stats.term] = nowhere;

@@ -193,8 +193,7 @@ template <class Number>
 void InvertedIndex::add_rows(std::span<const RowWeight<Number>> terms,
                              const std::vector<Number> &values,
                              std::vector<Number> &sums) const {
-  // No more of it is read than was written.
-  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
+  // Not initialised, for speed: only what was written is read.
   std::array<FullRow<Number>, most_rows> full_rows;
   // Full rows are gathered and added up together. A sparse row between them
   // comes first, so that each sum keeps the order of the terms.

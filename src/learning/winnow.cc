@@ -72,7 +72,7 @@ PassCounts winnow_pass(WinnowPasses &passes,
                        const std::vector<const std::string *> &names,
                        Messages &messages) {
   PassCounts counts;
-  // Asked once: a message that is not wanted shall cost no time for each
+  // Asked once, so that a message that is not wanted costs no time for each
   // document of each pass.
   const bool names_are_told = messages.wants(4);
   for (const std::uint32_t number :

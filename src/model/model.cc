@@ -55,12 +55,17 @@ bool Model::open(const std::string &directory, Failure &failure) {
     failure = {directory, "", "there is no such directory"};
     return false;
   }
+  // The vocabulary first: read_profile() checks terms against it.
   return read_vocabulary(failure) &&
          store_.open(profile_store_path(directory), failure) &&
          read_class_set(failure);
 }
 
-// A directory without atoms.dat counts as new, but for what the journal has.
+// A directory without atoms.dat counts as new, except for what the journal has.
+//
+// The journal is written before either table grows and removed when both have
+// grown. While it is there, each table counts up to the length that it gives,
+// and what was to be appended is taken from the journal itself.
 bool Model::read_vocabulary(Failure &failure) {
   const std::string paths[] = {atoms_path(directory_), terms_path(directory_)};
   const std::string path_of_journal = journal_path(directory_);
@@ -90,12 +95,16 @@ bool Model::read_vocabulary(Failure &failure) {
       failure = {path_of_journal, "", "it does not fit " + paths[i]};
       return false;
     }
+    // A part of the pending lines may be there already, and the last may be
+    // cut.
     texts[i].resize(sizes[i]);
   }
   if (!atoms_.parse(texts[0])) {
     failure = damaged_line(paths[0], atoms_.size());
     return false;
   }
+  // After the atoms, on which its terms depend; and both before the journal,
+  // whose ids follow theirs.
   if (!terms_.parse(texts[1], atoms_.size())) {
     failure = damaged_line(paths[1], terms_.size());
     return false;
@@ -127,6 +136,8 @@ bool Model::read_class_set(Failure &failure) {
 
 bool Model::read_class_file(const std::string &name, std::string &text,
                             Failure &failure) const {
+  // A complete set that waits is newer than any file in place, of which some
+  // may be cut.
   const auto place = waiting_class_files_.find(name);
   if (place == waiting_class_files_.end())
     return read(Path(directory_, name, ""), text, failure);
@@ -138,8 +149,9 @@ bool Model::read_classes(const Classifier &classifier, Failure &failure) {
   std::string text;
   if (!read_class_file("classes", text, failure))
     return false;
-  if (!classes_.parse(text)) {
+  if (classes_.parse(text) != ClassTable::Parsed::good) {
     failure = {classes_path(directory_),
+               // The first line has the number of classes.
                "line " + std::to_string(classes_.size() + 2), "format error"};
     return false;
   }
@@ -177,6 +189,8 @@ const Classifier *Model::find_classifier(Failure &failure) const {
       return nullptr;
     std::string_view rest = text;
     std::string_view line;
+    // The second line is the first entry. A class may have none; the last class
+    // is followed by a file that is missing, which ends the search.
     if (!take_line(rest, line) || !take_line(rest, line))
       continue;
     const auto tabs = static_cast<std::size_t>(std::ranges::count(line, '\t'));
@@ -224,6 +238,8 @@ bool Model::read_profile(const std::string &name, DocProfile &profile,
   if (!store_.read(place->second, bytes, failure))
     return false;
   const std::string what = "the profile of document `" + name + "'";
+  // Checked here, as DocProfile::read() takes a shorter block for a programming
+  // error and would end the process.
   if (bytes.size() < sizeof(std::uint32_t) ||
       !profile.read(bytes.data(), static_cast<unsigned>(bytes.size()))) {
     failure = {directory_, what, "its length is wrong"};

@@ -1,5 +1,12 @@
-// A data directory, for whoever only looks: what it has learnt, as a run of vek
-// would find it, without a change to any file.
+// A data directory for readers: what it has learnt, as a run of vek would find
+// it, without a change to any file.
+//
+// Everything is read into the memory of this object, except the documents'
+// profiles, which are read one by one. What a broken-off run has left, as the
+// journal of the vocabulary or class files that are half replaced, counts as it
+// does for vek. Nothing here logs, writes, creates or ends the process: a
+// failure is returned with its file, place and reason. No run should use the
+// directory at the same time.
 //
 // Everything is read into the memory of this object, but the documents'
 // profiles, which are read one by one. What a broken-off run has left, as the
@@ -42,9 +49,9 @@ class Model {
   // or if a file is missing, damaged or of another classifier.
   bool read_classes(const Classifier &classifier, Failure &failure);
 
-  // The classifier that the class files are of, by the columns of the first
-  // class profile with a term; null, with `failure` filled in, if there is
-  // none.
+  // The classifier that wrote the class files, judged by the columns of the
+  // first class profile with a term. Null, with `failure` filled in, if there
+  // is none.
   const Classifier *find_classifier(Failure &failure) const;
 
   const AtomTable &atoms() const { return atoms_; }

@@ -18,6 +18,7 @@
 namespace vek {
 namespace {
 
+// The index is read whole and handed out in parts; `rest` is what is left.
 IndexSource source_of(std::string_view &rest) {
   return [&rest](void *buffer_P, gsize size) {
     const std::size_t part = std::min<std::size_t>(size, rest.size());
@@ -67,10 +68,13 @@ bool read_index_file(const std::string &base, const std::string &path,
   if (!is_good)
     failure = {path, "", words_of(fault)};
   is_good = is_good && has_repositories(base, summary, failure);
+  // Also after a fault, to free the nodes that were entered before it.
   for (GTreeNode *entry_P = g_tree_node_first(tree_P); entry_P != nullptr;
        entry_P = g_tree_node_next(entry_P)) {
     auto *node_P = static_cast<FileStoreNode *>(g_tree_node_value(entry_P));
     if (is_good) {
+      // Both trees are ordered by the bytes of the names, so each goes to the
+      // end.
       blocks.emplace_hint(
           blocks.end(), node_P->name,
           StoreReader::Block{node_P->repository_id, node_P->offset,
@@ -88,10 +92,13 @@ bool StoreReader::open(const std::string &base, Failure &failure) {
   base_ = base;
   const std::string path = index_path(base.c_str());
   const KeepErrno keep;
+  // An index is created empty and written at the first sync.
   const bool is_new = !file_exists(path) || file_size(path) == 0;
   const bool is_good = is_new || read_index_file(base, path, blocks_, failure);
   Failure of_copy;
   Blocks copied;
+  // As restore_index() decides it, but without writing: a good copy counts
+  // unless the index is good and has more entries.
   if (read_index_file(base, index_copy_path(base.c_str()), copied, of_copy) &&
       (!is_good || copied.size() >= blocks_.size())) {
     blocks_.swap(copied);
@@ -105,9 +112,12 @@ bool StoreReader::read(const Block &block, std::string &bytes,
   const KeepErrno keep;
   const std::string path = repository_path(base_.c_str(), block.repository_id);
   const int fd = retry(
+      // Without waiting, should something have put a pipe in the file's place.
       [&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); });
   bytes.resize(block.size);
   std::size_t done = 0;
+  // As after a read: above 0, all well so far; 0, the file ended; -1, an error.
+  // An empty block needs no read.
   ssize_t count = fd < 0 ? -1 : 1;
   while (count > 0 && done < bytes.size()) {
     count = retry([&] {

@@ -23,14 +23,14 @@ class StoreReader {
   using Blocks = std::map<std::string, Block, std::less<>>;
 
   // Reads the index of the store with that base name. A copy that a broken-off
-  // sync has left counts in the cases in which vek would restore it. Without
+  // sync has left is used in the cases in which vek would restore it. Without
   // files the store is empty. False if the index cannot be right, or leads to
   // bytes that are not there.
   bool open(const std::string &base, Failure &failure);
 
   const Blocks &blocks() const { return blocks_; }
 
-  // Sets `bytes` to those of a block. False if they cannot be had.
+  // Sets `bytes` to the content of a block. False if it cannot be read whole.
   bool read(const Block &block, std::string &bytes, Failure &failure) const;
 
  private:

@@ -8,9 +8,9 @@ namespace {
 
 using Option = ChoiceValue::Option;
 
-// The tables are constants without captures: a field of Params is named by a
-// function that returns its address, because a pointer to member cannot reach
-// into the classifiers' records.
+// The tables are constants. A field of Params is named by a function that
+// returns its address, because a pointer to member cannot reach into the
+// classifiers' records.
 constexpr std::array training_options = {
     Option{Token::winnow, [](Params &p) { p.algorithm = Algorithm::winnow; }},
     Option{Token::rocchio, [](Params &p) { p.algorithm = Algorithm::rocchio; }},

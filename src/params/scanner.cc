@@ -236,8 +236,8 @@ bool Scanner::take_string() {
 }
 
 bool Scanner::take_character() {
-  // Signed on every machine, so that a byte above 0x7F cannot be the code of a
-  // keyword.
+  // Signed on every machine, which a plain char is not: a byte above 0x7F has a
+  // negative code.
   return take(static_cast<signed char>(*next_P_), next_P_ + 1);
 }
 

@@ -254,7 +254,7 @@ class Scanner {
   std::uint32_t nr_errors_ = 0;
   const Mode mode_;
   bool in_error_ = false;
-  // No LF is left ahead, so that no # can start a comment any more. Without
+  // No LF is left ahead, so that no # can start a comment. Without
   // this a last line of # would be searched once for each of them.
   bool on_last_line_ = false;
 };

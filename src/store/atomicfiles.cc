@@ -34,6 +34,7 @@ void AtomicFiles::recover() {
     if (!file_is_there(path_))
       return;
   }
+  // The file has its name, so it was complete and synced.
   log_always(1, "completing the files of " + path_);
   write_all_in_place();
 }
@@ -66,18 +67,21 @@ void AtomicFiles::give_up_writing() {
   abort_run();
 }
 
-// A file that cannot be opened must be known while all are the old ones, and
-// must not stop each later run.
+// A file that cannot be opened for writing must be found while all files are
+// the old ones; found later, it would stop each later run in recover().
 void AtomicFiles::check_places() {
   for (const std::string &name : names_) {
     const Path path(directory_, name, "");
     const int fd = retry([&] {
+      // Neither created nor cut, and without waiting should it be a pipe.
       return ::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK);
     });
     if (fd >= 0) {
       ::close(fd);
       continue;
     }
+    // It will be created, or is a pipe without a reader (ENXIO), for which the
+    // write will wait.
     if (errno == ENOENT || errno == ENXIO)
       continue;
     {
@@ -90,6 +94,8 @@ void AtomicFiles::check_places() {
 
 void AtomicFiles::replace() {
   check_places();
+  // The order is what makes it safe: content and last line on the disk, then
+  // the name, then the directory that holds the name, and only then the files.
   write(file_set_end);
   if (!file_.sync_to_disk())
     give_up_writing();
@@ -106,6 +112,8 @@ void AtomicFiles::replace() {
 
 void AtomicFiles::write_all_in_place() {
   std::string text;
+  // From the disk and not from memory, so that a run and recover() take the
+  // same way.
   const ReadResult result = read_file(path_, text);
   if (result != ReadResult::ok) {
     fail(path_, result == ReadResult::cannot_open ? FileError::open_for_reading
@@ -116,6 +124,7 @@ void AtomicFiles::write_all_in_place() {
     fail(path_, FileError::format);
   for (const FileSetMember &member : members)
     write_in_place(Path(directory_, member.name, ""), member.content);
+  // Removed only when all files are on the disk, or a crash could lose some.
   sync_files();
   if (unlink(path_.c_str()) != 0)
     fail(path_, FileError::remove);

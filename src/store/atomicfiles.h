@@ -2,11 +2,11 @@
 // them are the old ones or all are the new ones.
 //
 // Files of one run that belong together, as a class table and class profiles,
-// would mislead without a word beside those of another. So they are first
-// written one behind the other into one file, which is synced and gets
-// its name. Then each is written in place from there, and when all are on the
-// disk, that file is removed. If it is there when the directory is opened, a
-// run was broken off in between, and what it had begun is completed.
+// would give wrong results without a message beside those of another run. So
+// they are first written one behind the other into one file, which is synced
+// and then gets its name. From there each is written in place, and when all are
+// on the disk, that file is removed. If it is there when the directory is
+// opened, a run was broken off in between, and what it had begun is completed.
 #ifndef VEK_STORE_ATOMICFILES_H_
 #define VEK_STORE_ATOMICFILES_H_
 

@@ -122,7 +122,9 @@ bool DataBase::has_classes() const {
 
 void DataBase::read_classes(const ClassFileFormat &format) {
   const std::string path = classes_path(data_dir_);
-  if (!classes_.parse(must_read(path))) {
+  const ClassTable::Parsed parsed = classes_.parse(must_read(path));
+  require(parsed != ClassTable::Parsed::repeated_class, "p.second");
+  if (parsed != ClassTable::Parsed::good) {
     report_file_error(path, FileError::read);
     abort_run();
   }

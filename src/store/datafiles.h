@@ -1,4 +1,5 @@
-// The names of the files of a data directory, for whoever reads one.
+// The names of the files of a data directory, in one place for runs and
+// readers.
 #ifndef VEK_STORE_DATAFILES_H_
 #define VEK_STORE_DATAFILES_H_
 

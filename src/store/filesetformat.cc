@@ -18,6 +18,7 @@ bool parse_file_set(std::string_view text,
   if (!text.starts_with(file_set_begin))
     return false;
   text.remove_prefix(file_set_begin.size());
+  // By sizes, not by searching: a file's content may hold the last line too.
   while (text != file_set_end) {
     std::string_view line;
     std::uint64_t size = 0;

@@ -1,5 +1,5 @@
 // Several files in one, as text: for the run that replaces them at once
-// (atomicfiles.h) and for whoever only reads a data directory.
+// (atomicfiles.h) and for readers of a data directory.
 //
 // A first line, then each file behind a line with its name, which has no blank,
 // and its size in bytes, then a last line.
@@ -24,9 +24,9 @@ struct FileSetMember {
 // The line in front of a file.
 std::string file_set_line(std::string_view name, std::uint64_t size);
 
-// Fills the empty list. False unless the text is whole and all its names are
-// those of class files of a data directory: nothing else is ever to be written
-// from it, whoever has laid it there.
+// Fills the empty list. False unless the text is complete and all its names are
+// those of class files of a data directory: no other file is ever to be written
+// from it, even if it was not vek that made it.
 bool parse_file_set(std::string_view text, std::vector<FileSetMember> &members);
 
 }  // namespace vek

@@ -38,6 +38,7 @@ class FieldSource {
     gsize length = 0;
     for (;;) {
       const unsigned char *start_P = buffer_.data() + begin_;
+      // Only what has come since the last search: a long name is searched once.
       const void *end_P = std::memchr(start_P + length, 0, unread() - length);
       if (end_P != nullptr) {
         length = static_cast<gsize>(static_cast<const unsigned char *>(end_P) -
@@ -108,6 +109,8 @@ bool read_unsigned(FieldSource &fields, guint32 &value) {
 }
 bool read_off_t(FieldSource &fields, gint32 &value) {
   guint32 bits = 0;
+  // In the file it is unsigned like the others; a position beyond 31 bits comes
+  // out negative, and is refused later.
   const bool ok = fields.read_number("read_off_t", bits);
   value = static_cast<gint32>(bits);
   return ok;
@@ -148,6 +151,8 @@ bool read_node(FieldSource &fields, FileStoreNode &node, IndexSummary &summary,
     return false;
   }
   summary.repository_id = node.repository_id;
+  // Checked before the rest is read: an impossible number is reported as that,
+  // even where the file ends behind it.
   return check_limit(node.repository_id < MAX_NR_STORES, fault) &&
          read_off_t(fields, node.offset) && read_size_t(fields, node.size) &&
          read_time_t(fields, node.time);
@@ -156,15 +161,19 @@ bool read_node(FieldSource &fields, FileStoreNode &node, IndexSummary &summary,
 // `number` counts the entries from 1, for the messages.
 bool enter_node(FileStoreNode &node, guint32 number, GTree *tree,
                 IndexSummary &summary, IndexFault &fault) {
+  // Below the limit, but not one of this store's repositories: block_ends has
+  // room for it, the store no file.
   if (node.repository_id >= summary.nr_stores) {
     return refuse(fault, "entry %u lies in repository %u of %u", number,
                   node.repository_id, summary.nr_stores);
   }
   if (node.offset < 0)
     return refuse(fault, "entry %u has no position", number);
+  // Inserting it would free neither the name nor the node of the other.
   if (g_tree_lookup(tree, node.name) != nullptr)
     return refuse(fault, "entry %u has the name of another", number);
   gint64 &block_end = summary.block_ends[node.repository_id];
+  // In 64 bits: the sum of both may be beyond 32.
   block_end = std::max(block_end, gint64{node.offset} + node.size);
   g_tree_insert(tree, node.name, &node);
   return true;
@@ -177,6 +186,7 @@ bool read_entry(FieldSource &fields, guint32 number, GTree *tree,
       enter_node(*node, number, tree, summary, fault)) {
     return true;
   }
+  // The tree owns only what was entered.
   free_node(node);
   return false;
 }
@@ -257,8 +267,11 @@ void append_index_entry(GString *out, const FileStoreNode &node) {
 IndexField index_field_at(const GString *image, gsize position) {
   static constexpr std::array<const char *, 4> numbers = {
       "write_unsigned", "write_off_t", "write_size_t", "write_time_t"};
+  // The head's two numbers.
   if (position < 8)
     return {"write_unsigned", position / 4 * 4, 4};
+  // Names have any length, so an entry is found only by going through all
+  // before it. This happens only for the report of a failed write.
   gsize start = 8;
   for (;;) {
     const gsize name_size = std::strlen(image->str + start) + 1;

@@ -59,8 +59,8 @@ void free_node(FileStoreNode *node_P);
 bool read_index(const IndexSource &source, GTree *tree, IndexSummary &summary,
                 IndexFault &fault);
 
-// Append to `out` an index's head and an entry: it is the one, then all the
-// others in any order.
+// Append to `out` the head or an entry of an index. An index is one head and
+// then all entries, in any order.
 void append_index_head(GString *out, guint32 nr_stores, guint32 nr_entries);
 void append_index_entry(GString *out, const FileStoreNode &node);
 

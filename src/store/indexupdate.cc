@@ -52,6 +52,8 @@ void reserve_room(int fd, gsize size) {
   const int result = retry([=] {
     return fallocate(fd, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(size));
   });
+  // Any other failure says that room cannot be reserved here, not that there is
+  // none.
   if (result != 0 && (errno == ENOSPC || errno == EDQUOT)) {
     fail("filestore_sync");
   }
@@ -69,7 +71,8 @@ std::string path_while_written(const char *base) {
   return std::string(base) + ".tmp";
 }
 
-// The names of the store's files, those of new repositories too.
+// Puts the directory on the disk: with it the names of the store's files, those
+// of new repositories too.
 void flush_directory(const char *base) {
   const std::string name(base);
   const std::size_t slash = name.rfind('/');
@@ -103,6 +106,8 @@ bool copy_is_denied() {
 bool save_copy(const char *base, const GString *image) {
   const int errno_before = errno;
   const std::string path = path_while_written(base);
+  // What a killed run has left under this name is of no use: a copy counts only
+  // under its final name.
   const int fd = open_file(path.c_str(), O_CREAT | O_TRUNC);
   const bool has_room =
       fd >= 0 && (retry([=] {
@@ -120,17 +125,21 @@ bool save_copy(const char *base, const GString *image) {
     return false;
   }
   write_index(fd, image);
+  // The content must be on the disk before the name: after a crash a file with
+  // the name of a copy is a complete one.
   flush(fd);
   if (close(fd) != 0 && errno != EINTR)
     fail("filestore_sync");
   if (std::rename(path.c_str(), index_copy_path(base).c_str()) != 0)
     fail("filestore_sync");
+  // And the name before the index is overwritten, or a crash could leave
+  // neither.
   flush_directory(base);
   errno = errno_before;
   return true;
 }
 
-// Somebody may have tidied up.
+// The copy may have been removed by hand; that is no failure.
 void remove_copy(const char *base) {
   const int errno_before = errno;
   if (unlink(index_copy_path(base).c_str()) != 0 && errno != ENOENT)
@@ -140,6 +149,7 @@ void remove_copy(const char *base) {
 
 GString *read_copy(int fd) {
   const auto size = static_cast<gsize>(length_of("filestore_open", fd));
+  // For the bytes, their copy as a string, and the nodes with their names.
   need_memory("filestore_open", 4 * size + small_memory);
   void *data_P = read_data(fd, 0, size);
   GString *image =
@@ -159,6 +169,8 @@ gint64 count_entries(const char *base, const IndexSource &source) {
   bool is_good = read_index(source, tree, summary, fault);
   for (guint32 id = 0; is_good && id < summary.nr_stores; ++id) {
     struct stat status = {};
+    // An index that leads beyond the bytes of its repositories was not written
+    // for them.
     is_good = stat(repository_path(base, id).c_str(), &status) == 0 &&
               status.st_size >= summary.block_ends[id];
   }
@@ -199,6 +211,7 @@ gint64 count_entries_of_file(const char *base, int idx_fd) {
 
 void take_copy(int idx_fd, const GString *image) {
   write_image(idx_fd, image);
+  // The index may be longer than the copy, with damaged bytes behind.
   if (ftruncate(idx_fd, static_cast<off_t>(image->len)) != 0)
     fail("filestore_open");
   flush(idx_fd);
@@ -216,6 +229,9 @@ int restore_index(const char *base, int idx_fd) {
     close(fd);
     const gint64 nr_copied = count_entries_of_copy(base, image);
     const gint64 nr_entries = count_entries_of_file(base, idx_fd);
+    // Entries are only ever added, so of two good ones the longer is the later.
+    // Equal ones may differ in the places of blocks: the copy is the later
+    // then, too, since it is made first and removed last.
     if (nr_copied >= 0 && nr_copied >= nr_entries) {
       if (idx_fd < 0)
         idx_fd = open_file(index_path(base).c_str(), O_CREAT);
@@ -224,6 +240,7 @@ int restore_index(const char *base, int idx_fd) {
       take_copy(idx_fd, image);
     }
     g_string_free(image, TRUE);
+    // With neither good the copy stays, as material for a repair.
     if (nr_copied >= 0 || nr_entries >= 0)
       remove_copy(base);
     if (idx_fd >= 0)
@@ -234,6 +251,8 @@ int restore_index(const char *base, int idx_fd) {
 }
 
 void replace_index(const char *base, int idx_fd, const GString *image) {
+  // Room first, then the copy, then the index: at each point there is a whole
+  // index on the disk, the old one or the new one.
   reserve_room(idx_fd, image->len);
   const bool has_copy = save_copy(base, image);
   write_image(idx_fd, image);

@@ -31,6 +31,7 @@ bool parse_term(std::string_view line, JournalContent &content) {
   if (!fields.read(term.head) || !fields.read(term.mod) || !fields.at_end())
     return false;
   content.new_terms.push_back(term);
+  // In 64 bits: both numbers come from the file and their sum may wrap.
   const std::uint64_t nr_atoms =
       std::uint64_t{content.nr_atoms} + content.new_atoms.size();
   return term.head < nr_atoms && term.head != EmptyAtom &&
@@ -40,11 +41,13 @@ bool parse_term(std::string_view line, JournalContent &content) {
 }  // namespace
 
 bool parse_journal(std::string_view text, JournalContent &content) {
+  // Without its last line the text is cut, and nothing of it counts.
   if (!text.starts_with(first_line) || !text.ends_with(last_line))
     return false;
   text.remove_prefix(first_line.size());
   text.remove_suffix(last_line.size());
-  // Else the end of the line before would be lost on the way to the last one.
+  // Without this check, a line that lost its end would pass: the last line
+  // would then be taken off directly behind it.
   if (!text.ends_with('\n'))
     return false;
   std::uint32_t nr_new_atoms = 0;
@@ -53,6 +56,8 @@ bool parse_journal(std::string_view text, JournalContent &content) {
   take_line(text, line);
   if (!parse_numbers(line, content, nr_new_atoms, nr_new_terms))
     return false;
+  // Nothing is reserved for the numbers of the file; memory grows with its
+  // lines.
   while (content.new_atoms.size() < nr_new_atoms) {
     if (!take_line(text, line) || !parse_atom(line, content))
       return false;
@@ -94,6 +99,7 @@ std::string journal_text(const JournalContent &content) {
 
 bool enter_journal(const JournalContent &content, AtomTable &atoms,
                    TermTable &terms) {
+  // Ids are positions: behind other tables the same lines would get other ids.
   if (atoms.size() != content.nr_atoms || terms.size() != content.nr_terms) {
     return false;
   }
@@ -115,6 +121,7 @@ bool fits_journal(std::string_view table, std::uint64_t size,
   if (table.size() < size)
     return false;
   const std::string_view tail = table.substr(size);
+  // Complete lines only; a torn one at the end has no line end.
   const auto nr_ends = static_cast<std::size_t>(std::ranges::count(tail, '\n'));
   // A last line without its end gets it before more is appended.
   const bool ends_line =

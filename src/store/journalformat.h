@@ -1,5 +1,5 @@
 // The vocabulary's journal as text, apart from the file: for the run that
-// writes it (journal.h) and for whoever only reads a data directory.
+// writes it (journal.h) and for readers of a data directory.
 #ifndef VEK_STORE_JOURNALFORMAT_H_
 #define VEK_STORE_JOURNALFORMAT_H_
 
@@ -29,9 +29,9 @@ struct JournalContent {
   std::vector<Pair> new_terms;
 };
 
-// Fills the empty `content`. Returns false if no journal_text() can be that
-// text: it is cut, has bytes to spare, an atom that none can be, or a term of
-// atoms that are not there.
+// Fills the empty `content`. Returns false if journal_text() cannot have made
+// the text: it is cut, has bytes left over, an atom that cannot be one, or a
+// term of atoms that do not exist.
 bool parse_journal(std::string_view text, JournalContent &content);
 
 // The whole file.

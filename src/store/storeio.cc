@@ -32,7 +32,8 @@ void fail(const char *function) {
 
 void need_memory(const char *function, gsize size) {
   const int errno_before = errno;
-  // Volatile, or the compiler would see that nobody needs it.
+  // Volatile, or the compiler would remove a block that is never used, and
+  // malloc() with it.
   void *volatile block_P = std::malloc(size);
   if (block_P == nullptr)
     fail(function);
@@ -42,6 +43,7 @@ void need_memory(const char *function, gsize size) {
 
 int open_file(const char *path, int more_flags) {
   return retry(
+      // A child process must not inherit the store's files, hence O_CLOEXEC.
       [=] { return open(path, O_RDWR | O_CLOEXEC | more_flags, 0640); });
 }
 
@@ -91,6 +93,7 @@ void *read_data(int fd, gint64 offset, gsize size) {
       return pread(fd, data_P + done, size - done,
                    offset + static_cast<gint64>(done));
     });
+    // A short read is reported once, at the first part.
     if (done == 0 || count < 0)
       check_read("read_data", count, size);
     done += static_cast<gsize>(count);
@@ -105,6 +108,8 @@ void write_data(int fd, const void *data, gsize size) {
   while (size > 0) {
     const gssize count = retry([=] { return write(fd, bytes_P, size); });
     check_write("write_data", count, size);
+    // A write that moves nothing and reports nothing would be repeated for
+    // ever.
     if (count == 0) {
       errno = EIO;
       fail("write_data");

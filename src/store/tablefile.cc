@@ -40,6 +40,7 @@ void TableFile::reject() const {
 void TableFile::begin(OutputFile &out, std::uint32_t nr_records,
                       std::string_view things) {
   assert(!name_.empty());
+  // Also without a record to write: a data directory has both files.
   out.open(name_, OutputFile::Mode::append);
   if (!out)
     fail(name_, FileError::open_for_writing);
@@ -64,6 +65,8 @@ void TableFile::write_until(std::uint32_t end, const std::string &bytes,
   out.flush();
   if (!out)
     fail(name_, FileError::write);
+  // Only when the bytes have left the process: what counts as written here is
+  // what a later append() leaves out.
   nr_written_ = end;
 }
 

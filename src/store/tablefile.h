@@ -1,5 +1,5 @@
-// The file of a table that only grows, atoms.dat or terms.dat: reading it as a
-// whole and appending to it. Failures are reported and end the run.
+// The file of a table that only grows, atoms.dat or terms.dat: reads it as a
+// whole and appends to it. Failures are reported and end the run.
 #ifndef VEK_STORE_TABLEFILE_H_
 #define VEK_STORE_TABLEFILE_H_
 
@@ -15,15 +15,16 @@ namespace vek {
 
 class TableFile {
  public:
-  // Names the file, of which no record is held to be written yet.
+  // Names the file. Until accept() is called, none of its records counts as
+  // written.
   void set_name(const std::string &name);
 
   const std::string &name() const { return name_; }
 
-  // How many records, counted from 0, the file holds.
+  // How many records the file holds; also the id of the first that it lacks.
   std::uint32_t nr_written() const { return nr_written_; }
 
-  // All bytes of the file. Ends the run with a report if they can't be had.
+  // All bytes of the file. Ends the run with a report if they cannot be read.
   // The name must be set, here and in append().
   std::string load();
 

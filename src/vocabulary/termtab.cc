@@ -93,9 +93,9 @@ std::uint32_t TermTable::mod(std::uint32_t term_id) const {
   return terms_[term_id].mod;
 }
 
-// Makes all chains anew. In the order of the pairs the terms of a head stand
-// one behind the other. No two keys are equal, so the order is the same with
-// any sort.
+// Rebuilds all chains. In the order of the pairs the terms of a head stand one
+// behind the other. No two keys are equal, so the order is the same with any
+// sort.
 void TermTable::link() const {
   if (linked_)
     return;
