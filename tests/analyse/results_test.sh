@@ -50,5 +50,9 @@ cmp expected messages || cat messages
 touch file
 expect 1 "$program" --to file <<<docs/000.txt
 messages_are "vek-analyse: cannot write 'file/000.txt': Not a directory"
+rm file
+mkdir -p file/000.txt
+expect 1 "$program" --to file <<<docs/000.txt
+messages_are "vek-analyse: cannot write 'file/000.txt': Is a directory"
 
 finish

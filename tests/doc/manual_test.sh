@@ -60,9 +60,4 @@ for program in "$vek" "$analyse" "$check"; do
   grep -q -i 'unknown option' output || fail "$name is silent on -Q"
 done
 
-if command -v scdoc >/dev/null; then
-  for page in "$doc"/man/*.scd; do
-    scdoc <"$page" >formatted || fail "scdoc refuses $page"
-  done
-fi
 [ ! -e failed ]
