@@ -23,7 +23,10 @@ std::string shown(Action action) {
 
 class LogFile : public testing::Test {
  protected:
-  LogFile() { log_file.open("vek.log"); }
+  LogFile() {
+    log_file.open("vek.log");
+    set_verbosity(0);
+  }
 
   // Behind the opening lines.
   static std::string logged() {
