@@ -15,6 +15,7 @@ while read -r path; do
   echo "$path" | "$program" | tr -d '\001' | cmp - "out/made/${path#docs/}" ||
     fail "$path differs"
 done <list
+
 # What is there stays, what is missing comes.
 echo mine >out/made/003.txt
 rm out/made/01*.txt out/made/sub/deep.txt
