@@ -31,12 +31,5 @@ TEST(Characters, TellsHowFarATextIsValid) {
     EXPECT_EQ(valid_utf8_size(text), size) << text;
 }
 
-TEST(Characters, DecodesABrokenOneAsOneByte) {
-  for (const std::string_view text : {"\xE2\x82", "\xFFx", "\xC3(", "\x80"}) {
-    EXPECT_EQ(first_character(text).value, 0xFFFD);
-    EXPECT_EQ(first_character(text).size, 1U);
-  }
-}
-
 }  // namespace
 }  // namespace vek::analysis

@@ -92,7 +92,7 @@ file.txt|unexpected argument 'file.txt'
 -n no|-n: no not in {class,drop,keep}
 --from x|--from requires --to
 CASES
-printf 'oil # and\nSTEEL\n' >stop
+printf 'oil # and\r\nSTEEL\n#prices\n' >stop
 echo '7 crude steel prices' >text
 expect 0 "$program" -l de -l en -twords -n drop -n class -s stop <<<text
 [ "$(tr '\001' . <output)" = $'# crude price\n.' ] || fail "the options: $(cat output)"

@@ -69,14 +69,5 @@ TEST(ResultFile, IsThereWhenItIsCompleteBesideOthersOfTheSameName) {
   EXPECT_EQ(read_text(file), "text");
 }
 
-TEST(ResultFile, IsNoDirectory) {
-  const TemporaryDirectory directory;
-  std::filesystem::create_directories("dir.txt/x");
-  EXPECT_FALSE(is_result("dir.txt"));
-  ResultFile over_directory;
-  ASSERT_TRUE(over_directory.open("dir.txt"));
-  EXPECT_FALSE(over_directory.commit());
-}
-
 }  // namespace
 }  // namespace vek::analysis

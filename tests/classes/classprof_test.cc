@@ -93,7 +93,6 @@ TEST(ClassProfile, ReadsNoDamagedFile) {
       {Columns::frequencies, "2\t0\t1\n5\t6\t7\t\n5\t6\t7\t\n"},
       {Columns::frequencies, "4294967295\t0\t1\n5\t6\t7\t\n"},
       {Columns::frequencies, "0\t4294967296\t1\n"},
-      {Columns::frequencies, "0\t0\tnan\n"},
       {Columns::frequencies, "1\t0\t1\n4294967295\t4294967295\t4294967295\n",
        true},
       {Columns::frequencies, "1\t0\t1\n5\t4294967296\t7\t\n"},

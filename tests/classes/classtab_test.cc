@@ -92,7 +92,6 @@ TEST(ClassTable, ReadsNoDamagedTable) {
       {"2\n" + top + "2\t0\t0\t0\t0\t\"a\"\n"},
       {"2\n" + top + "1\t0\t0\t0\t1\t\"a\"\n"},
       {"1\n0\t4294967296\t0\t0\t0\t\"t\"\n"},
-      {"1\n0\t0\t-1\t0\t0\t\"t\"\n"},
       {"1\n0\t0\t0\t0\t0\tt\n"},
       {std::string("1\n0\t0\t0\t0\t0\t\"t\0\"\n", 17)},
       {"1\n0\t0\t0\t0\t0\t\"t\\"},

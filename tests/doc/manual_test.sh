@@ -60,23 +60,4 @@ for program in "$vek" "$analyse" "$check"; do
   grep -q -i 'unknown option' output || fail "$name is silent on -Q"
 done
 
-# The exit statuses of the pages that the programs can be made to show.
-status_is() { # STATUS COMMAND...
-  wanted=$1
-  shift
-  status=0
-  "$@" </dev/null >/dev/null 2>&1 || status=$?
-  [ $status -eq "$wanted" ] || fail "status $status, not $wanted: $*"
-}
-status_is 0 "$vek"
-status_is 1 "$vek" --unknown
-status_is 2 "$vek" -r missing .
-echo '[general] save maybe' >wrong.rc
-status_is 1 "$vek" -r wrong .
-
-if command -v scdoc >/dev/null; then
-  for page in "$doc"/man/*.scd; do
-    scdoc <"$page" >formatted || fail "scdoc refuses $page"
-  done
-fi
 [ ! -e failed ]

@@ -60,27 +60,19 @@ compare_text() { # LINE FILE WHOLE
       for (i = 1; i <= nr_wanted; i++) {
         if (wanted[i] == "...") { loose = 1; continue }
         while (loose && place <= nr_found && found[place] != wanted[i]) place++
-        if (place > nr_found || found[place] != wanted[i]) {
-          print "not found: " wanted[i]
-          if (place <= nr_found) print "there is: " found[place]
-          exit 1
-        }
-        place++; loose = !whole
+        if (place > nr_found || found[place++] != wanted[i]) exit 1
+        loose = !whole
       }
-      if (whole && !loose && place <= nr_found) {
-        print "not told: " found[place]
-        exit 1
-      }
-    }' "$VEK_TEST/wanted" "$2" || fail "$1" "$2 is not as told"
+      exit whole && !loose && place <= nr_found
+    }' "$VEK_TEST/wanted" "$2" && return
+  diff -u "$VEK_TEST/wanted" "$2" || fail "$1" "$2 is not as told"
 }
+# ".." as a form is any byte, too.
 compare_hex() { # LINE FILE
-  sed 's/#.*//' "$VEK_TEST/wanted" | tr -s ' \t\n' '\n' | sed '/^$/d' >"$VEK_TEST/wanted_bytes"
-  od -An -v -tx1 "$2" | tr -s ' \n' '\n' | sed '/^$/d' >"$VEK_TEST/bytes"
-  awk 'FNR == NR { wanted[FNR] = $1; nr = FNR; next }
-       tolower(wanted[FNR]) != $1 && wanted[FNR] != ".." {
-         print "byte " FNR - 1 " is " $1 ", not " wanted[FNR]; bad = 1; exit 1 }
-       END { if (!bad && FNR != nr) { print nr " bytes told, " FNR " found"; exit 1 } }' \
-    "$VEK_TEST/wanted_bytes" "$VEK_TEST/bytes" || fail "$1" "$2 is not as told"
+  wanted=$(sed 's/#.*//' "$VEK_TEST/wanted" | tr -s ' \t\n' ' ')
+  found=$(od -An -v -tx1 "$2" | tr -s ' \n' ' ')
+  echo "${found# }" | grep -qix "${wanted# }" ||
+    fail "$1" "$2 is not as told but has $found"
 }
 trap 'status=$?; [ $status -eq 0 ] || { cat "$VEK_TEST/output"; echo "page line $line: status $status"; }' EXIT
 EOF2

@@ -87,37 +87,17 @@ std::string everything(const Params &settings) {
   return text.str();
 }
 
-// Whether the text of the resource file was read without an error.
-bool set(Params &settings, const std::string &resources) {
-  Messages messages;
-  RcParser parser(&settings, resources, "page", messages);
-  parser.parse();
-  return parser.nr_errors() == 0;
-}
-
-// Something else than the default.
-std::string another_value(const Entry &entry) {
-  if (entry.values[0] != '*')
-    return entry.values[0] == '"' ? "\"another\"" : "7";
-  const std::string first =
-      entry.values.substr(1, entry.values.find('*', 1) - 1);
-  return first != entry.default_value
-             ? first
-             : std::regex_replace(entry.values,
-                                  std::regex("^[^|]*\\|\\*([a-z]+).*"), "$1");
-}
-
 TEST(SettingsPage, HasTheDefaultsOfTheProgram) {
-  const std::string defaults = everything({});
   const std::vector<Entry> entries = read_page();
   ASSERT_FALSE(entries.empty());
-  for (const Entry &entry : entries) {
-    const std::string key = '[' + entry.section + "] " + entry.key + ' ';
+  for (const auto &[section, key, values, default_value] : entries) {
+    const std::string text = '[' + section + "] " + key + ' ' + default_value;
     Params settings;
-    EXPECT_TRUE(set(settings, key + another_value(entry))) << key;
-    EXPECT_NE(everything(settings), defaults) << key;
-    EXPECT_TRUE(set(settings, key + entry.default_value)) << key;
-    EXPECT_EQ(everything(settings), defaults) << key;
+    Messages messages;
+    RcParser parser(&settings, text, "page", messages);
+    parser.parse();
+    EXPECT_EQ(parser.nr_errors(), 0U) << text;
+    EXPECT_EQ(everything(settings), everything({})) << text;
   }
 }
 
