@@ -4,21 +4,21 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <source_location>
 
 namespace vek {
 
 // Stops the program, in every build, unless the condition holds. `text` is what
 // the message calls the condition. Where the expression itself says enough, use
-// assert().
-inline void require(
-    bool condition, const char *text,
-    std::source_location place = std::source_location::current()) {
+// assert(). The place is the caller's; Clang 14 lacks what
+// std::source_location needs.
+inline void require(bool condition, const char *text,
+                    const char *file = __builtin_FILE(),
+                    int line = __builtin_LINE(),
+                    const char *function = __builtin_FUNCTION()) {
   if (condition)
     return;
-  std::fprintf(stderr, "vek: %s:%u: %s: Assertion `%s' failed.\n",
-               place.file_name(), static_cast<unsigned>(place.line()),
-               place.function_name(), text);
+  std::fprintf(stderr, "vek: %s:%d: %s: Assertion `%s' failed.\n", file, line,
+               function, text);
   std::abort();
 }
 

@@ -86,7 +86,7 @@ bool Model::read_vocabulary(Failure &failure) {
   const bool has_data = is_there(paths[0]);
   std::string texts[2];
   for (std::size_t i = 0; i < 2; ++i) {
-    const bool is_wanted = has_data && (!has_journal || is_there(paths[i]));
+    const bool is_wanted = has_journal ? is_there(paths[i]) : has_data;
     if (is_wanted && !read(paths[i], texts[i], failure))
       return false;
     if (!has_journal)
@@ -162,6 +162,12 @@ bool Model::read_classes(const Classifier &classifier, Failure &failure) {
     if (!data.profile.parse(text, data.nr_terms, classifier.files.columns)) {
       failure = {Path(directory_, name, ""), "",
                  std::string("no class profile of ") + classifier.name};
+      return false;
+    }
+    if (data.profile.size() > 0 &&
+        data.profile.largest_term() >= terms_.size()) {
+      failure = {Path(directory_, name, ""), "",
+                 "it has terms that are not known"};
       return false;
     }
     if (classifier.files.weights_suffix == nullptr)

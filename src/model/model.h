@@ -46,7 +46,8 @@ class Model {
   // Reads class table, class profiles, thresholds and weights, as a run that
   // classifies with the kept model has them. They must have been written by
   // that classifier. False, with `failure` filled in, if there are no classes,
-  // or if a file is missing, damaged or of another classifier.
+  // if a file is missing, damaged or of another classifier, or if a class has
+  // terms that the vocabulary lacks.
   bool read_classes(const Classifier &classifier, Failure &failure);
 
   // The classifier that wrote the class files, judged by the columns of the
