@@ -12,6 +12,7 @@
 #include <ctime>
 
 #include "base/helpers.h"
+#include "log/stop.h"
 
 namespace vek {
 namespace {
@@ -213,6 +214,7 @@ bool LogMessages::wants(unsigned level) const {
 
 void LogMessages::note(unsigned level, std::string_view text) {
   log_always(level, text);
+  stop_if_requested();
 }
 
 void LogMessages::detail(unsigned level, std::string_view text) {

@@ -93,6 +93,8 @@ bool file_is_there(const std::string &path);
 void ensure_directory(const std::string &path);
 
 // The messages of what knows no log, on their way to the log and the screen.
+// Long phases tell of their steps by notes, so a note is a safe point at which
+// a run can be stopped (log/stop.h).
 class LogMessages : public Messages {
  public:
   bool wants(unsigned level) const override;
