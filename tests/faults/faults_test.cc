@@ -376,6 +376,7 @@ const std::string many = std::to_string(EMFILE);
 const std::vector<std::pair<Words, Words>> failing_calls = {
     {{"lseek", "syncfs", "fstat", "unlink", "truncate", "readdir", "getcwd"},
      {io}},
+    {{"flock"}, {std::to_string(ENOLCK), again}},
     {{"mkdir", "rename", "ftruncate"}, {io, full}},
     {{"fsync", "fallocate"}, {io, full, again}},
     {{"open"}, {io, many, again}},
