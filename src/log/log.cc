@@ -85,8 +85,8 @@ void set_verbosity(unsigned new_verbosity) {
 Log::~Log() {
   if (is_waiting_)
     show("WARNING: ", "log file `" + name_ + "' is in use by another run");
-  if (lock_fd_ >= 0)
-    ::close(lock_fd_);
+  // The lock is left to the end of the process: a run that comes now may yet be
+  // sent away from the data directory, and must not have cut this log by then.
 }
 
 void Log::open(const std::string &file_name) {

@@ -1,8 +1,10 @@
 #include "log/stop.h"
 
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 
 #include "log/log.h"
 
@@ -14,13 +16,24 @@ volatile std::sig_atomic_t from_terminal = 0;
 bool is_stopping = false;
 bool is_all_saved = true;
 
+volatile std::int64_t time_of_request = 0;  // in milliseconds
+
+std::int64_t milliseconds() {
+  timespec now = {};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
+}
+
+// Runs with both signals blocked.
 void note_signal(int number, siginfo_t *info_P, void *) {
   if (requested == 0) {
+    time_of_request = milliseconds();
     from_terminal = info_P->si_code == SI_KERNEL ? 1 : 0;
     requested = number;
+  } else if (milliseconds() - time_of_request >= 100) {
+    std::signal(number, SIG_DFL);
+    std::raise(number);
   }
-  std::signal(SIGINT, SIG_DFL);
-  std::signal(SIGTERM, SIG_DFL);
 }
 
 void watch(int number) {
@@ -30,6 +43,8 @@ void watch(int number) {
     return;
   action = {};
   action.sa_sigaction = note_signal;
+  sigaddset(&action.sa_mask, SIGINT);
+  sigaddset(&action.sa_mask, SIGTERM);
   action.sa_flags = SA_SIGINFO | SA_RESTART;
   sigaction(number, &action, nullptr);
 }

@@ -5,8 +5,10 @@
 
 namespace vek {
 
-// From here on the first of the two signals is only noted; the one behind it,
-// of either kind, ends the process at once. A signal that is ignored stays so.
+// From here on the first of the two signals is only noted; a later one, of
+// either kind, ends the process at once. What comes within a tenth of a second
+// is the same stop: some programs signal a process and then its group. A signal
+// that is ignored stays so.
 // To be called when the global objects are there: a line that tells of the stop
 // is logged before they are destroyed.
 void watch_stop_signals();

@@ -14,32 +14,11 @@
 #include <utility>
 #include <vector>
 
+#include "support/analyser_signal.h"
 #include "support/temporary_directory.h"
 
 namespace vek {
 namespace {
-
-// Waits for the analyser's word that it has got to a place of its script, and
-// lets one go on that waits itself.
-class Signal {
- public:
-  Signal() {
-    mkfifo("signal", 0600);
-    mkfifo("go on", 0600);
-    // With an end for writing too, so that it never seems to be closed.
-    fd_ = ::open("signal", O_RDWR | O_CLOEXEC);
-  }
-  ~Signal() { ::close(fd_); }
-  bool wait() {
-    pollfd waiting{fd_, POLLIN, 0};
-    char byte = 0;
-    return poll(&waiting, 1, 60'000) == 1 && ::read(fd_, &byte, 1) == 1;
-  }
-  static void go_on() { ::close(::open("go on", O_WRONLY)); }
-
- private:
-  int fd_;
-};
 
 class AnalyserTest : public testing::Test {
  protected:
@@ -162,7 +141,7 @@ TEST_F(AnalyserTest, MayEndAnAnswerWithALateLineEndOnly) {
     const bool is_text = script == "late-text";
     EXPECT_EXIT(
         {
-          Signal signal;
+          AnalyserSignal signal;
           analyser_.open("scripted " + script, "files");
           for (int i = 0; i < 2; ++i) {
             EXPECT_EQ(analyser_.process("b"), "tree");
@@ -177,7 +156,7 @@ TEST_F(AnalyserTest, MayEndAnAnswerWithALateLineEndOnly) {
 }
 
 TEST_F(AnalyserTest, InputEndsWithTheRunWhichDoesNotWait) {
-  Signal signal;
+  AnalyserSignal signal;
   analyser_.open("scripted lingers", "files");
   EXPECT_EQ(analyser_.process("b"), "tree");
   analyser_.close();
