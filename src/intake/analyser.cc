@@ -17,6 +17,7 @@
 #include "base/helpers.h"
 #include "intake/lists.h"
 #include "log/log.h"
+#include "log/stop.h"
 
 namespace vek {
 namespace {
@@ -50,6 +51,7 @@ std::vector<std::string> split_command(const std::string &command) {
       arguments.push_back(word.data());
     arguments.push_back(nullptr);
     std::signal(SIGXFSZ, SIG_DFL);
+    std::signal(SIGPIPE, SIG_DFL);
     execv(arguments[0], arguments.data());
   }
   error("analyser process execution failed: %s", std::strerror(errno));
@@ -126,7 +128,6 @@ void Analyser::start_analyser_process() {
   from_analyser_ = from_child.read_end;
   pid_ = pid;
   // A child that has gone shall show as a failed write, not end this process.
-  // Done behind the fork: the child keeps what it would have had.
   std::signal(SIGPIPE, SIG_IGN);
 }
 
@@ -141,6 +142,8 @@ void Analyser::close() {
 }
 
 void Analyser::give_up(const std::string &name, const char *reason) {
+  // A signal from the terminal has ended it as well.
+  stop_if_requested();
   error("analyser process `%s' failed on document `%s': %s", command_.c_str(),
         name.c_str(), reason);
   abort_run();
@@ -157,7 +160,11 @@ std::string Analyser::process(const std::string &name) {
     return read_analysis(name, path);
   drop_stray_bytes(name);
   send_request(name, path);
-  return receive_answer(name);
+  std::string answer = receive_answer(name);
+  // It may be what an analyser that was interrupted had ready.
+  if (is_stopped_by_terminal())
+    stop_if_requested();
+  return answer;
 }
 
 // Between an answer and the next request the analyser has nothing to say. A

@@ -1,5 +1,7 @@
 #include "log/log.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,8 +12,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <sstream>
+#include <utility>
 
 #include "base/helpers.h"
+#include "log/stop.h"
 
 namespace vek {
 namespace {
@@ -77,19 +82,55 @@ void set_verbosity(unsigned new_verbosity) {
   verbosity = new_verbosity;
 }
 
+Log::~Log() {
+  if (is_waiting_)
+    show("WARNING: ", "log file `" + name_ + "' is in use by another run");
+  // The lock is left to the end of the process: a run that comes now may yet be
+  // sent away from the data directory, and must not have cut this log by then.
+}
+
 void Log::open(const std::string &file_name) {
-  file_.open(file_name, OutputFile::Mode::truncate);
-  if (!file_.is_open()) {
-    std::fprintf(stderr, "ERROR: cannot open log file %s\naborting...\n",
-                 file_name.c_str());
-    std::exit(1);
-  }
+  name_ = file_name;
+  is_waiting_ = is_in_use();
+  if (!is_waiting_)
+    create();
   // ctime() may look for a time zone file that is not there.
   const KeepErrno keep;
   const std::time_t now = std::time(nullptr);
-  file_ << std::ctime(&now) << "this is VEK version: " << version << "\n\n";
-  name_ = file_name;
+  std::ostringstream head;
+  head << std::ctime(&now) << "this is VEK version: " << version << "\n\n";
+  if (is_waiting_) {
+    waiting_text_ = head.str();
+    return;
+  }
+  file_ << head.view();
   flush();
+}
+
+// Where a lock cannot be had for any other reason, it is done without.
+bool Log::is_in_use() {
+  const KeepErrno keep;
+  if (lock_fd_ < 0) {
+    lock_fd_ = retry([&] {
+      return ::open(name_.c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC,
+                    0664);
+    });
+  }
+  struct stat status = {};
+  // A device is no run's own.
+  return lock_fd_ >= 0 && fstat(lock_fd_, &status) == 0 &&
+         S_ISREG(status.st_mode) &&
+         retry([&] { return flock(lock_fd_, LOCK_EX | LOCK_NB); }) != 0 &&
+         errno == EWOULDBLOCK;
+}
+
+void Log::create() {
+  file_.open(name_, OutputFile::Mode::truncate);
+  if (file_.is_open())
+    return;
+  std::fprintf(stderr, "ERROR: cannot open log file %s\naborting...\n",
+               name_.c_str());
+  std::exit(1);
 }
 
 void Log::flush() {
@@ -99,15 +140,26 @@ void Log::flush() {
 }
 
 void Log::write(Kind kind, std::string_view text) {
+  const KeepErrno keep;
+  const char *prefix = kind == Kind::warning ? "WARNING: "
+                       : kind == Kind::error ? "ERROR: "
+                                             : "";
+  if (is_waiting_) {
+    waiting_text_ += prefix;
+    waiting_text_ += text;
+    waiting_text_ += '\n';
+    if (is_in_use())
+      return;
+    is_waiting_ = false;
+    create();
+    file_ << std::exchange(waiting_text_, {});
+    flush();
+    return;
+  }
   if (!file_.is_open() || !file_.good())
     return;
-  const KeepErrno keep;
-  if (kind == Kind::warning)
-    file_ << "WARNING: ";
-  if (kind == Kind::error)
-    file_ << "ERROR: ";
   // Flushed line by line: nothing may be left for a forked child to repeat.
-  file_ << text << '\n';
+  file_ << prefix << text << '\n';
   flush();
 }
 
@@ -213,6 +265,7 @@ bool LogMessages::wants(unsigned level) const {
 
 void LogMessages::note(unsigned level, std::string_view text) {
   log_always(level, text);
+  stop_if_requested();
 }
 
 void LogMessages::detail(unsigned level, std::string_view text) {

@@ -21,12 +21,20 @@ inline constexpr double version = 1.4;
 
 class Log {
  public:
+  Log() = default;
+  ~Log();
+  Log(const Log &) = delete;
+  Log &operator=(const Log &) = delete;
+
   // How a text is marked in the file: as it is, or behind "WARNING: " or
   // "ERROR: ".
   enum class Kind { plain, warning, error };
 
   // Opens `file_name`, truncating it, and writes the date, the version and a
-  // blank line. If that fails, says so on the screen and exits with 1.
+  // blank line. If that fails, says so on the screen and exits with 1. While
+  // another run has the file, it is left alone: messages are kept in memory,
+  // and come into it with the first one after that run's end. If there is none,
+  // the screen is told.
   void open(const std::string &file_name);
 
   // Writes one message and its line end. Without effect if the log is not open
@@ -35,9 +43,14 @@ class Log {
   void write(Kind kind, std::string_view text);
 
  private:
+  bool is_in_use();
+  void create();
   void flush();
 
   std::string name_;
+  int lock_fd_ = -1;
+  bool is_waiting_ = false;
+  std::string waiting_text_;
   OutputFile file_;
 };
 
@@ -93,6 +106,8 @@ bool file_is_there(const std::string &path);
 void ensure_directory(const std::string &path);
 
 // The messages of what knows no log, on their way to the log and the screen.
+// Long phases tell of their steps by notes, so a note is a safe point at which
+// a run can be stopped (log/stop.h).
 class LogMessages : public Messages {
  public:
   bool wants(unsigned level) const override;

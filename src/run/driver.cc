@@ -12,6 +12,7 @@
 #include "evaluation/walk.h"
 #include "intake/collection.h"
 #include "learning/classifiers.h"
+#include "log/stop.h"
 #include "params/rcparser.h"
 #include "run/globals.h"
 #include "run/polling.h"
@@ -89,6 +90,7 @@ void test_and_poll() {
     write_classes();
   }
   data_base.sync();
+  stop_if_requested();
   poll_input(walk);
   data_base.save_vocabulary();
 }
@@ -116,7 +118,9 @@ int run(int argument_count, char **argument_vector) {
     collect_examples();
     merge_classes();
   }
+  stop_if_requested();
   data_base.write_vocabulary();
+  stop_if_requested();
   if (learns())
     learn();
   scores << "****TEST\n";
@@ -194,7 +198,7 @@ void start_analyser() {
 }
 
 void open_data_base() {
-  data_base.open(params.data_directory);
+  data_base.open(params.data_directory, options.patience());
   const ClassFileFormat &format = classifier().files;
   if (learns()) {
     data_base.read(params.incremental, format);

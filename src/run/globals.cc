@@ -3,12 +3,16 @@
 // They are built in this order and destroyed in the opposite one, on return
 // from main() and on exit(), so also after abort_run(): the streams are closed
 // first, then the analyser sees the end of its input, then the profile store is
-// closed by the database. Parameters and options outlive everything, because
-// everything reads them.
+// closed by the database. Last of all a run that was stopped ends by its
+// signal. Parameters and options outlive everything, because everything reads
+// them.
 #include "run/globals.h"
+
+#include "log/stop.h"
 
 namespace vek {
 
+EndBySignal end_by_signal;
 Params params;
 Options options;
 StringPool string_pool;

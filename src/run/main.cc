@@ -5,6 +5,7 @@
 #include <csignal>
 
 #include "log/memory.h"
+#include "log/stop.h"
 #include "run/driver.h"
 
 namespace {
@@ -26,6 +27,9 @@ int main(int argument_count, char **argument_vector) {
   fill_standard_streams();
   // A file that may not grow shall show as a failed write, like a full disk.
   std::signal(SIGXFSZ, SIG_IGN);
+  // Whoever reads the messages may go before the run ends.
+  std::signal(SIGPIPE, SIG_IGN);
   vek::watch_memory();
+  vek::watch_stop_signals();
   return vek::run(argument_count, argument_vector);
 }

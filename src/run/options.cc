@@ -1,7 +1,9 @@
 #include "run/options.h"
 
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
+#include <system_error>
 
 #include "learning/classifiers.h"
 #include "log/log.h"
@@ -109,6 +111,8 @@ void Options::parse_options(int argument_count, char **argument_vector) {
       input_directory_ = arguments.take_value("-i");
     } else if (argument == "-r" || argument == "--resource") {
       rc_file_ = arguments.take_value("-r");
+    } else if (argument == "--wait") {
+      set_patience(arguments.take_value("--wait"));
     } else if (argument.starts_with('-')) {
       error("unknown option `%s'", text);
       exit_with_hint();
@@ -144,6 +148,17 @@ void Options::set_algorithm(char letter) {
   }
   error("valid arguments to -a are W, R or S");
   exit_with_hint();
+}
+
+void Options::set_patience(std::string_view seconds) {
+  std::uint32_t number = 0;
+  const char *const end_P = seconds.data() + seconds.size();
+  const auto [rest_P, fault] = std::from_chars(seconds.data(), end_P, number);
+  if (fault != std::errc() || rest_P != end_P) {
+    error("valid arguments to --wait are numbers of seconds");
+    exit_with_hint();
+  }
+  patience_ = std::chrono::seconds(number);
 }
 
 void Options::report_polling(unsigned level) const {

@@ -2,6 +2,7 @@
 #ifndef VEK_RUN_OPTIONS_H_
 #define VEK_RUN_OPTIONS_H_
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -27,6 +28,8 @@ class Options {
   const std::string &input_directory() const { return input_directory_; }
   const std::string &examples_directory() const { return examples_directory_; }
   const std::string &rc_file() const { return rc_file_; }
+  // How long to wait for a data directory that is in use.
+  std::chrono::seconds patience() const { return patience_; }
 
   // Logs that polling is on, if it is.
   void report_polling(unsigned level) const;
@@ -34,6 +37,7 @@ class Options {
  private:
   void parse_verbose(std::string_view argument);
   void set_algorithm(char letter);
+  void set_patience(std::string_view seconds);
 
   std::uint32_t verbose_ = 0;
   Algorithm algorithm_ = Algorithm::winnow;
@@ -44,6 +48,7 @@ class Options {
   std::string input_directory_;
   std::string examples_directory_;
   std::string rc_file_;
+  std::chrono::seconds patience_{0};
 };
 
 }  // namespace vek

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "intake/DocParser.h"
+#include "log/stop.h"
 #include "run/globals.h"
 
 namespace vek {
@@ -30,6 +31,7 @@ void add_to_profile(const TermBag &bag, DocProfile &profile) {
 }
 
 void profile_document(const std::string &name) {
+  stop_if_requested();
   if (data_base.exists(name))
     return;
   logf_if_verbose(3, "profiling document `%s'", name.c_str());

@@ -2,16 +2,20 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <memory>
 #include <sstream>
+#include <thread>
 
 #include "base/helpers.h"
 #include "base/require.h"
 #include "log/log.h"
 #include "log/memory.h"
+#include "log/stop.h"
 #include "store/datafiles.h"
 
 namespace vek {
@@ -46,7 +50,8 @@ DataBase::DataBase(AtomTable &atoms, TermTable &terms, ClassTable &classes,
       atoms_(atoms),
       terms_(terms),
       classes_(classes),
-      journal_(atoms, terms, atoms_file_, terms_file_) {}
+      journal_(atoms, terms, atoms_file_, terms_file_),
+      sync_interval_(SyncInterval::Clock::now()) {}
 
 DataBase::~DataBase() {
   open_data_base_P = nullptr;
@@ -55,7 +60,8 @@ DataBase::~DataBase() {
   filestore_close(profile_store_P_);
 }
 
-void DataBase::open(const std::string &directory) {
+void DataBase::open(const std::string &directory,
+                    std::chrono::seconds patience) {
   data_dir_ = directory;
   if (!is_directory(directory)) {
     logf_if_verbose(1, "creating data directory `%s'", directory.c_str());
@@ -64,6 +70,7 @@ void DataBase::open(const std::string &directory) {
       abort_run();
     }
   }
+  lock(patience);
   class_files_.set_place(directory, class_set_name);
   class_files_.recover();
   profile_store_P_ = filestore_open(profile_store_path(directory).c_str());
@@ -79,8 +86,43 @@ void DataBase::open(const std::string &directory) {
   // The tables are destroyed before this object, so its destructor comes too
   // late to save what they hold.
   if (open_data_base_P == nullptr)
-    std::atexit(save_journal_at_exit);
+    std::atexit(save_at_exit);
   open_data_base_P = this;
+}
+
+void DataBase::lock(std::chrono::seconds patience) {
+  using Outcome = DirectoryLock::Outcome;
+  using Clock = std::chrono::steady_clock;
+  const KeepErrno keep;
+  const Clock::time_point end = Clock::now() + patience;
+  bool is_told = false;
+  for (;;) {
+    const Outcome outcome =
+        lock_.take(data_dir_, DirectoryLock::Mode::exclusive);
+    if (outcome == Outcome::locked)
+      return;
+    if (outcome == Outcome::failed) {
+      warning("cannot lock data directory `%s': %s", data_dir_.c_str(),
+              std::strerror(errno));
+      return;
+    }
+    const std::string user = lock_.holder() == 0
+                                 ? "another process"
+                                 : "process " + std::to_string(lock_.holder());
+    if (Clock::now() >= end) {
+      error("data directory `%s' is in use by %s", data_dir_.c_str(),
+            user.c_str());
+      errno = EWOULDBLOCK;
+      abort_run();
+    }
+    if (!is_told) {
+      logf_always(1, "waiting for data directory `%s', in use by %s",
+                  data_dir_.c_str(), user.c_str());
+    }
+    is_told = true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    stop_if_requested();
+  }
 }
 
 void DataBase::read(bool with_classes, const ClassFileFormat &format) {
@@ -216,8 +258,11 @@ void DataBase::add_file(const std::string &name, Writer writer) {
 
 void DataBase::sync() {
   require(profile_store_P_ != nullptr, "profile_store");
+  const SyncInterval::Clock::time_point begin = SyncInterval::Clock::now();
+  room_.give_back();
   save_vocabulary();
   filestore_sync(profile_store_P_);
+  sync_interval_.note_sync(begin, SyncInterval::Clock::now());
 }
 
 void DataBase::save_vocabulary() {
@@ -234,18 +279,26 @@ bool DataBase::save_journal() {
   return false;
 }
 
-void DataBase::save_journal_at_exit() {
+// The tables are destroyed before the store is closed, and the log too. So all
+// is saved here, and closing finds nothing left to do.
+void DataBase::save_at_exit() {
   give_back_reserve();
   const KeepErrno keep;
   DataBase *const data_base_P = open_data_base_P;
-  if (data_base_P == nullptr || data_base_P->profile_store_P_ == nullptr ||
-      data_base_P->journal_failed_) {
+  if (data_base_P == nullptr || data_base_P->profile_store_P_ == nullptr)
     return;
-  }
+  set_all_saved(false);
+  data_base_P->room_.give_back();
+  if (data_base_P->journal_failed_)
+    return;
   // Should it not come back from there, for want of memory, the index must not
   // be written either.
   data_base_P->journal_failed_ = true;
   data_base_P->journal_failed_ = !data_base_P->save_journal();
+  if (data_base_P->journal_failed_)
+    return;
+  filestore_sync(data_base_P->profile_store_P_);
+  set_all_saved(true);
 }
 
 void DataBase::write_vocabulary() {
@@ -286,11 +339,30 @@ void DataBase::put(const std::string &name, const DocProfile &profile) {
           name.c_str());
     abort_run();
   }
+  set_room_aside();
   filestore_put_file(profile_store_P_, name.c_str(), block.data(),
                      static_cast<unsigned>(block.size()));
+  if (sync_interval_.is_due(SyncInterval::Clock::now()))
+    sync();
+}
+
+void DataBase::set_room_aside() {
+  // What files take beyond their bytes, and what one more document may bring.
+  constexpr std::uint64_t spare = 128 << 10;
+  const std::uint64_t needed =
+      journal_.length() + filestore_index_growth(profile_store_P_) + spare;
+  // With a copy of the index, and for a while.
+  const std::uint64_t wanted = needed + needed / 4 + 2 * spare +
+                               filestore_index_size(profile_store_P_);
+  if (room_.reserve(data_dir_, needed, wanted))
+    return;
+  error("no room is left for what data directory `%s' needs",
+        data_dir_.c_str());
+  abort_run();
 }
 
 void DataBase::read_profile(const std::string &name, DocProfile &profile) {
+  stop_if_requested();
   void *data_P = nullptr;
   std::size_t size = 0;
   if (!filestore_get_file(profile_store_P_, name.c_str(), &data_P, &size)) {

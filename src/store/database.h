@@ -7,6 +7,7 @@
 #ifndef VEK_STORE_DATABASE_H_
 #define VEK_STORE_DATABASE_H_
 
+#include <chrono>
 #include <cstdint>
 #include <set>
 #include <string>
@@ -16,8 +17,11 @@
 #include "classes/weightfile.h"
 #include "intake/documents.h"
 #include "store/atomicfiles.h"
+#include "store/directorylock.h"
 #include "store/filestore.h"
 #include "store/journal.h"
+#include "store/reservedroom.h"
+#include "store/syncinterval.h"
 #include "store/tablefile.h"
 #include "vocabulary/atomtab.h"
 #include "vocabulary/termtab.h"
@@ -34,10 +38,13 @@ class DataBase : public Documents {
   // Closes the store, if one was opened.
   ~DataBase() override;
 
-  // Creates the directory if need be (one level) and opens what is in it.
-  // At the end of the process, before any object is destroyed, what the
-  // vocabulary's files lack is saved; so there can be one at a time.
-  void open(const std::string &directory);
+  // Creates the directory if need be (one level), locks it for this process
+  // alone and opens what is in it. Where another process has it, waits up to
+  // `patience`, and then ends the run with EWOULDBLOCK before anything is read.
+  // Where it cannot be locked there is a warning. At the end of the process,
+  // before any object is destroyed, what the vocabulary's files lack is saved;
+  // so there can be one at a time.
+  void open(const std::string &directory, std::chrono::seconds patience = {});
 
   // Reads atoms and terms, as far as their files exist, and, if asked to, the
   // class table and the class profiles. Without atoms.dat the directory counts
@@ -72,14 +79,18 @@ class DataBase : public Documents {
   // The document is in the cache or in the store.
   bool exists(const std::string &name) const;
 
-  // Stores a profile; a name that is in the cache is left alone.
+  // Stores a profile; a name that is in the cache is left alone. Now and then
+  // syncs, so that no more than some seconds of work are lost whatever happens.
+  // Ends the run if the disk is so full that a sync would be in danger.
   void put(const std::string &name, const DocProfile &profile);
 
   // Ends the run if the document is not stored, as get() does.
   void read_profile(const std::string &name, DocProfile &profile) override;
 
  private:
-  static void save_journal_at_exit();
+  void lock(std::chrono::seconds patience);
+  void set_room_aside();
+  static void save_at_exit();
   bool save_journal();
 
   bool read_class_weights(ClassData &data, const ClassFileFormat &format);
@@ -90,6 +101,8 @@ class DataBase : public Documents {
   template <class Writer>
   void add_file(const std::string &name, Writer writer);
 
+  // Released when all is written.
+  DirectoryLock lock_;
   AtomTable &atoms_;
   TermTable &terms_;
   ClassTable &classes_;
@@ -110,6 +123,9 @@ class DataBase : public Documents {
   std::string data_dir_;
   AtomicFiles class_files_;
   FileStore *profile_store_P_ = nullptr;
+  // For the journal and the index.
+  ReservedRoom room_;
+  SyncInterval sync_interval_;
 };
 
 }  // namespace vek

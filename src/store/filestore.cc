@@ -35,6 +35,7 @@ struct FileStore {
   int idx_fd;
   GString *idx_image;  // the index file's next content, during a sync only
   gsize idx_size;      // of that content in bytes
+  gsize idx_file_size;
   gboolean in_sync;
   gboolean is_index_old;  // the index file may have other content
   GSList *replaced;  // nodes that left the tree, kept for those who hold them
@@ -242,6 +243,7 @@ FileStore *filestore_open(const char *fname) {
     create_index(res, idx_path.c_str());
   }
   res->idx_size = static_cast<gsize>(MAX(length, 8));
+  res->idx_file_size = static_cast<gsize>(length);
   res->is_index_old = TRUE;
   return res;
 }
@@ -286,9 +288,20 @@ void filestore_sync(FileStore *fstore) {
   }
   vek::replace_index(fstore->name, fstore->idx_fd, fstore->idx_image);
   fstore->is_index_old = FALSE;
+  fstore->idx_file_size = fstore->idx_size;
   g_string_free(fstore->idx_image, TRUE);
   fstore->idx_image = nullptr;
   fstore->in_sync = FALSE;
+}
+
+guint64 filestore_index_size(FileStore *fstore) {
+  g_assert(fstore);
+  return fstore->idx_size;
+}
+
+guint64 filestore_index_growth(FileStore *fstore) {
+  g_assert(fstore);
+  return fstore->idx_size - MIN(fstore->idx_file_size, fstore->idx_size);
 }
 
 gboolean filestore_file_exists(FileStore *fstore, const char *fname) {

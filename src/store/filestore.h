@@ -13,10 +13,11 @@
 // 1. A null pointer as an argument is a programming error: g_assert() stops
 //    the program with the argument's name.
 // 2. There are no error results. A failed system call ends the program by
-//    perror() and exit(1); so does, with a message of its own, what the format
+//    perror() and exit(1), or exit(ENOSPC) for a full disk, and the reason is
+//    in the log too; so does, with a message of its own, what the format
 //    cannot hold and an index that is damaged. A read or write that moves too
 //    few bytes only warns on standard error, and the rest is moved after it.
-// 3. After such an exit(1) destructors may still call filestore_close(): it
+// 3. After such an exit() destructors may still call filestore_close(): it
 //    saves the blocks that were put before, unless writing the index is what
 //    failed.
 // 4. Names are strings of any bytes but NUL, the empty one included.
@@ -70,6 +71,11 @@ void filestore_close(FileStore *fstore);
 // disk. If there is no room for the index, the old one is left as it was. Where
 // nothing was put since the last sync, nothing is done.
 void filestore_sync(FileStore *fstore);
+
+// The bytes of the index as it would be written now, and by how many its file
+// would grow.
+guint64 filestore_index_size(FileStore *fstore);
+guint64 filestore_index_growth(FileStore *fstore);
 
 gboolean filestore_file_exists(FileStore *fstore, const char *fname);
 

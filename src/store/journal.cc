@@ -29,6 +29,15 @@ std::uint64_t size_or_zero(const std::string &path) {
   return 0;
 }
 
+std::uint64_t nr_digits(std::uint32_t number) {
+  std::uint64_t count = 1;
+  while (number >= 10) {
+    number /= 10;
+    ++count;
+  }
+  return count;
+}
+
 }  // namespace
 
 void Journal::set_directory(const std::string &directory) {
@@ -138,6 +147,26 @@ bool Journal::write_file(const std::string &text) const {
 bool Journal::has_unwritten() const {
   return atoms_file_.nr_written() < atoms_.size() ||
          terms_file_.nr_written() < terms_.size();
+}
+
+std::uint64_t Journal::length() {
+  // The numbers of the head, and the lines at both ends.
+  constexpr std::uint64_t frame = 128;
+  const std::uint32_t nr_atoms_written = atoms_file_.nr_written();
+  const std::uint32_t nr_terms_written = terms_file_.nr_written();
+  if (nr_atoms_measured_ <= nr_atoms_written &&
+      nr_terms_measured_ <= nr_terms_written) {
+    nr_bytes_measured_ = 0;
+    nr_atoms_measured_ = nr_atoms_written;
+    nr_terms_measured_ = nr_terms_written;
+  }
+  for (; nr_atoms_measured_ < atoms_.size(); ++nr_atoms_measured_)
+    nr_bytes_measured_ += atoms_.text(nr_atoms_measured_).size() + 1;
+  for (; nr_terms_measured_ < terms_.size(); ++nr_terms_measured_) {
+    nr_bytes_measured_ += nr_digits(terms_.head(nr_terms_measured_)) +
+                          nr_digits(terms_.mod(nr_terms_measured_)) + 2;
+  }
+  return nr_bytes_measured_ + frame;
 }
 
 bool Journal::save() {

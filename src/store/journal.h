@@ -51,6 +51,10 @@ class Journal {
   // the run if they are not the tables that the journal was written for.
   void enter_pending();
 
+  // How long the file would be now. Costs time only for what is new since the
+  // last call.
+  std::uint64_t length();
+
   // Writes what is unwritten, if anything new has come since the last time:
   // under a temporary name, synced, renamed. Returns false with errno set if
   // that fails; the journal on the disk is then the old one.
@@ -77,6 +81,11 @@ class Journal {
   // What the journal on the disk reaches up to.
   std::uint32_t nr_atoms_saved_ = 0;
   std::uint32_t nr_terms_saved_ = 0;
+  // Up to where length() has added up, and what the lines of those that are
+  // unwritten come to.
+  std::uint32_t nr_atoms_measured_ = 0;
+  std::uint32_t nr_terms_measured_ = 0;
+  std::uint64_t nr_bytes_measured_ = 0;
 };
 
 }  // namespace vek

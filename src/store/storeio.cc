@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "base/helpers.h"
+#include "log/log.h"
 
 namespace vek {
 
@@ -26,7 +27,14 @@ std::string index_copy_path(const char *base) {
 }
 
 void fail(const char *function) {
+  const int code = errno;
   std::perror(function);
+  log_file.write(Log::Kind::error,
+                 std::string(function) + ": " + std::strerror(code));
+  if (code == ENOSPC) {
+    errno = code;
+    abort_run();
+  }
   std::exit(1);
 }
 

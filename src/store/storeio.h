@@ -3,7 +3,8 @@
 // A part of the file store, for its other parts. A call that a signal
 // interrupts is repeated, and one that succeeds leaves errno alone. One that
 // fails ends the program: by perror(), with the name of the function or
-// primitive to which it belongs, and exit(1).
+// primitive to which it belongs, a line in the log, and exit(): with ENOSPC for
+// a full disk, and else with 1.
 #ifndef VEK_STORE_STOREIO_H_
 #define VEK_STORE_STOREIO_H_
 

@@ -18,6 +18,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -426,6 +427,7 @@ STAND_IN(int, stat, (const char *path, struct stat *out), noexcept, false, path,
 STAND_IN(int, fstat, (int fd, struct stat *out), noexcept, false, fd, fd, out)
 STAND_IN(int, mkdir, (const char *path, mode_t mode), noexcept, true, path,
          path, mode)
+STAND_IN(int, flock, (int fd, int how), noexcept, false, fd, fd, how)
 STAND_IN(pid_t, fork, (), noexcept, false, "")
 STAND_IN(int, pipe2, (int *ends, int flags), noexcept, false, "", ends, flags)
 STAND_IN(int, poll, (pollfd * fds, nfds_t count, int timeout), , false, "", fds,

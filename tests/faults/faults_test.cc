@@ -33,6 +33,8 @@ constexpr long step = 7;  // such a run takes ten times as long
 constexpr long step = 1;
 #endif
 
+const std::string full = std::to_string(ENOSPC);
+
 // ---- A small collection. Class k of a document has the words that end in k.
 
 std::string analysis(int number, int class_id) {
@@ -320,6 +322,13 @@ class FaultTest : public testing::TestWithParam<Scenario> {
       EXPECT_LT(outcome.status, 1000) << trace;
       EXPECT_NE(outcome.screen, "") << trace;
     }
+    if (fault.starts_with("write ") && fault.ends_with(' ' + full) &&
+        hit.find("/data/profile-store.") != std::string::npos) {
+      EXPECT_EQ(outcome.status, ENOSPC) << trace;
+      EXPECT_NE(read_text("vek.log").find(": No space left on device"),
+                std::string::npos)
+          << trace;
+    }
     if (outcome.status != 0)
       check_recovery(trace);
   }
@@ -357,7 +366,6 @@ class FaultTest : public testing::TestWithParam<Scenario> {
 // ---- What can happen.
 
 const std::string io = std::to_string(EIO);
-const std::string full = std::to_string(ENOSPC);
 const std::string again = std::to_string(EINTR);
 const std::string memory = std::to_string(ENOMEM);
 const std::string many = std::to_string(EMFILE);
@@ -366,6 +374,7 @@ const std::string many = std::to_string(EMFILE);
 const std::vector<std::pair<Words, Words>> failing_calls = {
     {{"lseek", "syncfs", "fstat", "unlink", "truncate", "readdir", "getcwd"},
      {io}},
+    {{"flock"}, {std::to_string(ENOLCK), again}},
     {{"mkdir", "rename", "ftruncate"}, {io, full}},
     {{"fsync", "fallocate"}, {io, full, again}},
     {{"open"}, {io, many, again}},
