@@ -12,8 +12,8 @@
 #include <string_view>
 
 #include "base/helpers.h"
+#include "store/datafiles.h"
 #include "store/indexformat.h"
-#include "store/storeio.h"
 
 namespace vek {
 namespace {

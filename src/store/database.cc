@@ -352,8 +352,8 @@ void DataBase::set_room_aside() {
   const std::uint64_t needed =
       journal_.length() + filestore_index_growth(profile_store_P_) + spare;
   // With a copy of the index, and for a while.
-  const std::uint64_t wanted = needed + needed / 4 + 2 * spare +
-                               filestore_index_size(profile_store_P_);
+  const std::uint64_t wanted =
+      needed + needed / 4 + 2 * spare + filestore_index_size(profile_store_P_);
   if (room_.reserve(data_dir_, needed, wanted))
     return;
   error("no room is left for what data directory `%s' needs",

@@ -28,6 +28,18 @@ inline std::string profile_store_path(const std::string &directory) {
   return Path(directory, "profile-store", "");
 }
 
+// The index of the store with that base name, a repository, and a copy of the
+// index that is there while that is being replaced.
+inline std::string index_path(const char *base) {
+  return std::string(base) + ".idx";
+}
+inline std::string repository_path(const char *base, std::uint32_t id) {
+  return std::string(base) + ".00" + std::to_string(id);
+}
+inline std::string index_copy_path(const char *base) {
+  return std::string(base) + ".new";
+}
+
 // "class", the id and the suffix, as class17.cpf.
 inline constexpr char class_profile_suffix[] = ".cpf";
 inline std::string class_file_name(std::uint32_t class_id,

@@ -14,18 +14,6 @@
 
 namespace vek {
 
-std::string index_path(const char *base) {
-  return std::string(base) + ".idx";
-}
-
-std::string repository_path(const char *base, guint32 id) {
-  return std::string(base) + ".00" + std::to_string(id);
-}
-
-std::string index_copy_path(const char *base) {
-  return std::string(base) + ".new";
-}
-
 void fail(const char *function) {
   const int code = errno;
   std::perror(function);

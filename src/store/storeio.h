@@ -10,15 +10,9 @@
 
 #include <glib.h>
 
-#include <string>
+#include "store/datafiles.h"
 
 namespace vek {
-
-// The index and a repository of the store with that base name.
-std::string index_path(const char *base);
-std::string repository_path(const char *base, guint32 id);
-// A copy of the index, while that is being replaced.
-std::string index_copy_path(const char *base);
 
 [[noreturn]] void fail(const char *function);
 
