@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "base/helpers.h"
 #include "data/files.h"
 #include "store/datafiles.h"
 #include "store/filesetformat.h"
@@ -12,8 +11,9 @@ namespace vek::keeping {
 bool ClassFiles::open(const std::string &directory, Failure &failure) {
   directory_ = directory;
   const Path path(directory, class_set_name, ".dat");
-  if (!file_exists(path))
-    return true;
+  const Presence presence = presence_of(path);
+  if (presence != Presence::there)
+    return presence == Presence::missing || fails(path, failure);
   std::string text;
   if (read_file(path, text) != ReadResult::ok)
     return fails(path, failure);
@@ -31,8 +31,8 @@ std::string ClassFiles::path(const std::string &name) const {
   return Path(directory_, name, "");
 }
 
-bool ClassFiles::exists(const std::string &name) const {
-  return waiting_.contains(name) || file_exists(path(name));
+Presence ClassFiles::presence(const std::string &name) const {
+  return waiting_.contains(name) ? Presence::there : presence_of(path(name));
 }
 
 bool ClassFiles::read(const std::string &name, std::string &text,

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "base/failure.h"
+#include "base/helpers.h"
 #include "classes/classtab.h"
 
 namespace vek::keeping {
@@ -17,7 +18,8 @@ class ClassFiles {
   bool open(const std::string &directory, Failure &failure);
 
   bool are_waiting() const { return !waiting_.empty(); }
-  bool exists(const std::string &name) const;
+  // Of a class file.
+  Presence presence(const std::string &name) const;
   bool read(const std::string &name, std::string &text, Failure &failure) const;
   // Into the empty table.
   bool read_table(ClassTable &classes, Failure &failure) const;

@@ -60,7 +60,10 @@ bool add_classes(const std::string &directory, const Model &model, Json &info,
   ClassTable classes;
   if (!files.open(directory, failure))
     return false;
-  const bool has_table = files.exists("classes");
+  const Presence presence = files.presence("classes");
+  if (presence == Presence::unknown)
+    return fails(files.path("classes"), failure);
+  const bool has_table = presence == Presence::there;
   if (has_table && !files.read_table(classes, failure))
     return false;
   info["classes"] = classes.size();

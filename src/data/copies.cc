@@ -206,18 +206,11 @@ bool copy_store(const std::string &directory, const std::string &to,
                 Failure &failure) {
   const std::string base = profile_store_path(directory);
   StoreReader store;
-  if (!store.open(base, failure))
+  struct stat status = {};
+  if (!store.open(base, failure) || !get_index_status(base, status, failure))
     return false;
-  // Of a broken-off run there may be the copy of the index alone.
-  for (const std::string &path :
-       {index_path(base.c_str()), index_copy_path(base.c_str())}) {
-    struct stat status = {};
-    if (file_exists(path)) {
-      return get_status(path, status, failure) &&
-             StoreCopy(store, profile_store_path(to), status).write(failure);
-    }
-  }
-  return true;
+  return status.st_mode == 0 ||
+         StoreCopy(store, profile_store_path(to), status).write(failure);
 }
 
 bool write_compact(const std::string &directory,

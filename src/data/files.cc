@@ -62,6 +62,14 @@ bool is_temporary_file(std::string_view name) {
          name == "profile-store.tmp";
 }
 
+bool is_data_directory(const std::string &directory, Failure &failure) {
+  std::vector<std::string> names;
+  if (!list_directory(directory, names, failure))
+    return false;
+  failure = {directory, "", "no data directory of vek"};
+  return std::any_of(names.begin(), names.end(), is_own_file);
+}
+
 bool get_status(const std::string &path, struct stat &status,
                 Failure &failure) {
   return lstat(path.c_str(), &status) == 0 || fails(path, failure);

@@ -25,6 +25,9 @@ bool is_own_file(std::string_view name);
 // One that is left when a run is broken off, and that nobody reads.
 bool is_temporary_file(std::string_view name);
 
+// There is a file of vek's in the directory.
+bool is_data_directory(const std::string &directory, Failure &failure);
+
 // Does not follow a symbolic link.
 bool get_status(const std::string &path, struct stat &status, Failure &failure);
 

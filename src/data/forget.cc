@@ -22,7 +22,7 @@ bool replace_index(const std::string &directory,
   const std::string path = index_path(base.c_str());
   const std::string temporary = base + ".tmp";
   struct stat status = {};
-  if (!get_status(path, status, failure))
+  if (!get_index_status(base, status, failure))
     return false;
   NewFile file;
   if (!file.create(temporary, status, failure) ||
@@ -42,8 +42,9 @@ bool settle_index(const std::string &directory,
                   const StoreReader::Blocks &blocks, Failure &failure) {
   const std::string base = profile_store_path(directory);
   const std::string copy = index_copy_path(base.c_str());
-  if (!file_exists(copy))
-    return true;
+  const Presence presence = presence_of(copy);
+  if (presence != Presence::there)
+    return presence == Presence::missing || fails(copy, failure);
   if (!replace_index(directory, blocks, failure))
     return false;
   if (unlink(copy.c_str()) != 0)

@@ -11,6 +11,7 @@
 #include "data/contents.h"
 #include "data/copies.h"
 #include "data/directory_lock.h"
+#include "data/files.h"
 #include "data/forget.h"
 #include "data/names.h"
 #include "data/verify.h"
@@ -68,16 +69,23 @@ bool read_names(std::vector<std::string> &names, Failure &failure) {
   return !std::cin.bad();
 }
 
-int forget(const Arguments &arguments, Failure &failure) {
-  std::vector<std::string> names;
-  for (const std::string &name : arguments.names) {
+// Puts the names on standard input in the place of "-". To be done before the
+// directory is locked: what writes them may have it locked to its end.
+bool expand_names(std::vector<std::string> &names, Failure &failure) {
+  std::vector<std::string> given;
+  given.swap(names);
+  for (const std::string &name : given) {
     if (name != "-")
       names.push_back(name);
     else if (!read_names(names, failure))
-      return exit_failed;
+      return false;
   }
+  return true;
+}
+
+int forget(const Arguments &arguments, Failure &failure) {
   std::vector<std::string> unknown;
-  if (!forget_documents(arguments.directory, names, unknown, failure))
+  if (!forget_documents(arguments.directory, arguments.names, unknown, failure))
     return exit_failed;
   for (const std::string &name : unknown) {
     vek::report(program, escaped(arguments.directory) +
@@ -86,16 +94,18 @@ int forget(const Arguments &arguments, Failure &failure) {
   return unknown.empty() ? exit_good : exit_damaged;
 }
 
-int run(const Action &action, LockKind kind, const Arguments &arguments) {
+int run(const Action &action, LockKind kind, Arguments &arguments) {
   std::ios::sync_with_stdio(false);
   DirectoryLock lock;
   Failure failure;
   std::string warning;
   int status = exit_failed;
-  if (lock.take(arguments.directory, kind, warning, failure)) {
+  if (expand_names(arguments.names, failure) &&
+      lock.take(arguments.directory, kind, warning, failure)) {
     if (!warning.empty())
       vek::report(program, "warning: " + escaped(warning));
-    status = action(arguments, failure);
+    if (is_data_directory(arguments.directory, failure))
+      status = action(arguments, failure);
   }
   std::cout.flush();
   if (!std::cout) {

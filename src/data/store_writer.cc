@@ -3,10 +3,28 @@
 #include <glib.h>
 
 #include <algorithm>
+#include <cerrno>
 
+#include "base/helpers.h"
 #include "store/indexformat.h"
+#include "store/storeio.h"
 
 namespace vek::keeping {
+
+bool get_index_status(const std::string &base, struct stat &status,
+                      Failure &failure) {
+  status = {};
+  for (const std::string &path :
+       {index_path(base.c_str()), index_copy_path(base.c_str())}) {
+    if (lstat(path.c_str(), &status) == 0) {
+      failure = {path, "", "no regular file"};
+      return S_ISREG(status.st_mode);
+    }
+    if (errno != ENOENT)
+      return fails(path, failure);
+  }
+  return true;
+}
 
 std::uint32_t nr_repositories(const StoreReader::Blocks &blocks) {
   std::uint32_t count = 0;

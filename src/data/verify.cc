@@ -108,6 +108,15 @@ void Verification::check_vocabulary() {
 void Verification::check_store() {
   StoreReader store;
   Failure failure;
+  const std::string index = "profile-store.idx";
+  if (!is_there(index) && !is_there("profile-store.new")) {
+    damage({path(index), "", "it is missing"}, new_directory);
+    return;
+  }
+  if (is_there(index) && file_size(path(index)) == 0 &&
+      is_there("profile-store.000")) {
+    note(index, "empty: the first run was broken off before it was written");
+  }
   if (!store.open(profile_store_path(directory_), failure)) {
     damage(failure, new_directory);
     return;
@@ -186,7 +195,8 @@ void Verification::check_classes() {
   if (files.are_waiting())
     note("class-files.dat",
          "class files were being replaced; the next run completes that");
-  if (files.exists("classes") && !files.read_table(classes, failure)) {
+  if (files.presence("classes") != Presence::missing &&
+      !files.read_table(classes, failure)) {
     damage(failure, learn_again);
     return;
   }
