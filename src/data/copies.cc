@@ -14,6 +14,7 @@
 
 #include "base/helpers.h"
 #include "base/progress_line.h"
+#include "data/directory_lock.h"
 #include "data/files.h"
 #include "data/store_writer.h"
 #include "model/model.h"
@@ -32,10 +33,21 @@ class NewDirectory {
   NewDirectory(const std::string &from, std::string path)
       : from_(from), path_(std::move(path)) {}
 
-  bool make(Failure &failure) const {
-    if (file_exists(path_) && !remove_directory(path_, failure))
-      return false;
-    return mkdir(path_.c_str(), 0700) == 0 || fails(path_, failure);
+  // It is locked from here on, under whatever name: another call must neither
+  // take it for a left-over nor begin with it before this one is through.
+  bool make(Failure &failure) {
+    std::string warning;
+    struct stat status = {};
+    if (lstat(path_.c_str(), &status) == 0) {
+      DirectoryLock old;
+      if (!old.take(path_, LockKind::exclusive, warning, failure) ||
+          !remove_directory(path_, failure)) {
+        return false;
+      }
+    }
+    if (mkdir(path_.c_str(), 0700) != 0)
+      return fails(path_, failure);
+    return lock_.take(path_, LockKind::exclusive, warning, failure);
   }
 
   // A file's bytes under the same name.
@@ -86,6 +98,7 @@ class NewDirectory {
  private:
   const std::string &from_;
   const std::string path_;
+  DirectoryLock lock_;
 };
 
 // Only regular files with names of vek's: nothing else would be copied, and
@@ -271,7 +284,7 @@ bool copy_directory(const std::string &directory,
   std::vector<std::string> names;
   if (!list_own_files(directory, names, failure))
     return false;
-  const NewDirectory made(directory, path + ".part");
+  NewDirectory made(directory, path + ".part");
   if (!made.make(failure))
     return false;
   const bool is_whole =
@@ -294,7 +307,7 @@ bool compact_directory(const std::string &directory, Failure &failure) {
       !list_own_files(path, names, failure) || !is_readable(path, failure)) {
     return false;
   }
-  const NewDirectory made(path, path + ".compact");
+  NewDirectory made(path, path + ".compact");
   if (!made.make(failure))
     return false;
   if (!write_compact(path, names, made, failure) ||

@@ -64,10 +64,12 @@ TEST_F(DataTest, NamesWithControlCharactersGoRound) {
   EXPECT_NE(vek_data("list data").output.find(odd + "\t2\t"),
             std::string::npos);
   EXPECT_NE(profiles().find("no\xEF\xBF\xBD"), std::string::npos);
-  EXPECT_EQ(
-      run("printf '%s\\n' '" + odd + "' | " VEK_DATA_PROGRAM " forget data -")
-          .status,
-      0);
+  // The two must not want the directory at the same time.
+  const Outcome piped =
+      run("{ " VEK_DATA_PROGRAM
+          " list data | grep odd | cut -f 1; } | " VEK_DATA_PROGRAM
+          " forget data -");
+  EXPECT_EQ(piped.status, 0) << piped.errors;
   EXPECT_EQ(vek_data("list data").output.find("odd"), std::string::npos);
 }
 
@@ -174,6 +176,14 @@ TEST_F(DataTest, IsLocked) {
               "vek-data: data: somebody else is using it\n");
   }
   close(fd);
+  // Another call's, which is under way.
+  fs::create_directory("data.compact");
+  const int other = open("data.compact", O_RDONLY | O_CLOEXEC);
+  ASSERT_EQ(flock(other, LOCK_EX), 0);
+  EXPECT_EQ(vek_data("compact data").status, 2);
+  EXPECT_TRUE(fs::exists("data.compact"));
+  close(other);
+  EXPECT_EQ(vek_data("compact data").status, 0);
 }
 
 TEST_F(DataTest, RefusesWhatIsNoDataDirectory) {
