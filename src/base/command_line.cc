@@ -61,7 +61,7 @@ std::optional<int> CommandLine::parse(int nr_arguments,
     std::cout << version.what() << std::endl;
     return 0;
   } catch (const CLI::ExtrasError &) {
-    const std::string first = app_P_->remaining().front();
+    const std::string first = app_P_->remaining(true).front();
     report(app_P_->get_name(),
            (first.starts_with('-') ? "unknown option '"
                                    : "unexpected argument '") +

@@ -102,6 +102,16 @@ bool file_exists(const std::string &path) {
   return stat(path.c_str(), &status) == 0;
 }
 
+Presence presence_of(const std::string &path) {
+  const int errno_before = errno;
+  if (file_exists(path))
+    return Presence::there;
+  if (errno != ENOENT && errno != ENOTDIR)
+    return Presence::unknown;
+  errno = errno_before;
+  return Presence::missing;
+}
+
 bool is_system_failure() {
   return errno == EIO || errno == ENOMEM || errno == EMFILE || errno == ENFILE;
 }

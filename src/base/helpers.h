@@ -89,6 +89,11 @@ class Directory {
 // is_directory().
 bool file_exists(const std::string &path);
 
+// Whether there is a file at `path`. Not known, with errno set, if the system
+// fails to say.
+enum class Presence { there, missing, unknown };
+Presence presence_of(const std::string &path);
+
 // Whether errno tells of a failure of the system, which says nothing about the
 // file: whether it is there and readable may be known the next time.
 bool is_system_failure();

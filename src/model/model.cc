@@ -23,9 +23,14 @@ bool read(const std::string &path, std::string &text, Failure &failure) {
   return false;
 }
 
-bool is_there(const std::string &path) {
+// False, with `failure` filled in, if the system fails to say.
+bool look_for(const std::string &path, bool &is_there, Failure &failure) {
   const KeepErrno keep;
-  return file_exists(path);
+  const Presence presence = presence_of(path);
+  if (presence == Presence::unknown)
+    failure = {path, "", std::strerror(errno)};
+  is_there = presence == Presence::there;
+  return presence != Presence::unknown;
 }
 
 // The first damaged line of a table's file is the one behind those that were
@@ -69,7 +74,13 @@ bool Model::open(const std::string &directory, Failure &failure) {
 bool Model::read_vocabulary(Failure &failure) {
   const std::string paths[] = {atoms_path(directory_), terms_path(directory_)};
   const std::string path_of_journal = journal_path(directory_);
-  const bool has_journal = is_there(path_of_journal);
+  bool has_journal = false;
+  bool is_there[2] = {};
+  if (!look_for(path_of_journal, has_journal, failure) ||
+      !look_for(paths[0], is_there[0], failure) ||
+      !look_for(paths[1], is_there[1], failure)) {
+    return false;
+  }
   std::string journal_text;
   JournalContent journal;
   if (has_journal) {
@@ -83,10 +94,9 @@ bool Model::read_vocabulary(Failure &failure) {
   const std::uint64_t sizes[] = {journal.atoms_size, journal.terms_size};
   const std::size_t nr_pending[] = {journal.new_atoms.size(),
                                     journal.new_terms.size()};
-  const bool has_data = is_there(paths[0]);
   std::string texts[2];
   for (std::size_t i = 0; i < 2; ++i) {
-    const bool is_wanted = has_journal ? is_there(paths[i]) : has_data;
+    const bool is_wanted = has_journal ? is_there[i] : is_there[0];
     if (is_wanted && !read(paths[i], texts[i], failure))
       return false;
     if (!has_journal)
@@ -119,7 +129,10 @@ bool Model::read_vocabulary(Failure &failure) {
 // Class files that a run had begun to replace are complete in one file.
 bool Model::read_class_set(Failure &failure) {
   const Path path(directory_, class_set_name, ".dat");
-  if (!is_there(path))
+  bool is_there = false;
+  if (!look_for(path, is_there, failure))
+    return false;
+  if (!is_there)
     return true;
   std::string text;
   if (!read(path, text, failure))

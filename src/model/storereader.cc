@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "base/helpers.h"
 #include "store/datafiles.h"
@@ -39,40 +40,50 @@ std::string words_of(const IndexFault &fault) {
   }
 }
 
-// Whether the repository files have all the bytes to which the index leads.
-bool has_repositories(const std::string &base, const IndexSummary &summary,
-                      Failure &failure) {
-  for (guint32 id = 0; id < summary.nr_stores; ++id) {
-    const std::string path = repository_path(base.c_str(), id);
-    if (file_size(path) < summary.block_ends[id]) {
-      failure = {path, "", "it lacks bytes to which the store's index leads"};
-      return false;
-    }
-  }
-  return true;
+enum class IndexState {
+  good,
+  bad,      // damaged, or it leads to bytes that are not there
+  missing,  // or empty
+  unknown,  // the system fails to say
+};
+
+IndexState fail(IndexState state, const std::string &path, std::string reason,
+                Failure &failure) {
+  failure = {path, "", std::move(reason)};
+  return state;
 }
 
-// False if there is no such index, or none that can be right.
-bool read_index_file(const std::string &base, const std::string &path,
-                     StoreReader::Blocks &blocks, Failure &failure) {
-  std::string text;
-  if (read_file(path, text) != ReadResult::ok) {
-    failure = {path, "", std::strerror(errno)};
-    return false;
+// Whether the repository files have all the bytes to which the index leads.
+IndexState check_repositories(const std::string &base,
+                              const IndexSummary &summary, Failure &failure) {
+  for (guint32 id = 0; id < summary.nr_stores; ++id) {
+    const std::string path = repository_path(base.c_str(), id);
+    const std::int64_t size = file_size(path);
+    if (size < 0 && errno != ENOENT)
+      return fail(IndexState::unknown, path, std::strerror(errno), failure);
+    if (size < summary.block_ends[id]) {
+      return fail(IndexState::bad, path,
+                  "it lacks bytes to which the store's index leads", failure);
+    }
   }
-  std::string_view rest = text;
+  return IndexState::good;
+}
+
+IndexState read_index_text(const std::string &base, const std::string &path,
+                           std::string_view text, StoreReader::Blocks &blocks,
+                           Failure &failure) {
   GTree *const tree_P = new_index_tree();
   IndexSummary summary;
   IndexFault fault;
-  bool is_good = read_index(source_of(rest), tree_P, summary, fault);
-  if (!is_good)
-    failure = {path, "", words_of(fault)};
-  is_good = is_good && has_repositories(base, summary, failure);
+  const IndexState state =
+      read_index(source_of(text), tree_P, summary, fault)
+          ? check_repositories(base, summary, failure)
+          : fail(IndexState::bad, path, words_of(fault), failure);
   // Also after a fault, to free the nodes that were entered before it.
   for (GTreeNode *entry_P = g_tree_node_first(tree_P); entry_P != nullptr;
        entry_P = g_tree_node_next(entry_P)) {
     auto *node_P = static_cast<FileStoreNode *>(g_tree_node_value(entry_P));
-    if (is_good) {
+    if (state == IndexState::good) {
       // Both trees are ordered by the bytes of the names, so each goes to the
       // end.
       blocks.emplace_hint(
@@ -83,28 +94,46 @@ bool read_index_file(const std::string &base, const std::string &path,
     free_node(node_P);
   }
   g_tree_destroy(tree_P);
-  return is_good;
+  return state;
+}
+
+IndexState read_index_file(const std::string &base, const std::string &path,
+                           StoreReader::Blocks &blocks, Failure &failure) {
+  const Presence presence = presence_of(path);
+  if (presence == Presence::missing)
+    return IndexState::missing;
+  std::string text;
+  if (presence == Presence::unknown || read_file(path, text) != ReadResult::ok)
+    return fail(IndexState::unknown, path, std::strerror(errno), failure);
+  return text.empty() ? IndexState::missing
+                      : read_index_text(base, path, text, blocks, failure);
 }
 
 }  // namespace
 
 bool StoreReader::open(const std::string &base, Failure &failure) {
   base_ = base;
-  const std::string path = index_path(base.c_str());
   const KeepErrno keep;
-  // An index is created empty and written at the first sync.
-  const bool is_new = !file_exists(path) || file_size(path) == 0;
-  const bool is_good = is_new || read_index_file(base, path, blocks_, failure);
-  Failure of_copy;
-  Blocks copied;
+  const IndexState state =
+      read_index_file(base, index_path(base.c_str()), blocks_, failure);
+  if (state == IndexState::unknown)
+    return false;
   // As restore_index() decides it, but without writing: a good copy counts
   // unless the index is good and has more entries.
-  if (read_index_file(base, index_copy_path(base.c_str()), copied, of_copy) &&
-      (!is_good || copied.size() >= blocks_.size())) {
+  Failure of_copy;
+  Blocks copied;
+  const IndexState state_of_copy =
+      read_index_file(base, index_copy_path(base.c_str()), copied, of_copy);
+  if (state_of_copy == IndexState::unknown) {
+    failure = of_copy;
+    return false;
+  }
+  if (state_of_copy == IndexState::good &&
+      (state == IndexState::bad || copied.size() >= blocks_.size())) {
     blocks_.swap(copied);
     return true;
   }
-  return is_good;
+  return state != IndexState::bad;
 }
 
 bool StoreReader::read(const Block &block, std::string &bytes,

@@ -2,13 +2,14 @@
 # What the programs say of their options, what the manual pages say, what the
 # completions offer and what the programs take are the same.
 #
-#   manual_test.sh DOC-DIRECTORY VEK VEK-ANALYSE VEK-CHECK
+#   manual_test.sh DOC-DIRECTORY VEK VEK-ANALYSE VEK-CHECK VEK-DATA
 set -eu
 export LC_ALL=C
 doc=$(realpath "$1")
 vek=$(realpath "$2")
 analyse=$(realpath "$3")
 check=$(realpath "$4")
+data=$(realpath "$5")
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -18,9 +19,14 @@ fail() {
   touch failed
 }
 
+# The commands of a program that has such.
+commands_of() { # PROGRAM
+  "$1" -h 2>&1 | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p'
+}
+
 # Each prints the options, one on a line.
 options_of_help() { # PROGRAM
-  "$1" -h 2>&1 |
+  { "$1" -h; for command in $(commands_of "$1"); do "$1" "$command" -h; done; } 2>&1 |
     sed -n 's/^ \{2,\}\(-[^ ]*\) *\(--[A-Za-z]*\)\{0,1\}.*/\1\n\2/p' |
     sed '/^$/d'
 }
@@ -43,7 +49,7 @@ compare() { # NAME OF WHAT
   diff wanted found >difference || fail "$1: $(cat difference)"
 }
 
-for program in "$vek" "$analyse" "$check"; do
+for program in "$vek" "$analyse" "$check" "$data"; do
   name=$(basename "$program")
   options_of_help "$program" | sort -u >wanted
   [ "$(wc -l <wanted)" -ge 6 ] || fail "$name -h: no options found"
@@ -54,6 +60,11 @@ for program in "$vek" "$analyse" "$check"; do
   done
   while read -r option; do
     "$program" "$option" </dev/null >output 2>&1 || true
+    # What the program itself does not know is an option of some command.
+    for command in $(commands_of "$program"); do
+      grep -q -i 'unknown option' output || break
+      "$program" "$command" "$option" </dev/null >output 2>&1 || true
+    done
     ! grep -q -i 'unknown option' output || fail "$name refuses $option"
   done <wanted
   "$program" -Q </dev/null >output 2>&1 && fail "$name takes -Q"

@@ -427,7 +427,17 @@ STAND_IN(int, stat, (const char *path, struct stat *out), noexcept, false, path,
 STAND_IN(int, fstat, (int fd, struct stat *out), noexcept, false, fd, fd, out)
 STAND_IN(int, mkdir, (const char *path, mode_t mode), noexcept, true, path,
          path, mode)
+STAND_IN(int, lstat, (const char *path, struct stat *out), noexcept, false,
+         path, path, out)
+STAND_IN(int, fchmod, (int fd, mode_t mode), noexcept, true, fd, fd, mode)
+STAND_IN(int, fchown, (int fd, uid_t user, gid_t group), noexcept, true, fd, fd,
+         user, group)
 STAND_IN(int, flock, (int fd, int how), noexcept, false, fd, fd, how)
+STAND_IN(int, rmdir, (const char *path), noexcept, true, path, path)
+STAND_IN(int, renameat2,
+         (int from_fd, const char *from, int to_fd, const char *to,
+          unsigned flags),
+         noexcept, true, to, from_fd, from, to_fd, to, flags)
 STAND_IN(pid_t, fork, (), noexcept, false, "")
 STAND_IN(int, pipe2, (int *ends, int flags), noexcept, false, "", ends, flags)
 STAND_IN(int, poll, (pollfd * fds, nfds_t count, int timeout), , false, "", fds,

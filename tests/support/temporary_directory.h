@@ -54,8 +54,10 @@ inline std::string read_text(const std::filesystem::path &path) {
 inline std::string hexadecimal(const std::string &bytes) {
   std::ostringstream out;
   out << std::hex << std::uppercase << std::setfill('0');
-  for (const unsigned char byte : bytes)
-    out << (out.tellp() > 0 ? " " : "") << std::setw(2) << int{byte};
+  for (const char byte : bytes) {
+    out << (out.tellp() > 0 ? " " : "") << std::setw(2)
+        << int{static_cast<unsigned char>(byte)};
+  }
   return out.str();
 }
 

@@ -1,0 +1,22 @@
+# Completion of vek-data for bash.
+
+_vek_data() {
+  local word=${COMP_WORDS[COMP_CWORD]} command=${COMP_WORDS[1]}
+  local IFS=$'\n'
+  COMPREPLY=()
+  if [[ $word == -* ]]; then
+    local options=$'-h\n--help'
+    ((COMP_CWORD > 1)) || options+=$'\n-V\n--version'
+    [[ $command != @(info|list|export) ]] || options+=$'\n-j\n--json'
+    [[ $command != list ]] || options+=$'\n-e\n--empty'
+    mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
+    return
+  fi
+  if ((COMP_CWORD == 1)); then
+    mapfile -t COMPREPLY < <(compgen -W $'info\nlist\nverify\nforget\ncompact\ncopy\nexport' -- "$word")
+    return
+  fi
+  compopt -o filenames
+  mapfile -t COMPREPLY < <(compgen -d -- "$word")
+}
+complete -F _vek_data vek-data
