@@ -95,7 +95,7 @@ TEST(Lexicon, CutsLongWordsBetweenCharacters) {
 TEST(Lexicon, GivesTheSameForAWordAtAnyTime) {
   Lexicon roomy(*find_language("en"), Numbers::drop, 4096);
   Lexicon narrow(*find_language("en"), Numbers::drop, 64);
-  for (int i = 0; i < 6000; ++i) {
+  for (std::size_t i = 0; i < 6000; ++i) {
     const std::string word = std::to_string(i % 2000) +
                              std::string(1 + i % 9, 'w') +
                              (i % 3 == 0 ? "ing" : "'s");
