@@ -19,7 +19,7 @@ namespace vek {
 // What a classifier keeps of a class: columns of the class profile's file, and
 // a file beside it for what these have no room for.
 struct ClassFileFormat {
-  ProfileColumns columns;
+  ProfileColumns columns = ProfileColumns::frequencies;
   const char *weights_suffix = nullptr;  // null: there is no such file
   bool (*write_weights)(std::ostream &os,
                         const ClassProfile &profile) = nullptr;

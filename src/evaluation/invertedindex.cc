@@ -194,6 +194,7 @@ void InvertedIndex::add_rows(std::span<const RowWeight<Number>> terms,
                              const std::vector<Number> &values,
                              std::vector<Number> &sums) const {
   // Not initialised, for speed: only what was written is read.
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
   std::array<FullRow<Number>, most_rows> full_rows;
   // Full rows are gathered and added up together. A sparse row between them
   // comes first, so that each sum keeps the order of the terms.

@@ -15,20 +15,20 @@
 namespace vek {
 
 struct Classifier {
-  Algorithm algorithm;
-  const char *name;    // in reports and settings
-  char option_letter;  // of the command line's -a
-  Scoring scoring;
+  Algorithm algorithm = Algorithm::winnow;
+  const char *name = "";   // in reports and settings
+  char option_letter = 0;  // of the command line's -a
+  Scoring scoring = {Scoring::Kind::sum, nullptr};
   // What the data directory keeps of it.
   ClassFileFormat files;
   // Sets the weights and thresholds of all classes from their statistics, which
   // must be complete.
-  void (*train)(const Training &training);
+  void (*train)(const Training &training) = nullptr;
   // Sets the weights that no file keeps, because they follow from the
   // statistics. Null if there are none.
-  void (*restore_weights)(ClassTable &classes);
+  void (*restore_weights)(ClassTable &classes) = nullptr;
   // Writes its section of the settings text, a line for each parameter.
-  void (*write_settings)(std::ostream &out, const Params &params);
+  void (*write_settings)(std::ostream &out, const Params &params) = nullptr;
 };
 
 std::span<const Classifier> classifiers();
