@@ -197,7 +197,23 @@ bool Model::read_classes(const Classifier &classifier, Failure &failure) {
   }
   if (classifier.restore_weights != nullptr)
     classifier.restore_weights(classes_);
-  return true;
+  return read_judging(failure);
+}
+
+bool Model::read_judging(Failure &failure) {
+  const Path path(directory_, judging_name, "");
+  bool is_there = waiting_class_files_.contains(judging_name);
+  if (!is_there && !look_for(path, is_there, failure))
+    return false;
+  std::string text;
+  if (!is_there)
+    return true;
+  if (!read_class_file(judging_name, text, failure))
+    return false;
+  if (text.empty() || judging_.parse(text, classes_.size()))
+    return true;
+  failure = {path, "", "format error"};
+  return false;
 }
 
 const Classifier *Model::find_classifier(Failure &failure) const {

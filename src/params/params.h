@@ -27,6 +27,13 @@ enum class TermSelection : std::uint32_t {
   infogain = 5,
 };
 
+// How a document is judged: step by step down the hierarchy, sons against their
+// brothers, or by the probability of the whole path to a leaf.
+enum class WalkKind : std::uint32_t { steps = 0, path = 1 };
+
+// What a document gets that scores above no threshold: no class or the best.
+enum class Insignificant : std::uint32_t { none = 0, best = 1 };
+
 // The normalisation of a document's weights, and how a term's frequency
 // becomes its strength. The two share one numbering.
 enum class Normalize : std::uint32_t { off = 1, linear = 2, vector = 3 };
@@ -100,6 +107,12 @@ struct Params {
   // below their threshold. The second may be the greater one.
   std::uint32_t max_ranks = 1;
   std::uint32_t min_ranks = 1;
+
+  // Parts of the training documents that are held out in turn, to learn from
+  // their scores how to judge; 0 or 1: none are.
+  std::uint32_t held_out = 0;
+  WalkKind walk = WalkKind::steps;
+  Insignificant insignificant = Insignificant::none;
 
   Normalize normalize = Normalize::off;
   Strength strength = Strength::freq;

@@ -47,6 +47,18 @@ constexpr std::array normalize_options = {
     Option{Token::cosine, [](Params &p) { p.normalize = Normalize::vector; }},
 };
 
+constexpr std::array walk_options = {
+    Option{Token::steps, [](Params &p) { p.walk = WalkKind::steps; }},
+    Option{Token::path, [](Params &p) { p.walk = WalkKind::path; }},
+};
+
+constexpr std::array insignificant_options = {
+    Option{Token::none,
+           [](Params &p) { p.insignificant = Insignificant::none; }},
+    Option{Token::best,
+           [](Params &p) { p.insignificant = Insignificant::best; }},
+};
+
 constexpr std::array general_keys = {
     ResourceKey{Token::fparameter,
                 RationalValue{[](Params &p) { return &p.f_parameter; }}},
@@ -78,6 +90,12 @@ constexpr std::array general_keys = {
                 ChoiceValue{"Strength mode expected", strength_options}},
     ResourceKey{Token::normalize,
                 ChoiceValue{"normalize mode expected", normalize_options}},
+    ResourceKey{Token::heldout,
+                NumberValue{[](Params &p) { return &p.held_out; }}},
+    ResourceKey{Token::walk,
+                ChoiceValue{"`steps' or `path' expected", walk_options}},
+    ResourceKey{Token::insignificant, ChoiceValue{"`none' or `best' expected",
+                                                  insignificant_options}},
 };
 
 constexpr std::array winnow_keys = {

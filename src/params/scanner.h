@@ -108,6 +108,12 @@ struct Token {
     laplace = 304,
     selectivity = 307,
     scaling = 308,
+    heldout = 309,
+    walk = 310,
+    steps = 311,
+    path = 312,
+    insignificant = 313,
+    best = 314,
   };
 };
 
@@ -121,6 +127,7 @@ struct Keyword {
 inline constexpr std::array keyword_table = {
     Keyword{"alpha", Token::alpha},
     Keyword{"analyser", Token::analyser_command},
+    Keyword{"best", Token::best},
     Keyword{"beta", Token::beta},
     Keyword{"bool", Token::boolean},
     Keyword{"cosine", Token::cosine},
@@ -131,9 +138,11 @@ inline constexpr std::array keyword_table = {
     Keyword{"freq", Token::freq},
     Keyword{"gamma", Token::gamma},
     Keyword{"general", Token::general},
+    Keyword{"heldout", Token::heldout},
     Keyword{"incremental", Token::incremental},
     Keyword{"infogain", Token::infogain},
     Keyword{"inputdirectory", Token::inputdirectory},
+    Keyword{"insignificant", Token::insignificant},
     Keyword{"laplace", Token::laplace},
     Keyword{"linear", Token::linear},
     Keyword{"ltc", Token::ltc},
@@ -146,6 +155,7 @@ inline constexpr std::array keyword_table = {
     Keyword{"normalize", Token::normalize},
     Keyword{"off", Token::off},
     Keyword{"on", Token::on},
+    Keyword{"path", Token::path},
     Keyword{"pivoted", Token::pivoted},
     Keyword{"rocchio", Token::rocchio},
     Keyword{"save", Token::save},
@@ -153,6 +163,7 @@ inline constexpr std::array keyword_table = {
     Keyword{"scaling", Token::scaling},
     Keyword{"selectivity", Token::selectivity},
     Keyword{"sqrt", Token::sqrt},
+    Keyword{"steps", Token::steps},
     Keyword{"strength", Token::strength},
     Keyword{"termfreq", Token::termfreq},
     Keyword{"termselection", Token::termselection},
@@ -162,6 +173,7 @@ inline constexpr std::array keyword_table = {
     Keyword{"training", Token::training},
     Keyword{"uncertainty", Token::uncertainty},
     Keyword{"vector", Token::vector},
+    Keyword{"walk", Token::walk},
     Keyword{"winnow", Token::winnow},
     Keyword{"winnowfilter", Token::winnowfilter},
 };

@@ -8,7 +8,7 @@
 
 namespace vek {
 
-void poll_directory(const std::string &input, Walk &walk) {
+void poll_directory(const std::string &input, Judge &judge) {
   const Path path(input, "in", "");
   if (!is_directory(path)) {
     report_file_error(path, FileError::directory_missing);
@@ -22,7 +22,7 @@ void poll_directory(const std::string &input, Walk &walk) {
   RankFile file(options.examples_directory(), RankFile::Announce::yes);
   for (const std::string &name : names) {
     Ranks ranks;
-    classify_new_document(name, walk, ranks);
+    classify_new_document(name, judge, ranks);
     file.stream() << ranks.line(name, class_table);
     if (!ranks.empty() && !file.stream())
       abort_run();
@@ -53,12 +53,12 @@ void collect_input_documents(const std::string &directory,
   }
 }
 
-bool classify_new_document(const std::string &name, Walk &walk, Ranks &ranks) {
-  const ClassData &top = class_table.get_data(0);
-  DocProfile &doc = *document_profile(name);
-  Ranks scores_of_sons;
-  walk.score_sons(top, doc, scores_of_sons);
-  const bool significant = walk.classify(top, doc, scores_of_sons, ranks);
+bool classify_new_document(const std::string &name, Judge &judge,
+                           Ranks &ranks) {
+  Answer answer;
+  judge.judge(*document_profile(name), answer);
+  ranks = std::move(answer.ranks);
+  const bool significant = answer.significant;
   const char *verdict = significant ? "significant" : "not significant";
   if (ranks.empty()) {
     logf_if_verbose(4, "classified document `%s' in no class (%s)",

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "learning/classifiers.h"
 #include "support/collection_fixture.h"
 #include "support/plain_winnow.h"
 
@@ -97,7 +98,7 @@ TEST(Winnow, TrainsAsThePlainTrainerToTheLastBit) {
       srand48(seed);
       const std::string lines = PlainWinnow(plain).train();
       srand48(seed);
-      train_winnow(trained.training());
+      train_classes(trained.training(), classifier_of(Algorithm::winnow));
       EXPECT_EQ(result(trained), result(plain)) << "seed " << seed;
       EXPECT_EQ(trained.messages.lines("iteration"), lines) << "seed " << seed;
     }
