@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 
+#include "learning/linear.h"
 #include "learning/rocchio.h"
 #include "learning/sbc.h"
 #include "learning/winnow.h"
@@ -37,6 +38,14 @@ constexpr std::array records = {
                train_sbc,
                restore_sbc_weights,
                write_sbc_settings},
+    Classifier{Algorithm::linear,
+               "Linear",
+               'L',
+               linear_scoring,
+               {ProfileColumns::exact_weight},
+               train_linear,
+               nullptr,
+               write_linear_settings},
 };
 
 }  // namespace
