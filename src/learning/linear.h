@@ -14,9 +14,12 @@
 // Documents are measured by the root of their mean squared length, so that one
 // cost serves any strength and normalisation.
 //
-// A score is 1 + w x + b: 1 on the plane, 0 on the margin of the others. Few of
-// them score below that, which is where the grid of thresholds begins. As it is
-// a sum, it goes on rising where a probability has become 1.
+// A score is w x + b + p, with p what a document on the plane scores. That is
+// 1, so that the others' margin is at 0, where the grid of thresholds begins.
+// If all training documents score above 0, p is so much lower that the lowest
+// does not; and logistic regression, which has no margin, always has its lowest
+// at 0. As a score is a sum, it goes on rising where a probability has
+// become 1.
 #ifndef VEK_LEARNING_LINEAR_H_
 #define VEK_LEARNING_LINEAR_H_
 
@@ -42,13 +45,14 @@ inline constexpr Scoring linear_scoring = {Scoring::Kind::sum,
 
 void write_linear_settings(std::ostream &out, const Params &params);
 
-// Sets weights and biases of the sons of one father, which has documents.
+// Sets weights and biases of the sons of one father, which has documents, and
+// the score on the plane as their thresholds: inner classes keep those.
 // Weights are rounded to single precision: should a sum of the library's end in
 // another last digit on another kind of machine, it vanishes.
 //
 // A son that has all documents has nothing to be told from: it gets the mean of
 // their vectors, and the documents score 1 on average. A son that has none, or
-// a cost of 0, gives weights and a bias of 0.
+// a cost of 0, gives weights and a bias of 0. The threshold is 1 then.
 void train_linear_class(const Training &training, ClassData &father);
 
 }  // namespace vek
