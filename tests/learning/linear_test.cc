@@ -18,9 +18,9 @@ class Linear : public CollectionTest {
 };
 
 // Each class has one document with a term of its own. With that term's weight v
-// in w = v / ln(2), the document of "a" is v + b from the plane and the other b,
-// and 1/2 (v^2 + b^2) + cost * (loss(v + b) + loss(-b)) is smallest where its
-// derivatives are 0, or at a corner of the hinge.
+// in w = v / ln(2), the document of "a" is v + b from the plane and the other
+// b, and 1/2 (v^2 + b^2) + cost * (loss(v + b) + loss(-b)) is smallest where
+// its derivatives are 0, or at a corner of the hinge.
 TEST_F(Linear, FindsTheSolutionsOfSmallProblems) {
   train("d1", {{1, 1}}, {"a"});
   train("d2", {{2, 1}}, {"b"});
