@@ -11,8 +11,11 @@ ClassScorer::ClassScorer(const std::vector<ClassData *> &classes,
                          const Scoring &scoring, const Params &params)
     : kind_(scoring.kind),
       index_(classes),
+      biases_(index_.nr_sums()),
       weights_(index_.nr_places()),
       is_known_(index_.nr_places()) {
+  for (std::size_t i = 0; i < classes.size(); ++i)
+    biases_[i] = classes[i]->profile.bias();
   index_.for_each(classes, [&](std::size_t place, std::uint32_t,
                                const ClassProfileEntry &entry) {
     weights_[place] = scoring.weight(entry, params);
@@ -36,7 +39,7 @@ void ClassScorer::add_up(const DocProfile &doc,
                          std::vector<WeightType> &scores) const {
   std::vector<RowWeight<WeightType>> rows;
   index_.find_rows(doc, rows);
-  scores.assign(index_.nr_sums(), 0.0);
+  scores = biases_;
   index_.add_rows<WeightType>(rows, weights_, scores);
   // Without the padding that add_rows() needs.
   scores.resize(index_.nr_classes());

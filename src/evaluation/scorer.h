@@ -41,6 +41,8 @@ class ClassScorer {
 
   Scoring::Kind kind_;
   InvertedIndex index_;
+  // By sum of the index: what it begins with.
+  std::vector<WeightType> biases_;
   // By place: what the document's weights are multiplied with.
   std::vector<WeightType> weights_;
   // By place: the class knows the term.

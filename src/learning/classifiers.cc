@@ -5,6 +5,7 @@
 
 #include "base/textio.h"
 #include "evaluation/thresholds.h"
+#include "learning/linear.h"
 #include "learning/rocchio.h"
 #include "learning/sbc.h"
 #include "learning/winnow.h"
@@ -42,6 +43,15 @@ constexpr std::array records = {
                train_sbc,
                restore_sbc_weights,
                write_sbc_settings},
+    Classifier{Algorithm::linear,
+               "Linear",
+               'L',
+               linear_scoring,
+               {ProfileColumns::exact_weight},
+               true,
+               train_linear,
+               nullptr,
+               write_linear_settings},
 };
 
 }  // namespace

@@ -272,6 +272,10 @@ void LogMessages::detail(unsigned level, std::string_view text) {
   log_if_verbose(level, text);
 }
 
+void LogMessages::may_stop() {
+  stop_if_requested();
+}
+
 void LogMessages::warning(std::string_view text) {
   vek::warning("%s", std::string(text).c_str());
 }

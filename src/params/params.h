@@ -15,7 +15,12 @@
 namespace vek {
 
 // The classifier of the run; learning/classifiers.h has the record of each.
-enum class Algorithm : std::uint32_t { winnow = 0, rocchio = 1, sbc = 2 };
+enum class Algorithm : std::uint32_t {
+  winnow = 0,
+  rocchio = 1,
+  sbc = 2,
+  linear = 3
+};
 
 // The measure that selects terms.
 enum class TermSelection : std::uint32_t {
@@ -77,6 +82,16 @@ struct SbcParams {
   bool laplace = true;
 };
 
+// What a training document costs a linear machine that has it on the wrong side
+// of the margin; learning/linear.h has the formulas.
+enum class LinearLoss { hinge, squared, logistic };
+
+struct LinearParams {
+  // What a document's loss counts beside the size of the weights.
+  double cost = 1.0;
+  LinearLoss loss = LinearLoss::squared;
+};
+
 struct Params {
   // Where vocabulary, class files and profile store lie.
   std::string data_directory = "data";
@@ -121,6 +136,7 @@ struct Params {
   WinnowParams winnow;
   RocchioParams rocchio;
   SbcParams sbc;
+  LinearParams linear;
 
   // The general settings, a line each, every line with its end, under the
   // classifier's name. The keys of the lines are the labels that the documents

@@ -15,6 +15,7 @@ constexpr std::array training_options = {
     Option{Token::winnow, [](Params &p) { p.algorithm = Algorithm::winnow; }},
     Option{Token::rocchio, [](Params &p) { p.algorithm = Algorithm::rocchio; }},
     Option{Token::sbc, [](Params &p) { p.algorithm = Algorithm::sbc; }},
+    Option{Token::linear, [](Params &p) { p.algorithm = Algorithm::linear; }},
 };
 
 constexpr std::array selection_options = {
@@ -57,6 +58,14 @@ constexpr std::array insignificant_options = {
            [](Params &p) { p.insignificant = Insignificant::none; }},
     Option{Token::best,
            [](Params &p) { p.insignificant = Insignificant::best; }},
+};
+
+constexpr std::array loss_options = {
+    Option{Token::hinge, [](Params &p) { p.linear.loss = LinearLoss::hinge; }},
+    Option{Token::squared,
+           [](Params &p) { p.linear.loss = LinearLoss::squared; }},
+    Option{Token::logistic,
+           [](Params &p) { p.linear.loss = LinearLoss::logistic; }},
 };
 
 constexpr std::array general_keys = {
@@ -133,6 +142,12 @@ constexpr std::array sbc_keys = {
                 NumberValue{[](Params &p) { return &p.sbc.max_signif; }}},
 };
 
+constexpr std::array linear_keys = {
+    ResourceKey{Token::cost,
+                RationalValue{[](Params &p) { return &p.linear.cost; }}},
+    ResourceKey{Token::loss, ChoiceValue{"Loss expected", loss_options}},
+};
+
 constexpr std::array section_table = {
     ResourceSection{Token::general, "invalid general parameter",
                     "general parameter expected", general_keys},
@@ -142,6 +157,8 @@ constexpr std::array section_table = {
                     "Rocchio parameter expected", rocchio_keys},
     ResourceSection{Token::sbc, "invalid SBC parameter",
                     "SBC parameter expected", sbc_keys},
+    ResourceSection{Token::linear, "invalid Linear parameter",
+                    "Linear parameter expected", linear_keys},
 };
 
 // The element of one of the tables that `token` names, null if none.
