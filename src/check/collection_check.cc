@@ -79,6 +79,7 @@ bool CollectionCheck::run() {
   lists_.read(ListKind::train);
   lists_.read(ListKind::test);
   check_documents();
+  check_profiles();
   check_input_directory();
   check_classes();
   return true;
@@ -137,6 +138,21 @@ void CollectionCheck::check_documents() {
     findings_.add(directory, 0, Severity::stop,
                   "the directory of the texts is missing, and with it " +
                       std::to_string(nr_missing) + " documents");
+  }
+}
+
+// A text without a word has none, but so has one for which the analyser failed
+// once, and a stored document is not analysed again.
+void CollectionCheck::check_profiles() {
+  const std::string &data = settings_.data_directory;
+  for (const auto &[name, block] : model_.documents()) {
+    const Path path(settings_.file_directory, name, document_suffix);
+    if (block.size > empty_profile_size || file_size(path) == 0)
+      continue;
+    findings_.add(data, 0, Severity::warning,
+                  "document " + quoted(name) + " is kept without terms: " +
+                      quoted("vek-data forget " + data + " " + name) +
+                      " has it analysed again");
   }
 }
 

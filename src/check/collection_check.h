@@ -33,6 +33,7 @@ class CollectionCheck {
   bool has_directories();
   void check_data_directory();
   void check_documents();
+  void check_profiles();
   bool has_text(const std::string &name) const;
   void check_input_directory();
   void check_classes();

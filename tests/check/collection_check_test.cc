@@ -133,6 +133,11 @@ TEST_F(CollectionCheckTest, FindsDocumentsWithoutTextOrProfile) {
   write_text("data/other", "");
   FileStore *store_P = filestore_open("data/profile-store");
   filestore_put_file(store_P, "c", "", 0);
+  // Two without terms, of which one has a text, and one with a term.
+  filestore_put_file(store_P, "a", "\0\0\0", 4);
+  filestore_put_file(store_P, "odd", "\0\0\0", 4);
+  filestore_put_file(store_P, "good", "\1\0\0\0\0\0\0\0\1\0\0", 12);
+  write_text("files/odd.txt", "odd");
   filestore_close(store_P);
   std::filesystem::remove("files/c.txt");
   std::filesystem::remove("files/e.txt");
@@ -140,6 +145,10 @@ TEST_F(CollectionCheckTest, FindsDocumentsWithoutTextOrProfile) {
     write_text("input/in/"s + name, "");
   const std::string findings =
       "./test:1: stop: there is no file `files/e.txt'\n"
+      "data: warning: document `c' is kept without terms: `vek-data forget "
+      "data c' has it analysed again\n"
+      "data: warning: document `odd' is kept without terms: `vek-data forget "
+      "data odd' has it analysed again\n"
       "input/in: warning: polling would stop: `new.txt' is not in `files'\n";
   EXPECT_EQ(check(), findings);
   // The copy that a crash leaves stands for the index.
