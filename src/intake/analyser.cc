@@ -179,9 +179,10 @@ void Analyser::start_analyser_process() {
     error("cannot fork analyser: %s", std::strerror(errno));
     abort_run();
   }
-  if (pid == 0)
+  if (pid == 0) {
     run_analyser(words, to_child.read_end, from_child.write_end,
                  report.write_end);
+  }
   ::close(to_child.read_end);
   ::close(from_child.write_end);
   ::close(report.write_end);
@@ -323,7 +324,8 @@ int Analyser::milliseconds_left(const std::string &name) const {
   kill(pid_, SIGKILL);
   give_up(name,
           "no answer within " + std::to_string(time_limit_.count()) +
-              " seconds, the limit set by `analysertimeout'",
+              (time_limit_.count() == 1 ? " second" : " seconds") +
+              ", the limit set by `analysertimeout'",
           ETIMEDOUT);
 }
 

@@ -119,7 +119,7 @@ TEST_F(AnalyserTest, ThatFailsEndsTheRun) {
   }
   expect_failure("scripted asked", {"b"}, ETIMEDOUT,
                  "analyser process `scripted asked' failed on document `b': no "
-                 "answer within 1 seconds, the limit set by `analysertimeout'",
+                 "answer within 1 second, the limit set by `analysertimeout'",
                  std::chrono::seconds(1));
 }
 
