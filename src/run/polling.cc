@@ -28,7 +28,7 @@ std::size_t nr_new_documents(const std::string &directory) {
 
 // A text that cannot be read costs its own document and not those of the whole
 // pass; one that is missing, or a system that fails, is no matter of one text.
-bool has_odd_text(const std::string &name) {
+bool has_unreadable_text(const std::string &name) {
   if (data_base.exists(name))
     return false;
   const KeepErrno keep;
@@ -36,8 +36,8 @@ bool has_odd_text(const std::string &name) {
   const TextFile file(path);
   if (file.problem().empty() || errno == ENOENT || is_system_failure())
     return false;
-  warning("document `%s' is skipped: %s: %s", name.c_str(), path.c_str(),
-          file.problem().c_str());
+  warning("polled document `%s' is left out: %s: %s", name.c_str(),
+          path.c_str(), file.problem().c_str());
   return true;
 }
 
@@ -79,7 +79,7 @@ void collect_input_documents(const std::string &directory,
   while (entries.read(entry)) {
     if (!is_input_document(entry, name))
       continue;
-    if (has_odd_text(name))
+    if (has_unreadable_text(name))
       continue;
     profile_document(name);
     names.push_back(name);
