@@ -57,6 +57,9 @@ std::string Params::general_text(std::string_view algorithm_name) const {
   }
   out << "Strength          " << name_of(strength_names, strength) << '\n'
       << "Normalize         " << name_of(normalize_names, normalize) << '\n';
+  // A key that is seldom used leaves no trace elsewhere.
+  if (analyser_timeout != 0)
+    out << "AnalyserTimeout   " << analyser_timeout << '\n';
   return std::move(out).str();
 }
 

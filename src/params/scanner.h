@@ -108,6 +108,7 @@ struct Token {
     laplace = 304,
     selectivity = 307,
     scaling = 308,
+    analysertimeout = 309,
   };
 };
 
@@ -121,6 +122,7 @@ struct Keyword {
 inline constexpr std::array keyword_table = {
     Keyword{"alpha", Token::alpha},
     Keyword{"analyser", Token::analyser_command},
+    Keyword{"analysertimeout", Token::analysertimeout},
     Keyword{"beta", Token::beta},
     Keyword{"bool", Token::boolean},
     Keyword{"cosine", Token::cosine},

@@ -23,6 +23,7 @@ ClassTable class_table;
 Analyser analyser;
 Log log_file;
 TermSet active_terms;
+AnalysisReport analysis_report;
 OutputFile scores;
 
 std::time_t run_clock;
