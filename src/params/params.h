@@ -102,6 +102,8 @@ struct Params {
   // The command line of the analyser. Empty: no process, and the document
   // files hold analysis text themselves.
   std::string analyser = "analyse.pl";
+  // The analyser may take so many seconds for an answer; 0 is no limit.
+  std::uint32_t analyser_timeout = 0;
 
   // The number f of the F-measure.
   double f_parameter = 1.0;

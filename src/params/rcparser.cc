@@ -95,6 +95,8 @@ constexpr std::array general_keys = {
                 StringValue{[](Params &p) { return &p.file_directory; }}},
     ResourceKey{Token::analyser_command,
                 StringValue{[](Params &p) { return &p.analyser; }}},
+    ResourceKey{Token::analysertimeout,
+                NumberValue{[](Params &p) { return &p.analyser_timeout; }}},
     ResourceKey{Token::strength,
                 ChoiceValue{"Strength mode expected", strength_options}},
     ResourceKey{Token::normalize,

@@ -119,6 +119,7 @@ struct Token {
     hinge = 317,
     squared = 318,
     logistic = 319,
+    analysertimeout = 320,
   };
 };
 
@@ -132,6 +133,7 @@ struct Keyword {
 inline constexpr std::array keyword_table = {
     Keyword{"alpha", Token::alpha},
     Keyword{"analyser", Token::analyser_command},
+    Keyword{"analysertimeout", Token::analysertimeout},
     Keyword{"best", Token::best},
     Keyword{"beta", Token::beta},
     Keyword{"bool", Token::boolean},

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <ctime>
 #include <locale>
 #include <sstream>
@@ -45,10 +46,20 @@ bool learns() {
   return has_examples() && !options.xlearning();
 }
 
+void begin_progress() {
+  std::size_t nr_new = 0;
+  for (const std::string &name : listed_documents(options.examples_directory()))
+    nr_new += data_base.exists(name) ? 0 : 1;
+  analysis_report.begin_progress(nr_new);
+}
+
 void collect_examples() {
   log_always(1, "collecting documents...");
+  if (AnalysisReport::shows_progress())
+    begin_progress();
   collect_documents(options.examples_directory(), class_table,
                     profile_document);
+  analysis_report.end_progress();
   data_base.sync();
   report_statistics();
 }
@@ -134,6 +145,7 @@ void close_log() {
   const std::time_t now = std::time(nullptr);
   data_base.release_profiles();
   const KeepErrno keep;
+  analysis_report.tell_empty(params.data_directory);
   log_always(3, std::ctime(&now));
 }
 
@@ -229,7 +241,8 @@ void report_parameters() {
 }
 
 void start_analyser() {
-  analyser.open(params.analyser, params.file_directory);
+  analyser.open(params.analyser, params.file_directory,
+                std::chrono::seconds(params.analyser_timeout));
 }
 
 void open_data_base() {

@@ -24,6 +24,7 @@ Analyser analyser;
 Log log_file;
 TermSet active_terms;
 Judging judging;
+AnalysisReport analysis_report;
 OutputFile scores;
 
 std::time_t run_clock;

@@ -12,6 +12,7 @@
 #include "intake/analyser.h"
 #include "log/log.h"
 #include "params/params.h"
+#include "run/analysis_report.h"
 #include "run/options.h"
 #include "run/statistics.h"
 #include "store/database.h"
@@ -34,6 +35,8 @@ extern Analyser analyser;
 extern TermSet active_terms;
 // What the scores of all classes stand for; empty unless it was learnt.
 extern Judging judging;
+// What is told of the analysis of new documents.
+extern AnalysisReport analysis_report;
 // scores.dat, open while a training run trains and tests.
 extern OutputFile scores;
 

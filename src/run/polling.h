@@ -17,8 +17,8 @@ void poll_directory(const std::string &input, Judge &judge);
 
 // Appends the documents of a directory, in the system's order: its entries
 // for which is_input_document() holds. Each has a stored profile afterwards.
-// Their texts come from where all documents lie; the directory supplies the
-// names only.
+// One whose file cannot be read is left out, with a warning. Their texts come
+// from where all documents lie; the directory supplies the names only.
 void collect_input_documents(const std::string &directory,
                              std::vector<std::string> &names);
 
