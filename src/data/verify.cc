@@ -1,6 +1,5 @@
 #include "data/verify.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,6 +9,7 @@
 #include <vector>
 
 #include "base/helpers.h"
+#include "base/input_file.h"
 #include "base/progress_line.h"
 #include "data/files.h"
 #include "data/names.h"
@@ -74,10 +74,10 @@ bool Verification::check_names(Failure &failure) {
       damage({path(name), "", "no regular file"}, "move it away");
       continue;
     }
-    const int fd =
-        retry([&] { return open(path(name).c_str(), O_RDONLY | O_CLOEXEC); });
+    failure = {path(name), "", ""};
+    const int fd = open_input(path(name), failure.reason);
     if (fd < 0)
-      return fails(path(name), failure);
+      return false;
     close(fd);
     if (is_temporary_file(name))
       note(name, "left by a broken-off run; it can be removed");

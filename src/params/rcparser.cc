@@ -142,6 +142,12 @@ std::span<const ResourceSection> resource_sections() {
   return section_table;
 }
 
+ReadResult read_resource_file(const std::string &path, std::string &text,
+                              std::string &reason) {
+  constexpr std::uint64_t largest_resource_file = std::uint64_t{1} << 26;
+  return read_file(path, text, reason, largest_resource_file);
+}
+
 RcParser::RcParser(Params *params_P, std::string_view input,
                    const char *file_name, Messages &messages)
     : Scanner(Mode::resource, input, file_name, messages),

@@ -1,8 +1,9 @@
 #include "run/driver.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <ctime>
-
 #include <locale>
 #include <sstream>
 #include <string>
@@ -11,6 +12,7 @@
 #include "evaluation/testing.h"
 #include "evaluation/walk.h"
 #include "intake/collection.h"
+#include "learning/bounds.h"
 #include "learning/classifiers.h"
 #include "log/stop.h"
 #include "params/rcparser.h"
@@ -65,6 +67,7 @@ void learn() {
   scores.open(scores_name, OutputFile::Mode::truncate);
   scores << "****TRAIN\n";
   classifier().train(training);
+  warn_of_boundless_weights(training);
   report_statistics();
 }
 
@@ -76,7 +79,13 @@ void close_scores() {
     warning("error writing file `%s'", scores_name);
 }
 
+// Nothing learnt and nothing kept is no model: written, it would pass for one,
+// and take the place of a good one.
 void write_classes() {
+  if (class_table.size() < 2) {
+    warning("no documents and no model: class files are not written");
+    return;
+  }
   data_base.write(classifier().files);
 }
 
@@ -95,6 +104,30 @@ void test_and_poll() {
   data_base.save_vocabulary();
 }
 
+// To be called before the model is read. Where words for it follow anyhow, only
+// with -v.
+void tell_missing_model() {
+  if (data_base.has_classes())
+    return;
+  const std::string text = "no model in data directory `" +
+                           params.data_directory +
+                           "': it takes a run with `save on' or -xt";
+  const bool is_told =
+      data_base.has_data() ? !learns() || params.incremental : !has_examples();
+  if (is_told)
+    log_if_verbose(1, text);
+  else if (!learns())
+    warning("%s", text.c_str());
+}
+
+bool asks_for_words(int argument_count, char **argument_vector) {
+  return std::any_of(argument_vector, argument_vector + argument_count,
+                     [](std::string_view argument) {
+                       return argument.starts_with("-v") ||
+                              argument == "--verbose";
+                     });
+}
+
 void close_log() {
   const std::time_t now = std::time(nullptr);
   data_base.release_profiles();
@@ -107,7 +140,10 @@ void close_log() {
 int run(int argument_count, char **argument_vector) {
   // Whatever a library left behind before the run is no part of its result.
   errno = 0;
+  // The options are not read yet, as errors in them belong into the log.
+  set_verbosity(asks_for_words(argument_count, argument_vector) ? 1 : 0);
   log_file.open(log_name);
+  set_verbosity(0);
   process_command_line(argument_count, argument_vector);
   start_statistics();
   start_analyser();
@@ -154,19 +190,20 @@ void read_resources() {
     path = Path("", options.rc_file(), resource_suffix);
   }
   if (read_parameters(path) != 0)
-    abort_run();
+    abort_run(no_cause);
 }
 
 unsigned read_parameters(const std::string &path) {
   std::string content;
-  const ReadResult result = read_file(path, content);
+  std::string reason;
+  const ReadResult result = read_resource_file(path, content, reason);
   if (result == ReadResult::cannot_open) {
-    report_file_error(path, FileError::open_for_reading);
+    report_file_error(path, FileError::open_for_reading, reason);
     abort_run();
   }
   logf_if_verbose(2, "reading parameters from file `%s'", path.c_str());
   if (result == ReadResult::read_error) {
-    report_file_error(path, FileError::read);
+    report_file_error(path, FileError::read, reason);
     abort_run();
   }
   LogMessages messages;
@@ -199,6 +236,7 @@ void start_analyser() {
 
 void open_data_base() {
   data_base.open(params.data_directory, options.patience());
+  tell_missing_model();
   const ClassFileFormat &format = classifier().files;
   if (learns()) {
     data_base.read(params.incremental, format);
@@ -223,6 +261,7 @@ void test_classes(Walk &walk) {
   LogMessages messages;
   if (!test_top_class({class_table, data_base, walk, params, messages},
                       file.stream())) {
+    explain(file.path(), std::strerror(errno));
     abort_run();
   }
   file.finish();
@@ -233,7 +272,7 @@ void poll_input(Walk &walk) {
     return;
   if (class_table.size() < 2) {
     error("no class profiles available");
-    abort_run();
+    abort_run(no_cause);
   }
   poll_directory(params.input_directory, walk);
 }

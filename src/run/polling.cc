@@ -1,5 +1,8 @@
 #include "run/polling.h"
 
+#include <cerrno>
+#include <cstring>
+
 #include "base/helpers.h"
 #include "intake/lists.h"
 #include "run/globals.h"
@@ -7,6 +10,21 @@
 #include "run/rankfile.h"
 
 namespace vek {
+namespace {
+
+// One odd name must not keep all others from being sorted. A document that is
+// stored needs no request.
+bool is_possible(const std::string &name) {
+  const std::string fault =
+      request_fault(name, Path(params.file_directory, name, document_suffix));
+  if (fault.empty() || data_base.exists(name))
+    return true;
+  warning("polled document `%s' is left out: %s", printable(name).c_str(),
+          fault.c_str());
+  return false;
+}
+
+}  // namespace
 
 void poll_directory(const std::string &input, Walk &walk) {
   const Path path(input, "in", "");
@@ -24,8 +42,10 @@ void poll_directory(const std::string &input, Walk &walk) {
     Ranks ranks;
     classify_new_document(name, walk, ranks);
     file.stream() << ranks.line(name, class_table);
-    if (!ranks.empty() && !file.stream())
+    if (!ranks.empty() && !file.stream()) {
+      explain(file.path(), std::strerror(errno));
       abort_run();
+    }
   }
   file.finish();
 }
@@ -40,7 +60,7 @@ void collect_input_documents(const std::string &directory,
   std::string entry;
   std::string name;
   while (entries.read(entry)) {
-    if (!is_input_document(entry, name))
+    if (!is_input_document(entry, name) || !is_possible(name))
       continue;
     profile_document(name);
     names.push_back(name);

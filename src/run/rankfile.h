@@ -19,10 +19,13 @@ class RankFile {
   // the directory under its temporary name, which is logged first if wanted.
   RankFile(const std::string &directory, Announce announce);
   std::ostream &stream() { return stream_; }
-  // Closes the file and gives it its final name.
+  // Under which it is written.
+  const std::string &path() const { return temporary_path_; }
+  // Puts the file on the disk and gives it its final name.
   void finish();
 
  private:
+  const std::string directory_;
   std::string temporary_path_;
   std::string path_;
   OutputFile stream_;

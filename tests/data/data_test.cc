@@ -127,7 +127,7 @@ TEST_F(DataTest, CompactRefusesWhatItCannotKeep) {
          fs::rename("data/classes", "moved");
          fs::create_symlink("../moved", "data/classes");
        }},
-      {"data/atoms.dat: line 2: format error",
+      {"data/atoms.dat: line 2: the line is empty",
        [] { write_text("data/atoms.dat", "a\n\n"); }},
       {"data.compact/mine: it is in the way",
        [] { write_text("data.compact/mine", ""); }},
