@@ -1,12 +1,18 @@
 #include "check/collection_check.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cstddef>
 #include <string_view>
 #include <vector>
 
 #include "base/helpers.h"
+#include "base/input_file.h"
+#include "check/analyser_check.h"
+#include "check/data_check.h"
 #include "intake/lists.h"
 #include "params/rcparser.h"
 
@@ -14,6 +20,9 @@ namespace vek::checking {
 namespace {
 
 constexpr char resource_suffix[] = ".rc";
+
+// An analyser may have much to read before its first answer.
+constexpr std::chrono::seconds patience(60);
 
 ClassFiles class_files(const Params &settings) {
   return settings.save || settings.incremental ? ClassFiles::written
@@ -52,8 +61,10 @@ void read_resource_file(const std::string &name, Params &settings,
   if (name.empty() && !file_exists(path))
     return;
   std::string text;
-  if (read_file(path, text) != ReadResult::ok) {
-    findings.add(path, 0, Severity::stop, "the resource file cannot be read");
+  std::string reason;
+  if (vek::read_resource_file(path, text, reason) != ReadResult::ok) {
+    findings.add(path, 0, Severity::stop,
+                 "the resource file cannot be read: " + reason);
     return;
   }
   const std::string path_text = path;
@@ -66,7 +77,11 @@ CollectionCheck::CollectionCheck(const std::string &examples,
     : examples_(examples),
       settings_(settings),
       findings_(findings),
-      lists_(examples, class_files(settings), collection_, findings) {}
+      lists_(examples, class_files(settings), collection_, findings),
+      data_(settings.data_directory, keeping::Verification::Depth::quick,
+            [&](const keeping::Finding &damage) {
+              add_damage(settings, damage, findings);
+            }) {}
 
 void CollectionCheck::warn(Place place, const std::string &text) {
   findings_.add(lists_.path(place.kind), place.line, Severity::warning, text);
@@ -75,23 +90,43 @@ void CollectionCheck::warn(Place place, const std::string &text) {
 bool CollectionCheck::run() {
   if (!has_directories())
     return false;
-  check_data_directory();
+  check_log(findings_);
+  check_data(settings_, data_, findings_);
   lists_.read(ListKind::train);
   lists_.read(ListKind::test);
   check_documents();
   check_input_directory();
   check_classes();
+  check_analyser();
   return true;
 }
 
-// Without a data directory there is nothing to check: vek creates it.
-void CollectionCheck::check_data_directory() {
-  Failure failure;
-  if (is_directory(settings_.data_directory) &&
-      !model_.open(settings_.data_directory, failure)) {
-    const std::string place = failure.place.empty() ? "" : failure.place + ": ";
-    findings_.add(failure.file, 0, Severity::stop, place + failure.reason);
+// Asks the analyser for the first text that a run would ask it for, or for any
+// other. Only a run with new documents depends on the answer.
+void CollectionCheck::check_analyser() {
+  const std::string &command = settings_.analyser;
+  if (command.empty())
+    return;
+  std::string path;
+  Severity severity = Severity::warning;
+  for (const auto &[name, document] : collection_.documents) {
+    const Path text(settings_.file_directory, name, document_suffix);
+    std::string reason;
+    const int fd = open_input(text, reason);
+    if (fd < 0)
+      continue;
+    close(fd);
+    const bool is_new = !data_.model().documents().contains(name);
+    if (path.empty() || is_new)
+      path = text;
+    if (!is_new)
+      continue;
+    severity = Severity::stop;
+    break;
   }
+  const std::string fault = analyser_fault(command, path, patience);
+  if (!fault.empty())
+    findings_.add("analyser " + quoted(command), 0, severity, fault);
 }
 
 bool CollectionCheck::has_directories() {
@@ -110,7 +145,7 @@ bool CollectionCheck::has_directories() {
 // A document needs its text only until it has a profile; vek then does not read
 // it again.
 bool CollectionCheck::has_text(const std::string &name) const {
-  return model_.documents().contains(name) ||
+  return data_.model().documents().contains(name) ||
          file_exists(Path(settings_.file_directory, name, document_suffix));
 }
 
@@ -149,8 +184,17 @@ void CollectionCheck::check_input_directory() {
   std::vector<std::string> missing;
   std::string entry;
   std::string name;
+  std::vector<std::string> odd;
   while (entries.read(entry)) {
-    if (is_input_document(entry, name) && !has_text(name))
+    if (!is_input_document(entry, name))
+      continue;
+    const bool is_odd = !request_fault(name, Path(settings_.file_directory,
+                                                  name, document_suffix))
+                             .empty() &&
+                        !data_.model().documents().contains(name);
+    if (is_odd)
+      odd.push_back(entry);
+    else if (!has_text(name))
       missing.push_back(entry);
   }
   // The system names entries in any order; findings come in the same order each
@@ -160,6 +204,14 @@ void CollectionCheck::check_input_directory() {
     findings_.add(path, 0, Severity::warning,
                   "polling would stop: " + quoted(file) + " is not in " +
                       quoted(settings_.file_directory));
+  }
+  std::sort(odd.begin(), odd.end());
+  for (const std::string &file : odd) {
+    const std::string text =
+        Path(settings_.file_directory, file, document_suffix);
+    findings_.add(path, 0, Severity::warning,
+                  "polling would leave out " + quoted(file) + ": " +
+                      request_fault(file, text));
   }
 }
 

@@ -7,7 +7,7 @@
 
 #include "check/findings.h"
 #include "check/list_check.h"
-#include "model/model.h"
+#include "data/verify.h"
 #include "params/params.h"
 
 namespace vek::checking {
@@ -31,7 +31,7 @@ class CollectionCheck {
 
  private:
   bool has_directories();
-  void check_data_directory();
+  void check_analyser();
   void check_documents();
   bool has_text(const std::string &name) const;
   void check_input_directory();
@@ -45,7 +45,7 @@ class CollectionCheck {
   Findings &findings_;
   Collection collection_;
   ListCheck lists_;
-  Model model_;
+  keeping::Verification data_;
 };
 
 }  // namespace vek::checking
