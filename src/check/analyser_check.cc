@@ -114,9 +114,11 @@ std::string AnalyserProcess::start(std::vector<std::string> words) {
 std::string AnalyserProcess::ask(const std::string &path,
                                  Clock::time_point end) {
   const std::string request = path + '\n';
-  // A path is within what a pipe takes at once.
+  // It may be gone already; a path is within what a pipe takes at once.
+  const auto before = std::signal(SIGPIPE, SIG_IGN);
   const ssize_t count =
       retry([&] { return write(to_, request.data(), request.size()); });
+  std::signal(SIGPIPE, before);
   const std::string fault = count < 0 ? "ended" : receive(end);
   if (fault.empty())
     return {};

@@ -9,8 +9,7 @@ namespace vek::checking {
 
 // Starts the analyser with that command line and asks it for the text in the
 // file `path`; for an empty path it is only started. Returns what is wrong, in
-// words; nothing if the answer came whole. The process is gone on return. To be
-// called with SIGPIPE ignored.
+// words; nothing if the answer came whole. The process is gone on return.
 std::string analyser_fault(const std::string &command, const std::string &path,
                            std::chrono::seconds patience);
 

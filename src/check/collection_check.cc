@@ -110,19 +110,20 @@ void CollectionCheck::check_analyser() {
   std::string path;
   Severity severity = Severity::warning;
   for (const auto &[name, document] : collection_.documents) {
+    const bool is_new = !data_.model().documents().contains(name);
+    if (!is_new && !path.empty())
+      continue;
     const Path text(settings_.file_directory, name, document_suffix);
     std::string reason;
     const int fd = open_input(text, reason);
     if (fd < 0)
       continue;
     close(fd);
-    const bool is_new = !data_.model().documents().contains(name);
-    if (path.empty() || is_new)
-      path = text;
-    if (!is_new)
-      continue;
-    severity = Severity::stop;
-    break;
+    path = text;
+    if (is_new) {
+      severity = Severity::stop;
+      break;
+    }
   }
   const std::string fault = analyser_fault(command, path, patience);
   if (!fault.empty())

@@ -78,6 +78,8 @@ void check_data(const Params &settings, keeping::Verification &verification,
     stop(failure.file, words_of(failure), findings);
     return;
   }
+  // A run that begins now is not to be sent away.
+  lock.release();
   check_rights(directory, findings);
   Failure ignored;
   if (!keeping::is_data_directory(directory, ignored))

@@ -1,5 +1,4 @@
 #include <CLI/CLI.hpp>
-#include <csignal>
 #include <cstdio>
 #include <iostream>
 #include <optional>
@@ -44,8 +43,6 @@ int check_collection(const std::string &examples, const std::string &rc_file) {
 }  // namespace
 
 int main(int nr_arguments, char **arguments) {
-  // An analyser may be gone when it is asked.
-  std::signal(SIGPIPE, SIG_IGN);
   vek::CommandLine line(
       "vek-check",
       "Looks at lists, documents and classes as vek would, and tells what\n"

@@ -190,7 +190,7 @@ TEST(AnalysisText, WithMoreThanAThousandErrorsHasTheRestCounted) {
     const Parse parse(atoms, "\"\n" + repeat("[]", nr_errors - 1), "doc");
     EXPECT_EQ(parse.nr_errors, nr_errors - 1);
     const std::string &text = parse.messages.text;
-    EXPECT_EQ(std::ranges::count(text, '\n'), std::min<long>(nr_errors, 1001));
+    EXPECT_EQ(std::ranges::count(text, '\n'), std::min(long(nr_errors), 1001L));
     EXPECT_EQ(text.ends_with("ERROR: file doc: " + std::to_string(nr_errors) +
                              " errors, of which 1000 are shown\n"),
               nr_errors > 1000);
