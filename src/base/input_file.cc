@@ -34,10 +34,9 @@ int open_file(const std::string &path, struct stat &status, bool &is_open,
   } else if (fstat(fd, &status) != 0) {
     const int code = errno;
     drop(fd, reason, code, std::strerror(code));
-  } else if (S_ISDIR(status.st_mode)) {
-    drop(fd, reason, EISDIR, std::strerror(EISDIR));
   } else if (!S_ISREG(status.st_mode)) {
-    drop(fd, reason, EINVAL, "no regular file");
+    drop(fd, reason, S_ISDIR(status.st_mode) ? EISDIR : EINVAL,
+         "no regular file");
   }
   return fd;
 }

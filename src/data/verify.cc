@@ -135,8 +135,11 @@ void Verification::check_store() {
 void Verification::check_overlaps(const StoreReader &store) {
   using Place = std::pair<std::uint32_t, std::int64_t>;
   std::vector<std::pair<Place, const std::string *>> blocks;
-  for (const auto &[name, block] : store.blocks())
-    blocks.push_back({{block.repository_id, block.offset}, &name});
+  for (const auto &[name, block] : store.blocks()) {
+    // An empty one overlaps nothing.
+    if (block.size != 0)
+      blocks.push_back({{block.repository_id, block.offset}, &name});
+  }
   std::ranges::sort(blocks);
   Place end;
   const std::string *before_P = nullptr;

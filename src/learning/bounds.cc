@@ -34,6 +34,7 @@ std::string blame(const Params &params, const ClassProfileEntry &entry) {
       return params.rocchio.beta >= params.rocchio.gamma ? "beta is too large"
                                                          : "gamma is too large";
     case Algorithm::sbc:
+    case Algorithm::linear:
       break;
   }
   return "the documents' weights are too large";

@@ -41,7 +41,7 @@ TEST(ReadFile, RefusesWithoutWaitingWhatIsNoFileOrTooLarge) {
     const char *reason;
   } cases[] = {
       {"missing", ReadResult::cannot_open, ENOENT, "No such file or directory"},
-      {".", ReadResult::read_error, EISDIR, "Is a directory"},
+      {".", ReadResult::read_error, EISDIR, "no regular file"},
       {"fifo", ReadResult::read_error, EINVAL, "no regular file"},
       {"zero", ReadResult::read_error, EINVAL, "no regular file"},
       {"large", ReadResult::read_error, EFBIG, "larger than 4 bytes"},
