@@ -50,13 +50,15 @@ void check_rights(const std::string &directory, Findings &findings) {
 }
 
 // Only a run that goes on reads class files, but for those that wait.
-Severity severity_of(const Params &settings, const std::string &path) {
-  const std::string name = path.substr(path.rfind('/') + 1);
+Severity severity_of(const Params &settings, const Failure &failure) {
+  const std::string name = failure.file.substr(failure.file.rfind('/') + 1);
   const bool is_read = !is_class_file(name) || settings.incremental;
-  // Without an index vek begins a new one.
-  const bool is_missing_index =
-      name == "profile-store.idx" && presence_of(path) == Presence::missing;
-  return is_read && !is_missing_index ? Severity::stop : Severity::warning;
+  // Without an index vek begins a new one, and a profile that is wrong in it
+  // goes unnoticed.
+  const bool is_let_pass = name == "profile-store.idx" &&
+                           (!failure.place.empty() ||
+                            presence_of(failure.file) == Presence::missing);
+  return is_read && !is_let_pass ? Severity::stop : Severity::warning;
 }
 
 }  // namespace
@@ -93,7 +95,7 @@ void add_damage(const Params &settings, const keeping::Finding &damage,
   if (!damage.is_damage())
     return;
   const Failure &failure = damage.failure;
-  findings.add(failure.file, 0, severity_of(settings, failure.file),
+  findings.add(failure.file, 0, severity_of(settings, failure),
                words_of(failure) + "; " + damage.remedy);
 }
 
