@@ -128,7 +128,11 @@ void CollectionCheck::check_analyser() {
       break;
     }
   }
-  const std::string fault = analyser_fault(command, path, patience);
+  const std::string fault =
+      analyser_fault(command, path,
+                     settings_.analyser_timeout == 0
+                         ? patience
+                         : std::chrono::seconds(settings_.analyser_timeout));
   if (!fault.empty())
     findings_.add("analyser " + quoted(command), 0, severity, fault);
 }
