@@ -1,0 +1,204 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <iostream>
+#include <new>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/command_line.h"
+#include "report/comparison.h"
+#include "report/predictions.h"
+#include "report/table.h"
+#include "report/tables.h"
+
+namespace {
+
+using namespace vek::reporting;
+using vek::Failure;
+
+constexpr char program[] = "vek-report";
+
+constexpr int exit_good = 0;
+constexpr int exit_failed = 2;
+
+const std::vector<std::string> table_names = {"summary", "classes", "pairs",
+                                              "documents", "test"};
+
+struct Arguments {
+  std::string run;
+  std::string other;     // empty: no comparison
+  std::string table;     // empty: the usual ones
+  std::string document;  // empty: all
+  std::string sort = "f1";
+  bool reverse = false;
+  bool csv = false;
+  bool json = false;
+  std::optional<std::size_t> nr_lines;  // 0: all
+};
+
+// Cuts tables for a reader: all classes, but the first of what goes on.
+void cut(std::vector<Table> &tables, const Arguments &arguments) {
+  for (Table &table : tables) {
+    std::size_t nr_lines = table.name == "pairs"       ? 10
+                           : table.name == "documents" ? 20
+                                                       : 0;
+    if (!arguments.table.empty())
+      nr_lines = 0;
+    nr_lines = arguments.nr_lines.value_or(nr_lines);
+    if (nr_lines > 0 && !table.is_record && table.name != "summary")
+      table.nr_shown = nr_lines;
+  }
+}
+
+bool wants(const Arguments &arguments, const char *table) {
+  return arguments.table.empty() || arguments.table == table;
+}
+
+std::vector<Table> tables_of_run(const Judged &run,
+                                 const Arguments &arguments) {
+  std::vector<Table> tables;
+  if (wants(arguments, "summary"))
+    tables.push_back(summary_table(run));
+  if (run.figures.nr_documents > 0 && wants(arguments, "classes")) {
+    tables.push_back(
+        class_table(run, arguments.sort,
+                    arguments.reverse ? Order::reverse : Order::usual));
+  }
+  if (run.figures.nr_documents > 0 && wants(arguments, "pairs"))
+    tables.push_back(pair_table(run));
+  if (arguments.table == "documents" ||
+      (arguments.table.empty() && run.figures.nr_documents == 0))
+    tables.push_back(document_table(run));
+  return tables;
+}
+
+std::vector<Table> tables_of_comparison(const Judged &run,
+                                        const Predictions &other,
+                                        const Arguments &arguments) {
+  const Comparison comparison =
+      compare(run.predictions, other, run.names.size());
+  std::vector<Table> tables;
+  if (wants(arguments, "summary"))
+    tables.push_back(compared_summary(comparison));
+  if (wants(arguments, "classes"))
+    tables.push_back(compared_classes(comparison, run.names));
+  if (wants(arguments, "documents"))
+    tables.push_back(
+        changed_documents(comparison, run.predictions, other, run.names));
+  if (wants(arguments, "test"))
+    tables.push_back(test_table(comparison));
+  return tables;
+}
+
+bool make_tables(const Arguments &arguments, std::vector<Table> &tables,
+                 Failure &failure) {
+  ClassNames names;
+  Judged run{names, {}, {}, {}};
+  Predictions other;
+  if (!find_predictions(arguments.run, names, run.predictions, failure))
+    return false;
+  if (!arguments.other.empty() &&
+      !find_predictions(arguments.other, names, other, failure))
+    return false;
+  run.judge();
+  if (!arguments.document.empty()) {
+    const auto &documents = run.predictions.documents;
+    const auto doc_P =
+        std::ranges::find(documents, arguments.document, &Prediction::name);
+    if (doc_P == documents.end()) {
+      failure = {run.predictions.file, "",
+                 "there is no document `" + arguments.document + "'"};
+      return false;
+    }
+    tables = {candidate_table(run, *doc_P)};
+    return true;
+  }
+  tables = arguments.other.empty()
+               ? tables_of_run(run, arguments)
+               : tables_of_comparison(run, other, arguments);
+  return true;
+}
+
+int run(Arguments arguments) {
+  std::ios::sync_with_stdio(false);
+  if (arguments.csv && arguments.table.empty())
+    arguments.table = "classes";
+  std::vector<Table> tables;
+  Failure failure;
+  if (!make_tables(arguments, tables, failure)) {
+    vek::report(program, shown_name(failure.text()));
+    return exit_failed;
+  }
+  if (arguments.json) {
+    print_json(tables, std::cout);
+  } else if (arguments.csv) {
+    for (const Table &table : tables)
+      print_csv(table, std::cout);
+  } else {
+    cut(tables, arguments);
+    print_aligned(tables, std::cout);
+  }
+  std::cout.flush();
+  if (!std::cout) {
+    std::perror(program);
+    return exit_failed;
+  }
+  return exit_good;
+}
+
+// The help tells the names in its own words.
+CLI::Validator one_of(const std::vector<std::string> &names) {
+  return CLI::IsMember(names).description("");
+}
+
+void add_options(CLI::App &app, Arguments &arguments) {
+  app.add_option("run", arguments.run,
+                 "a predictions file, or the examples directory that has one");
+  app.add_option("-c,--compare", arguments.other, "compare with another run")
+      ->type_name("OTHER");
+  app.add_option("-d,--document", arguments.document,
+                 "show the scores of one document")
+      ->type_name("NAME");
+  app.add_option("-t,--table", arguments.table,
+                 "show one table: summary, classes, pairs, documents, test")
+      ->check(one_of(table_names))
+      ->type_name("NAME");
+  app.add_option("-s,--sort", arguments.sort,
+                 "sort classes by that column of theirs")
+      ->check(one_of(class_columns))
+      ->type_name("COLUMN");
+  app.add_flag("-r,--reverse", arguments.reverse, "sort the other way round");
+  app.add_option("-n,--lines", arguments.nr_lines,
+                 "show that many lines of a table, 0: all")
+      ->type_name("NUMBER");
+  app.add_flag("--csv", arguments.csv, "write CSV");
+  app.add_flag("-j,--json", arguments.json, "write JSON");
+}
+
+}  // namespace
+
+int main(int nr_arguments, char **arguments) {
+  vek::CommandLine line(
+      program, "Shows how a run of vek went: figures, confusions, documents.");
+  Arguments values;
+  add_options(line.app(), values);
+  line.app().footer("Exit status: 0 done, 2 failure");
+  if (const std::optional<int> status = line.parse(nr_arguments, arguments))
+    return *status;
+  if (values.run.empty()) {
+    vek::report(program, "a predictions file or a directory is needed");
+    return vek::exit_usage;
+  }
+  if (values.csv && values.json) {
+    vek::report(program, "either --csv or --json");
+    return vek::exit_usage;
+  }
+  try {
+    return run(values);
+  } catch (const std::bad_alloc &) {
+    vek::report(program, "out of memory");
+    return exit_failed;
+  }
+}
