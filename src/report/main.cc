@@ -8,7 +8,9 @@
 #include <vector>
 
 #include "base/command_line.h"
+#include "base/helpers.h"
 #include "report/comparison.h"
+#include "report/page.h"
 #include "report/predictions.h"
 #include "report/table.h"
 #include "report/tables.h"
@@ -32,6 +34,8 @@ struct Arguments {
   std::string table;     // empty: the usual ones
   std::string document;  // empty: all
   std::string sort = "f1";
+  std::string html;   // empty: no page
+  std::string files;  // empty: beside the predictions
   bool reverse = false;
   bool csv = false;
   bool json = false;
@@ -76,9 +80,8 @@ std::vector<Table> tables_of_run(const Judged &run,
 
 std::vector<Table> tables_of_comparison(const Judged &run,
                                         const Predictions &other,
+                                        const Comparison &comparison,
                                         const Arguments &arguments) {
-  const Comparison comparison =
-      compare(run.predictions, other, run.names.size());
   std::vector<Table> tables;
   if (wants(arguments, "summary"))
     tables.push_back(compared_summary(comparison));
@@ -92,6 +95,17 @@ std::vector<Table> tables_of_comparison(const Judged &run,
   return tables;
 }
 
+// The texts' directory: as given, or else `files` beside the predictions, if it
+// is there.
+std::string find_files(const Arguments &arguments, const std::string &file) {
+  if (!arguments.files.empty())
+    return arguments.files;
+  const std::size_t slash = file.rfind('/');
+  const std::string beside =
+      (slash == std::string::npos ? "" : file.substr(0, slash + 1)) + "files";
+  return vek::is_directory(beside) ? beside : "";
+}
+
 bool make_tables(const Arguments &arguments, std::vector<Table> &tables,
                  Failure &failure) {
   ClassNames names;
@@ -103,6 +117,20 @@ bool make_tables(const Arguments &arguments, std::vector<Table> &tables,
       !find_predictions(arguments.other, names, other, failure))
     return false;
   run.judge();
+  std::optional<Comparison> comparison;
+  if (!arguments.other.empty())
+    comparison = compare(run.predictions, other, names.size());
+  if (!arguments.html.empty()) {
+    const std::string files = find_files(arguments, run.predictions.file);
+    if (!arguments.files.empty() && !vek::is_directory(files)) {
+      failure = {files, "", "it is no directory"};
+      return false;
+    }
+    return write_page(
+        arguments.html,
+        make_page({run, &other, comparison ? &*comparison : nullptr, files}),
+        failure);
+  }
   if (!arguments.document.empty()) {
     const auto &documents = run.predictions.documents;
     const auto doc_P =
@@ -115,9 +143,8 @@ bool make_tables(const Arguments &arguments, std::vector<Table> &tables,
     tables = {candidate_table(run, *doc_P)};
     return true;
   }
-  tables = arguments.other.empty()
-               ? tables_of_run(run, arguments)
-               : tables_of_comparison(run, other, arguments);
+  tables = comparison ? tables_of_comparison(run, other, *comparison, arguments)
+                      : tables_of_run(run, arguments);
   return true;
 }
 
@@ -131,12 +158,12 @@ int run(Arguments arguments) {
     vek::report(program, shown_name(failure.text()));
     return exit_failed;
   }
-  if (arguments.json) {
+  if (arguments.json && arguments.html.empty()) {
     print_json(tables, std::cout);
   } else if (arguments.csv) {
     for (const Table &table : tables)
       print_csv(table, std::cout);
-  } else {
+  } else if (arguments.html.empty()) {
     cut(tables, arguments);
     print_aligned(tables, std::cout);
   }
@@ -173,6 +200,11 @@ void add_options(CLI::App &app, Arguments &arguments) {
   app.add_option("-n,--lines", arguments.nr_lines,
                  "show that many lines of a table, 0: all")
       ->type_name("NUMBER");
+  app.add_option("--html", arguments.html, "write a page instead")
+      ->type_name("FILE");
+  app.add_option("--files", arguments.files,
+                 "directory of the texts for the page")
+      ->type_name("DIRECTORY");
   app.add_flag("--csv", arguments.csv, "write CSV");
   app.add_flag("-j,--json", arguments.json, "write JSON");
 }

@@ -130,6 +130,11 @@ nlohmann::ordered_json json_table(const Table &table) {
   return json;
 }
 
+std::string dumped(const nlohmann::ordered_json &json) {
+  return json.dump(-1, ' ', false,
+                   nlohmann::ordered_json::error_handler_t::replace);
+}
+
 // Machines get names with an underline.
 std::string heading(std::string text) {
   std::ranges::replace(text, '_', ' ');
@@ -238,13 +243,15 @@ void print_csv(const Table &table, std::ostream &out) {
   }
 }
 
+std::string json_of(const Table &table) {
+  return dumped(json_table(table));
+}
+
 void print_json(const std::vector<Table> &tables, std::ostream &out) {
   nlohmann::ordered_json json = nlohmann::ordered_json::object();
   for (const Table &table : tables)
     json[table.name] = json_table(table);
-  out << json.dump(-1, ' ', false,
-                   nlohmann::ordered_json::error_handler_t::replace)
-      << '\n';
+  out << dumped(json) << '\n';
 }
 
 }  // namespace vek::reporting

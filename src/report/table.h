@@ -46,7 +46,9 @@ std::string shown_name(std::string_view name);
 void print_aligned(const std::vector<Table> &tables, std::ostream &out);
 // By RFC 4180, with plain line ends; a list of names is separated by blanks.
 void print_csv(const Table &table, std::ostream &out);
-// An object with a member for each table: a list of objects.
+// A list of objects, or of a record one object.
+std::string json_of(const Table &table);
+// An object with a member for each table.
 void print_json(const std::vector<Table> &tables, std::ostream &out);
 
 }  // namespace vek::reporting
