@@ -42,16 +42,17 @@ struct Arguments {
   std::optional<std::size_t> nr_lines;  // 0: all
 };
 
-// Cuts tables for a reader: all classes, but the first of what goes on.
+// Cuts tables for a reader: of what goes on and on there are the first lines,
+// unless it was asked for by its name.
 void cut(std::vector<Table> &tables, const Arguments &arguments) {
   for (Table &table : tables) {
-    std::size_t nr_lines = table.name == "pairs"       ? 10
-                           : table.name == "documents" ? 20
-                                                       : 0;
-    if (!arguments.table.empty())
-      nr_lines = 0;
+    std::size_t nr_lines = 0;
+    if (arguments.table.empty() && table.name == "pairs")
+      nr_lines = 10;
+    if (arguments.table.empty() && table.name == "documents")
+      nr_lines = 20;
     nr_lines = arguments.nr_lines.value_or(nr_lines);
-    if (nr_lines > 0 && !table.is_record && table.name != "summary")
+    if (nr_lines > 0 && table.name != "summary" && !table.is_record)
       table.nr_shown = nr_lines;
   }
 }
@@ -65,15 +66,17 @@ std::vector<Table> tables_of_run(const Judged &run,
   std::vector<Table> tables;
   if (wants(arguments, "summary"))
     tables.push_back(summary_table(run));
-  if (run.figures.nr_documents > 0 && wants(arguments, "classes")) {
+  // New documents alone have no figures.
+  const bool has_figures =
+      run.figures.nr_documents > 0 || !arguments.table.empty();
+  if (has_figures && wants(arguments, "classes")) {
     tables.push_back(
         class_table(run, arguments.sort,
                     arguments.reverse ? Order::reverse : Order::usual));
   }
-  if (run.figures.nr_documents > 0 && wants(arguments, "pairs"))
+  if (has_figures && wants(arguments, "pairs"))
     tables.push_back(pair_table(run));
-  if (arguments.table == "documents" ||
-      (arguments.table.empty() && run.figures.nr_documents == 0))
+  if (!has_figures || arguments.table == "documents")
     tables.push_back(document_table(run));
   return tables;
 }
@@ -106,68 +109,98 @@ std::string find_files(const Arguments &arguments, const std::string &file) {
   return vek::is_directory(beside) ? beside : "";
 }
 
-bool make_tables(const Arguments &arguments, std::vector<Table> &tables,
-                 Failure &failure) {
+// Whatever was read and counted.
+struct Session {
   ClassNames names;
   Judged run{names, {}, {}, {}};
   Predictions other;
-  if (!find_predictions(arguments.run, names, run.predictions, failure))
-    return false;
-  if (!arguments.other.empty() &&
-      !find_predictions(arguments.other, names, other, failure))
-    return false;
-  run.judge();
   std::optional<Comparison> comparison;
-  if (!arguments.other.empty())
-    comparison = compare(run.predictions, other, names.size());
-  if (!arguments.html.empty()) {
-    const std::string files = find_files(arguments, run.predictions.file);
-    if (!arguments.files.empty() && !vek::is_directory(files)) {
-      failure = {files, "", "it is no directory"};
+
+  bool read(const Arguments &arguments, Failure &failure) {
+    if (!find_predictions(arguments.run, names, run.predictions, failure))
       return false;
-    }
-    return write_page(
-        arguments.html,
-        make_page({run, &other, comparison ? &*comparison : nullptr, files}),
-        failure);
+    if (!arguments.other.empty() &&
+        !find_predictions(arguments.other, names, other, failure))
+      return false;
+    run.judge();
+    if (!arguments.other.empty())
+      comparison = compare(run.predictions, other, names.size());
+    return true;
   }
+};
+
+bool write_html(const Session &session, const Arguments &arguments,
+                Failure &failure) {
+  const std::string files = find_files(arguments, session.run.predictions.file);
+  if (!files.empty() && !vek::is_directory(files)) {
+    failure = {files, "", "it is no directory"};
+    return false;
+  }
+  PageInput input{session.run, nullptr, nullptr, files};
+  if (session.comparison) {
+    input.other_P = &session.other;
+    input.comparison_P = &*session.comparison;
+  }
+  return write_page(arguments.html, make_page(input), failure);
+}
+
+bool make_tables(const Session &session, const Arguments &arguments,
+                 std::vector<Table> &tables, Failure &failure) {
+  const Predictions &predictions = session.run.predictions;
   if (!arguments.document.empty()) {
-    const auto &documents = run.predictions.documents;
-    const auto doc_P =
-        std::ranges::find(documents, arguments.document, &Prediction::name);
-    if (doc_P == documents.end()) {
-      failure = {run.predictions.file, "",
+    const auto doc_P = std::ranges::find(predictions.documents,
+                                         arguments.document, &Prediction::name);
+    if (doc_P == predictions.documents.end()) {
+      failure = {predictions.file, "",
                  "there is no document `" + arguments.document + "'"};
       return false;
     }
-    tables = {candidate_table(run, *doc_P)};
+    tables = {candidate_table(session.run, *doc_P)};
     return true;
   }
-  tables = comparison ? tables_of_comparison(run, other, *comparison, arguments)
-                      : tables_of_run(run, arguments);
-  return true;
+  tables = session.comparison
+               ? tables_of_comparison(session.run, session.other,
+                                      *session.comparison, arguments)
+               : tables_of_run(session.run, arguments);
+  if (tables.empty()) {
+    failure = {"--table=" + arguments.table, "",
+               session.comparison ? "a comparison has no such table"
+                                  : "only a comparison has that table"};
+  }
+  return !tables.empty();
+}
+
+void print(std::vector<Table> &tables, const Arguments &arguments) {
+  if (arguments.json) {
+    print_json(tables, std::cout);
+  } else if (arguments.csv) {
+    for (const Table &table : tables)
+      print_csv(table, std::cout);
+  } else {
+    cut(tables, arguments);
+    print_aligned(tables, std::cout);
+  }
+  std::cout.flush();
 }
 
 int run(Arguments arguments) {
   std::ios::sync_with_stdio(false);
   if (arguments.csv && arguments.table.empty())
     arguments.table = "classes";
+  Session session;
   std::vector<Table> tables;
   Failure failure;
-  if (!make_tables(arguments, tables, failure)) {
+  bool is_good = session.read(arguments, failure);
+  if (is_good && !arguments.html.empty())
+    is_good = write_html(session, arguments, failure);
+  else if (is_good)
+    is_good = make_tables(session, arguments, tables, failure);
+  if (!is_good) {
     vek::report(program, shown_name(failure.text()));
     return exit_failed;
   }
-  if (arguments.json && arguments.html.empty()) {
-    print_json(tables, std::cout);
-  } else if (arguments.csv) {
-    for (const Table &table : tables)
-      print_csv(table, std::cout);
-  } else if (arguments.html.empty()) {
-    cut(tables, arguments);
-    print_aligned(tables, std::cout);
-  }
-  std::cout.flush();
+  if (arguments.html.empty())
+    print(tables, arguments);
   if (!std::cout) {
     std::perror(program);
     return exit_failed;
@@ -223,8 +256,8 @@ int main(int nr_arguments, char **arguments) {
     vek::report(program, "a predictions file or a directory is needed");
     return vek::exit_usage;
   }
-  if (values.csv && values.json) {
-    vek::report(program, "either --csv or --json");
+  if (values.csv + values.json + !values.html.empty() > 1) {
+    vek::report(program, "only one of --csv, --json and --html");
     return vek::exit_usage;
   }
   try {

@@ -256,10 +256,36 @@ bool Predictions::has_judged() const {
   return std::ranges::any_of(documents, &Prediction::is_judged);
 }
 
+bool parse_predictions(std::string_view text, const std::string &file,
+                       ClassNames &classes, Predictions &predictions,
+                       Failure &failure) {
+  predictions.file = file;
+  PredictionsParser parser(classes, predictions);
+  const bool is_complete = text.ends_with('\n');
+  std::string_view line;
+  take_line(text, line);
+  std::string wrong = parser.read_header(line);
+  std::size_t number = 1;
+  while (wrong.empty() && take_line(text, line)) {
+    ++number;
+    wrong = parser.read_line(line);
+  }
+  if (wrong.empty() && !is_complete)
+    wrong = "the line has no end: the file is not complete";
+  std::size_t second = 0;
+  if (wrong.empty() && !has_unique_names(predictions, second)) {
+    number = second + 2;
+    wrong = "the document " + quoted(predictions.documents[second].name) +
+            " stands there already";
+  }
+  if (!wrong.empty())
+    failure = {file + ':' + std::to_string(number), "", wrong};
+  return wrong.empty();
+}
+
 bool read_predictions(const std::string &file, ClassNames &classes,
                       Predictions &predictions, Failure &failure) {
   struct stat status = {};
-  std::string content;
   if (stat(file.c_str(), &status) != 0) {
     failure = {file, "", std::strerror(errno)};
     return false;
@@ -271,36 +297,12 @@ bool read_predictions(const std::string &file, ClassNames &classes,
                                        : "it is no regular file"};
     return false;
   }
-  if (read_file(file, content) != ReadResult::ok) {
+  std::string text;
+  if (read_file(file, text) != ReadResult::ok) {
     failure = {file, "", std::strerror(errno)};
     return false;
   }
-  predictions.file = file;
-  PredictionsParser parser(classes, predictions);
-  const auto fail = [&](std::size_t line, const std::string &reason) {
-    failure = {file + ':' + std::to_string(line), "", reason};
-    return false;
-  };
-  std::string_view rest = content;
-  std::string_view line;
-  take_line(rest, line);
-  std::string wrong = parser.read_header(line);
-  std::size_t number = 1;
-  while (wrong.empty() && take_line(rest, line)) {
-    ++number;
-    wrong = parser.read_line(line);
-  }
-  if (wrong.empty() && !content.ends_with('\n'))
-    wrong = "the line has no end: the file is not complete";
-  if (!wrong.empty())
-    return fail(number, wrong);
-  std::size_t second = 0;
-  if (!has_unique_names(predictions, second)) {
-    return fail(second + 2, "the document " +
-                                quoted(predictions.documents[second].name) +
-                                " stands there already");
-  }
-  return true;
+  return parse_predictions(text, file, classes, predictions, failure);
 }
 
 bool find_predictions(const std::string &place, ClassNames &classes,

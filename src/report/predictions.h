@@ -5,6 +5,8 @@
 #ifndef VEK_REPORT_PREDICTIONS_H_
 #define VEK_REPORT_PREDICTIONS_H_
 
+#include <tsl/robin_map.h>
+
 #include <cstdint>
 #include <deque>
 #include <string>
@@ -12,7 +14,6 @@
 #include <vector>
 
 #include "base/failure.h"
-#include "tsl/robin_map.h"
 
 namespace vek::reporting {
 
@@ -59,8 +60,13 @@ struct Predictions {
   bool has_judged() const;
 };
 
-// Reads the file into the empty record. False, with `failure` filled in, if it
-// cannot be read or is damaged.
+// Reads the text of a predictions file into the empty record. False, with
+// `failure` filled in, if it is damaged; `file` is its name for that.
+bool parse_predictions(std::string_view text, const std::string &file,
+                       ClassNames &classes, Predictions &predictions,
+                       Failure &failure);
+
+// The same for a file, which may be what cannot be read, too.
 bool read_predictions(const std::string &file, ClassNames &classes,
                       Predictions &predictions, Failure &failure);
 

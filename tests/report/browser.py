@@ -94,10 +94,11 @@ class Page:
                                ["description"] + "\nin " + script)
         return result["result"].get("value")
 
-    def key(self, name, code):
-        for kind in "rawKeyDown", "keyUp":
+    def key(self, name, code, text=""):
+        for kind in "keyDown", "keyUp":
             self.call("Input.dispatchKeyEvent", type=kind, key=name, code=name,
-                      windowsVirtualKeyCode=code)
+                      windowsVirtualKeyCode=code,
+                      text=text if kind == "keyDown" else "")
 
     def screenshot(self, file, whole=False):
         data = self.call("Page.captureScreenshot", captureBeyondViewport=whole)

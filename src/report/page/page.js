@@ -244,9 +244,9 @@
     const best = (doc) => doc.outcome === "nothing" && doc.ranks.includes(1);
     const almost = documents.filter(best).length;
     if (summary.nothing > 0 && almost > 0) {
-      list.push([link(`${almost} of ${many(summary.nothing, "document")} without a class`,
-        () => showDocuments("all", { label: "no class, though the best score is right", test: best })),
-        " have the highest score for the right one, and it is not above its threshold."]);
+      list.push(["Got no class, though the best score is that of a right one: ",
+        link(`${almost} of ${many(summary.nothing, "document")}`,
+          () => showDocuments("all", { label: "no class, best score right", test: best })), "."]);
     }
     const silent = classes.filter((c) => c.support > 0 && c.correct + c.wrong === 0);
     if (silent.length > 0) {
@@ -371,7 +371,7 @@
     const rows = h("tbody");
     const amount = (value, hue) => h("td", { class: value === 0 ? "zero" : "" }, value.toLocaleString("en"));
     const list = growing(rows, 40, (c) => h("tr", {},
-      h("th", { scope: "row" }, link(bdi(c.name), () => openClass(c.id))),
+      h("th", { scope: "row" }, link(h("bdi", { title: c.name }, c.name), () => openClass(c.id))),
       amount(c.support), amount(c.correct), amount(c.missed), amount(c.wrong),
       h("td", {}, bar(c.precision)), h("td", {}, bar(c.recall)), h("td", {}, bar(c.f1)),
       h("td", {}, percent(c.accuracy, 2))));
@@ -507,7 +507,7 @@
     strongest.set(data.pairs);
     section("confusions", "Confusions",
       "Rows are the classes in which documents are filed, columns those that they got. A number leads to the documents behind it.",
-      h("div", { class: "card" }, h("h3", {}, weight.size > chosen.length
+      h("div", { class: chosen.length > 9 ? "pile" : "columns" }, h("div", { class: "card" }, h("h3", {}, weight.size > chosen.length
         ? `The ${chosen.length} classes that are confused most, of ${weight.size}` : "Confusion matrix"),
         h("div", { class: "scroll" }, h("table", { class: "matrix", id: "matrix" },
           h("caption", { class: "unseen" }, "Documents by the class in which they are filed and the class that they got"),
@@ -515,7 +515,7 @@
             h("span", {}, id < 0 ? h("i", {}, "nothing") : bdi(className(id))))))),
           h("tbody", {}, chosen.map((filed) => h("tr", {}, h("th", { scope: "row", title: className(filed) },
             bdi(className(filed))), columns.map((got) => cell(filed, got)))))))),
-      h("div", { class: "columns" }, h("div", { class: "card" }, h("h3", {}, "The strongest"),
+        h("div", { class: "card" }, h("h3", {}, "The strongest"),
         h("table", {}, h("thead", {}, h("tr", {}, h("th", { scope: "col" }, "Filed in → got"), h("th", { scope: "col" }, "Documents"))), list),
         strongest.more)));
   }
