@@ -19,7 +19,8 @@ program = os.path.abspath(sys.argv[1])
 if browser.find() is None:
     print("skipped: there is no chromium")
     sys.exit(77)
-os.chdir(work := tempfile.mkdtemp())
+directory = tempfile.TemporaryDirectory()
+os.chdir(work := directory.name)
 
 MARKUP = "<script>document.title='run'</script>"
 CLASSES = ["sport/tennis", "sport/cycling", MARKUP, "علوم/فلك", "home", "rare"]
