@@ -104,7 +104,7 @@ CsvReader::Result CsvReader::parse_line() {
       line_.size()) {
     if (csv_error(&parser_) == CSV_ENOMEM)
       throw std::bad_alloc();
-    return give_up("a quote in the wrong place");
+    return give_up("a quote in the wrong place; see --no-quotes");
   }
   // At the end of the source the last row lacks its line end.
   if ((line_.empty() || line_.back() != '\n') &&

@@ -18,6 +18,9 @@ namespace {
 // is nested.
 constexpr int deepest = 30;
 constexpr std::size_t most_parts = 1000;
+// The parser makes objects of these, each many times as large as its line.
+constexpr std::size_t most_boundaries = 100000;
+constexpr std::size_t most_headers = 200000;
 
 template <class Object>
 struct Unref {
@@ -153,6 +156,22 @@ bool is_quoted_separator(std::string_view line) {
          line.substr(begin).starts_with("From ");
 }
 
+// Whether so many lines look like headers or boundaries that the parser would
+// need too much memory.
+bool is_bomb(std::string_view bytes) {
+  std::size_t nr_headers = 0;
+  std::size_t nr_boundaries = 0;
+  while (!bytes.empty()) {
+    const std::size_t end = std::min(bytes.find('\n'), bytes.size() - 1);
+    const std::string_view line = bytes.substr(0, end);
+    nr_boundaries += line.starts_with("--");
+    const std::size_t stop = line.find_first_of(": \t\r");
+    nr_headers += stop != std::string_view::npos && line[stop] == ':';
+    bytes.remove_prefix(end + 1);
+  }
+  return nr_headers > most_headers || nr_boundaries > most_boundaries;
+}
+
 class MboxReader {
  public:
   MboxReader(const Settings &settings, const FilePlace &file, Sink &sink)
@@ -228,6 +247,8 @@ std::string read_message(const std::string &bytes, const Settings &settings,
                          Record &record) {
   static const bool is_ready = (g_mime_init(), true);
   static_cast<void>(is_ready);
+  if (is_bomb(bytes))
+    return "too many headers or parts";
   const Owned<GMimeStream> stream(
       g_mime_stream_mem_new_with_buffer(bytes.data(), bytes.size()));
   const Owned<GMimeParser> parser(g_mime_parser_new_with_stream(stream.get()));

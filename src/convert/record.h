@@ -14,7 +14,8 @@ namespace vek::convert {
 inline constexpr std::size_t longest_text = std::size_t{40} << 20;
 
 struct Record {
-  std::string place;  // in the source: "a/x.txt", "17" (a line), "a/m.mbox:17"
+  // In the source: "a/x.txt", "17" (a line), "a/m.mbox:17"; empty: all of it.
+  std::string place;
   // What the document is known by. With is_id it is the same document in every
   // source. Empty: it has nothing but its text.
   std::string key;

@@ -338,7 +338,7 @@ bool read_file(const FilePlace &file, const Settings &settings, bool is_mail,
   if (!is_filtered && (is_rows(form) || form == Form::mbox)) {
     File input;
     if (const std::string reason = input.open(file.path); !reason.empty()) {
-      sink.reject(name, reason, "");
+      sink.reject(file.name, reason, "");
       return true;
     }
     if (form == Form::mbox) {
@@ -358,13 +358,13 @@ bool read_file(const FilePlace &file, const Settings &settings, bool is_mail,
     return read_rows(form, lines, settings, file, sink, failure);
   }
   Record record;
-  record.place = name;
+  record.place = file.name;
   record.key = file.key.empty() ? name : file.key;
   if (!sink.wants(record.key, false))
     return true;
   const std::string reason = read_document(file, settings, form, record);
   if (!reason.empty()) {
-    sink.reject(name, reason, "");
+    sink.reject(file.name, reason, "");
     return true;
   }
   if (form != Form::mail || settings.classes.empty()) {

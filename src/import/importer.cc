@@ -290,6 +290,7 @@ bool Importer::read_source(const std::string &path,
   has_new_settings_ |= kept == sources_.end() || !(entry == settings);
   entry = settings;
   source_ = path;
+  is_folder_ = is_directory(path);
   settings_P_ = &entry;
   if (!convert::read_source(path, entry, *this, failure))
     return false;
@@ -327,9 +328,9 @@ void Importer::reject(const std::string &place, const std::string &reason,
   new_rejects_ << line << '\n';
   ++nr_new_rejects_;
   if (++nr_shown_ <= most_shown) {
-    report(program_, escaped(source_) +
-                         (std::isdigit(place.front() & 0xFF) ? ":" : "/") +
-                         escaped(place) + ": " + escaped(reason));
+    const char *between_P = place.empty() ? "" : is_folder_ ? "/" : ":";
+    report(program_, escaped(source_) + between_P + escaped(place) + ": " +
+                         escaped(reason));
   } else if (nr_shown_ == most_shown + 1) {
     report(program_, "more of them are only written to " +
                          directory_.path_of(rejects_file));

@@ -103,6 +103,7 @@ class Importer : public convert::Sink {
   double share_ = -1;  // of documents that go to the test list; -1: not known
   std::map<std::string, convert::Settings> sources_;
   std::string source_;  // that is being read
+  bool is_folder_ = false;
   const convert::Settings *settings_P_ = nullptr;
 
   ClassNames classes_;
