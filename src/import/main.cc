@@ -43,8 +43,7 @@ void add_options(CLI::App &app, Arguments &arguments) {
   Settings &settings = arguments.settings;
   app.add_option("paths", arguments.sources,
                  "files or directories of texts, - for standard input; the "
-                 "last one is the examples directory")
-      ->required();
+                 "last one is the examples directory");
   app.add_option("-f,--form", arguments.form,
                  "text, html, mail, mbox, csv, tsv, jsonl or fasttext");
   app.add_option("-t,--text", settings.text, "fields with the text")
