@@ -17,6 +17,8 @@ constexpr std::size_t most_guessed = std::size_t{1} << 20;
 // Of text in UTF-16 without a mark, mostly ASCII. Binary data has its zeros at
 // odd and even places alike.
 std::string detect_utf16(std::string_view text) {
+  if (text.size() % 2 != 0)
+    return "";
   std::size_t nr_zeros[2] = {0, 0};
   text = text.substr(0, most_guessed);
   for (std::size_t i = 0; i < text.size(); ++i)

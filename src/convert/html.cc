@@ -98,14 +98,14 @@ std::string html_text(std::string_view page) {
   handler.endElement = end_element;
   handler.characters = add_characters;
   handler.ignorableWhitespace = add_characters;
-  // A parser that is told the encoding does not look for it in the page.
   const std::unique_ptr<htmlParserCtxt, decltype(&htmlFreeParserCtxt)> parser(
       htmlCreatePushParserCtxt(&handler, &result, nullptr, 0, nullptr,
                                XML_CHAR_ENCODING_UTF8),
       htmlFreeParserCtxt);
   if (!parser)
     throw std::bad_alloc();
-  htmlCtxtUseOptions(parser.get(), HTML_PARSE_NONET | HTML_PARSE_NOERROR |
+  htmlCtxtUseOptions(parser.get(), HTML_PARSE_IGNORE_ENC | HTML_PARSE_NONET |
+                                       HTML_PARSE_NOERROR |
                                        HTML_PARSE_NOWARNING |
                                        HTML_PARSE_RECOVER);
   while (!page.empty()) {

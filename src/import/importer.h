@@ -2,9 +2,6 @@
 #ifndef VEK_IMPORT_IMPORTER_H_
 #define VEK_IMPORT_IMPORTER_H_
 
-#include <tsl/robin_map.h>
-#include <tsl/robin_set.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -19,7 +16,8 @@
 #include "convert/settings.h"
 #include "import/directory.h"
 #include "import/document.h"
-#include "import/naming.h"
+#include "import/examples.h"
+#include "import/staging.h"
 
 namespace vek::importing {
 
@@ -43,15 +41,15 @@ class Importer : public convert::Sink {
   Importer(std::string program, bool is_quiet);
 
   // Opens the directory and reads what is known of it.
-  bool open(const std::string &examples, Failure &failure);
+  bool open(const std::string &path, Failure &failure);
 
   // How much goes to the test list: "0.3", a share, or "500", a number of
   // documents; empty: as before, at first 0.3. False if it was something else
   // before.
   bool set_test(const std::string &test, Failure &failure);
 
-  // Reads a source, with the settings of its first import where `told` is
-  // silent. False if they contradict.
+  // Reads a source, with the settings that are kept of it where `told` is
+  // silent, and keeps them.
   bool read_source(const std::string &path, const convert::Settings &told,
                    Failure &failure);
 
@@ -66,61 +64,32 @@ class Importer : public convert::Sink {
               std::string_view begin) override;
 
  private:
-  bool load_settings(Failure &failure);
-  bool load_documents(Failure &failure);
-  bool load_list(const char *file, Failure &failure);
-  bool load_classes(Failure &failure);
-  bool load_rejects(Failure &failure);
-
   bool set_classes(const convert::Record &record, Document &document,
                    std::string &fields);
   bool is_repeated(const convert::Record &record, const Document &document);
   bool write_text(const convert::Record &record, const Document &document,
                   std::string &name);
   std::uint64_t key_hash(const std::string &key, bool is_id) const;
-  void count_known(const Document &known, const Document &document);
-
-  bool stage_lists(Failure &failure);
-  bool stage_documents(Failure &failure);
-  bool stage_classes(Failure &failure);
-  bool stage_settings(Failure &failure);
-  bool stage_numbers(Failure &failure);
-  bool stage_near(Failure &failure);
-  bool stage_resource_file(Failure &failure);
-  bool stage_rejects(Failure &failure);
-  bool begin_stage(const char *file, OutputFile &output, Failure &failure);
-  bool end_stage(const char *file, OutputFile &output, Failure &failure);
-  bool append_old(const char *file, OutputFile &output, Failure &failure);
+  void withdraw(const std::string &line);
+  bool stage_documents(Staging &staging, Failure &failure);
   void count_documents();
 
   ExamplesDirectory directory_;
   const std::string program_;
   ProgressLine progress_;
-  const bool is_quiet_;
   Summary summary_;
 
-  std::string test_;
-  double share_ = -1;  // of documents that go to the test list; -1: not known
-  std::map<std::string, convert::Settings> sources_;
-  std::string source_;  // that is being read
+  Examples examples_;
+  std::size_t nr_old_ = 0;  // documents
+  std::string source_;      // that is being read
   bool is_folder_ = false;
   const convert::Settings *settings_P_ = nullptr;
 
-  ClassNames classes_;
-  std::size_t nr_old_classes_ = 0;
-  std::vector<Document> documents_;
-  // By key and by content, the place in documents_.
-  tsl::robin_map<std::uint64_t, std::uint32_t> known_;
-  tsl::robin_set<std::uint64_t> names_;  // hashes
-  tsl::robin_set<std::uint64_t> reject_lines_;
   OutputFile new_names_;
   OutputFile new_rejects_;
   std::size_t nr_new_rejects_ = 0;
   std::size_t nr_shown_ = 0;
-  std::size_t most_classes_ = 0;  // of a document
-  std::size_t nr_with_several_ = 0;
   bool has_new_settings_ = false;
-  std::vector<std::string> staged_;
   bool has_failed_ = false;  // while a text was written
   Failure write_failure_;
 };
