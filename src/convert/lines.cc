@@ -9,7 +9,7 @@
 namespace vek::convert {
 namespace {
 
-constexpr std::size_t piece_size = std::size_t{256} << 10;
+constexpr std::size_t piece_size = std::size_t{64} << 10;
 // Of a line that is too long, for the report.
 constexpr std::size_t shown_begin = 200;
 constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
@@ -37,17 +37,17 @@ bool Lines::fill() {
   buffer_.erase(0, begin_);
   begin_ = 0;
   const std::size_t size = buffer_.size();
-  std::string piece(piece_size, '\0');
-  const std::ptrdiff_t count = reader_(piece.data(), piece.size());
+  std::string &piece = transcoder_ ? piece_ : buffer_;
+  const std::size_t begin = transcoder_ ? 0 : size;
+  piece.resize(begin + piece_size);
+  const std::ptrdiff_t count = reader_(piece.data() + begin, piece_size);
   at_end_ = count <= 0;
   has_failed_ = count < 0;
-  piece.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-  if (!transcoder_)
-    buffer_ += piece;
-  else if (at_end_)
-    transcoder_->finish(buffer_);
-  else
+  piece.resize(begin + (at_end_ ? 0 : static_cast<std::size_t>(count)));
+  if (transcoder_ && !at_end_)
     transcoder_->convert(piece, buffer_);
+  else if (transcoder_)
+    transcoder_->finish(buffer_);
   return !at_end_ || buffer_.size() > size;
 }
 

@@ -40,6 +40,7 @@ class Lines {
   ByteReader reader_;
   std::optional<Transcoder> transcoder_;
   std::string buffer_;
+  std::string piece_;  // to be transcoded
   std::size_t begin_ = 0;
   std::uint64_t number_ = 0;
   bool is_first_ = true;
