@@ -88,6 +88,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
       break;
     case 2:
       check_profile(text, vek::ProfileColumns::weight);
+      check_profile(text, vek::ProfileColumns::exact_weight);
       break;
     case 3:
       check_profile(text, vek::ProfileColumns::frequencies);

@@ -39,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
        {settings.f_parameter, settings.selectivity, settings.winnow.alpha,
         settings.winnow.beta, settings.winnow.theta_plus,
         settings.winnow.theta_min, settings.rocchio.beta,
-        settings.rocchio.gamma}) {
+        settings.rocchio.gamma, settings.linear.cost}) {
     require(std::isfinite(number));
   }
   return 0;

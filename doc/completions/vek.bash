@@ -6,7 +6,7 @@ _vek() {
   COMPREPLY=()
   case $before in
     -a | --algorithm)
-      mapfile -t COMPREPLY < <(compgen -W $'W\nR\nS' -- "$word")
+      mapfile -t COMPREPLY < <(compgen -W $'W\nR\nS\nL' -- "$word")
       return
       ;;
     -r | --resource)

@@ -9,7 +9,7 @@ _arguments \
   {-r,--resource}'[specify resource file]:resource file:_files -g "*.rc"' \
   '*'{-v,--verbose}'[be verbose]' \
   '(- *)'{-V,--Version}'[show version]' \
-  {-a,--algorithm}'[specify training algorithm]:algorithm:((W\:Winnow R\:Rocchio S\:SBC))' \
+  {-a,--algorithm}'[specify training algorithm]:algorithm:((W\:Winnow R\:Rocchio S\:SBC L\:Linear))' \
   {-xl,--xlearning}'[exclude learning phase]' \
   {-xt,--xtesting}'[exclude testing phase]' \
   ':examples directory:_files -/'

@@ -90,7 +90,7 @@ class Session {
       if (writes_files_) {
         write_result(path);
       } else if (!answer(path)) {
-        return broken_output();
+        return has_failures_ ? exit_documents_failed : broken_output();
       }
     }
     if (errno != 0) {
@@ -104,15 +104,17 @@ class Session {
  private:
   enum class Outcome { done, skipped, failed };
 
-  // One answer for each request, whatever happens to the document. False if
-  // it could not be written.
+  // False if the session is over: the answer could not be written, or the
+  // document could not be read. An answer says nothing about that, and an empty
+  // one would stand for the document ever after; so there is none.
   bool answer(const std::string &path) {
-    const bool is_done = analysis_.analyse(path);
-    if (!is_done)
-      output_.drop();
+    if (!analysis_.analyse(path)) {
+      note(Outcome::failed);
+      return false;
+    }
     output_.put(end_of_answer);
     output_.flush();
-    note(is_done ? Outcome::done : Outcome::failed);
+    note(Outcome::done);
     return output_.good();
   }
 

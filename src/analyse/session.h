@@ -8,7 +8,7 @@ namespace vek::analysis {
 
 enum ExitStatus {
   exit_good = 0,
-  exit_documents_failed = 1,  // some have no result, the others have theirs
+  exit_documents_failed = 1,  // some have no result
   // 2: see exit_usage in base/command_line.h
   exit_failure = 3,  // the input or the output is broken
 };

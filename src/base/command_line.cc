@@ -5,6 +5,8 @@
 #include <iostream>
 #include <vector>
 
+#include "base/progress_line.h"
+
 namespace vek {
 namespace {
 
@@ -75,6 +77,7 @@ std::optional<int> CommandLine::parse(int nr_arguments,
 void report(std::string_view program, std::string_view message) {
   const std::string line =
       std::string(program) + ": " + std::string(message) + '\n';
+  erase_progress_line();
   // One call, and stderr has no buffer: one write() of the system.
   std::fwrite(line.data(), 1, line.size(), stderr);
 }

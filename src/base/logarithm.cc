@@ -47,7 +47,7 @@ struct Known {
 // replaced, so a result never depends on what was asked before.
 double natural_logarithm(double x) {
   constexpr unsigned place_bits = 15;
-  static std::array<Known, std::size_t{1} << place_bits> table;
+  static thread_local std::array<Known, std::size_t{1} << place_bits> table;
   const std::uint64_t mixed =
       std::bit_cast<std::uint64_t>(x) * 0x9E3779B97F4A7C15;
   Known &known = table[mixed >> (64 - place_bits)];

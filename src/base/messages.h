@@ -31,6 +31,10 @@ class Messages {
   virtual void note(unsigned /*level*/, std::string_view /*text*/) {}
   virtual void detail(unsigned /*level*/, std::string_view /*text*/) {}
 
+  // Said now and then by long work that has nothing to tell: here the program
+  // may be ended.
+  virtual void may_stop() {}
+
   virtual void warning(std::string_view /*text*/) {}
   virtual void error(std::string_view /*text*/) {}
 };

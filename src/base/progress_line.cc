@@ -14,6 +14,8 @@ using namespace std::chrono_literals;
 constexpr std::chrono::milliseconds terminal_interval = 200ms;
 constexpr std::chrono::milliseconds log_interval = 5s;
 
+bool is_line_on_terminal = false;
+
 // "1:02:03"
 std::string hours(double seconds) {
   // Fractions of a second are cut off: the estimate is not that exact.
@@ -73,6 +75,7 @@ void ProgressLine::finish() {
   show(Clock::now());
   if (is_terminal_)
     std::fputc('\n', stderr);
+  is_line_on_terminal = false;
 }
 
 void ProgressLine::show(Clock::time_point now) {
@@ -82,6 +85,14 @@ void ProgressLine::show(Clock::time_point now) {
   // On a terminal over the line before, of which nothing may remain.
   std::fputs((is_terminal_ ? "\r" + line + "\x1B[K" : line + '\n').c_str(),
              stderr);
+  is_line_on_terminal = is_terminal_;
+}
+
+void erase_progress_line() {
+  if (!is_line_on_terminal)
+    return;
+  std::fputs("\r\x1B[K", stderr);
+  is_line_on_terminal = false;
 }
 
 }  // namespace vek

@@ -1,4 +1,4 @@
-// How far a companion is with its documents, in one line on standard error: it
+// How far a program is with its documents, in one line on standard error: it
 // moves on a terminal, and is a new one every few seconds elsewhere, so that a
 // log stays readable.
 #ifndef VEK_BASE_PROGRESS_LINE_H_
@@ -33,7 +33,7 @@ class ProgressLine {
   // A document is done.
   void count(bool was_skipped = false);
 
-  // Writes the last line.
+  // Writes the last line, and leaves it there.
   void finish();
 
  private:
@@ -48,6 +48,10 @@ class ProgressLine {
   Clock::time_point last_shown_ = start_;
   WorkDone work_;
 };
+
+// Removes the line that moves on the terminal, if one stands there, so that a
+// message can take its place. The next document brings it back.
+void erase_progress_line();
 
 }  // namespace vek
 

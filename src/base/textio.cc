@@ -122,6 +122,14 @@ char *put_real(char *out_P, double value, int precision) {
       .ptr;
 }
 
+double as_written(double value) {
+  char digits[real_room];
+  const char *const end_P = put_real(digits, value);
+  double read_back = value;
+  std::from_chars(digits, end_P, read_back);
+  return read_back;
+}
+
 bool take_line(std::string_view &rest, std::string_view &line) {
   if (rest.empty())
     return false;

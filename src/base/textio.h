@@ -42,6 +42,9 @@ inline void append_exact_real(std::string &out, double value) {
   out.append(digits, result.ptr);
 }
 
+// The number that append_real() writes.
+double as_written(double value);
+
 // Cuts the next line off `rest`, without its line end, which the last one may
 // lack. Returns false if there is none.
 bool take_line(std::string_view &rest, std::string_view &line);

@@ -1,6 +1,7 @@
 #include "check/collection_check.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cstddef>
 #include <string_view>
@@ -8,6 +9,7 @@
 
 #include "base/helpers.h"
 #include "intake/lists.h"
+#include "intake/textfile.h"
 #include "params/rcparser.h"
 
 namespace vek::checking {
@@ -79,6 +81,7 @@ bool CollectionCheck::run() {
   lists_.read(ListKind::train);
   lists_.read(ListKind::test);
   check_documents();
+  check_profiles();
   check_input_directory();
   check_classes();
   return true;
@@ -107,11 +110,21 @@ bool CollectionCheck::has_directories() {
   return true;
 }
 
-// A document needs its text only until it has a profile; vek then does not read
-// it again.
-bool CollectionCheck::has_text(const std::string &name) const {
-  return model_.documents().contains(name) ||
-         file_exists(Path(settings_.file_directory, name, document_suffix));
+// Why vek cannot have a document analysed. It needs the text only until there
+// is a profile, and then does not read it again.
+std::optional<CollectionCheck::TextProblem> CollectionCheck::text_problem(
+    const std::string &name) const {
+  if (model_.documents().contains(name))
+    return {};
+  const std::string path =
+      Path(settings_.file_directory, name, document_suffix);
+  const TextFile file(path);
+  if (file.problem().empty())
+    return {};
+  if (errno == ENOENT)
+    return TextProblem{true, "there is no file " + quoted(path)};
+  return TextProblem{
+      false, "file " + quoted(path) + " cannot be read: " + file.problem()};
 }
 
 void CollectionCheck::check_documents() {
@@ -120,23 +133,37 @@ void CollectionCheck::check_documents() {
   const bool has_directory = is_directory(directory);
   std::size_t nr_missing = 0;
   for (const auto &[name, document] : collection_.documents) {
-    if (has_text(name))
+    const std::optional<TextProblem> problem = text_problem(name);
+    if (!problem)
       continue;
     ++nr_missing;
     if (!has_directory)
       continue;
     const bool in_train = document.train_line != 0;
     const ListKind kind = in_train ? ListKind::train : ListKind::test;
-    findings_.add(
-        lists_.path(kind), in_train ? document.train_line : document.test_line,
-        Severity::stop,
-        "there is no file " +
-            quoted(std::string(Path(directory, name, document_suffix))));
+    findings_.add(lists_.path(kind),
+                  in_train ? document.train_line : document.test_line,
+                  Severity::stop, problem->text);
   }
   if (nr_missing != 0 && !has_directory) {
     findings_.add(directory, 0, Severity::stop,
                   "the directory of the texts is missing, and with it " +
                       std::to_string(nr_missing) + " documents");
+  }
+}
+
+// A text without a word has none, but so has one for which the analyser failed
+// once, and a stored document is not analysed again.
+void CollectionCheck::check_profiles() {
+  const std::string &data = settings_.data_directory;
+  for (const auto &[name, block] : model_.documents()) {
+    const Path path(settings_.file_directory, name, document_suffix);
+    if (block.size > empty_profile_size || file_size(path) == 0)
+      continue;
+    findings_.add(data, 0, Severity::warning,
+                  "document " + quoted(name) + " is kept without terms: " +
+                      quoted("vek-data forget " + data + " " + name) +
+                      " has it analysed again");
   }
 }
 
@@ -146,21 +173,23 @@ void CollectionCheck::check_input_directory() {
   Directory entries(path);
   if (entries.failed())
     return;
-  std::vector<std::string> missing;
+  std::vector<std::string> findings;
   std::string entry;
   std::string name;
   while (entries.read(entry)) {
-    if (is_input_document(entry, name) && !has_text(name))
-      missing.push_back(entry);
+    if (!is_input_document(entry, name))
+      continue;
+    if (const auto problem = text_problem(name)) {
+      findings.push_back((problem->is_missing ? "polling would stop at "
+                                              : "polling would leave out ") +
+                         quoted(entry) + ": " + problem->text);
+    }
   }
   // The system names entries in any order; findings come in the same order each
   // time.
-  std::sort(missing.begin(), missing.end());
-  for (const std::string &file : missing) {
-    findings_.add(path, 0, Severity::warning,
-                  "polling would stop: " + quoted(file) + " is not in " +
-                      quoted(settings_.file_directory));
-  }
+  std::sort(findings.begin(), findings.end());
+  for (const std::string &finding : findings)
+    findings_.add(path, 0, Severity::warning, finding);
 }
 
 void CollectionCheck::check_classes() {

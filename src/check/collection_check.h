@@ -3,6 +3,7 @@
 #ifndef VEK_CHECK_COLLECTION_CHECK_H_
 #define VEK_CHECK_COLLECTION_CHECK_H_
 
+#include <optional>
 #include <string>
 
 #include "check/findings.h"
@@ -33,7 +34,12 @@ class CollectionCheck {
   bool has_directories();
   void check_data_directory();
   void check_documents();
-  bool has_text(const std::string &name) const;
+  void check_profiles();
+  struct TextProblem {
+    bool is_missing;
+    std::string text;
+  };
+  std::optional<TextProblem> text_problem(const std::string &name) const;
   void check_input_directory();
   void check_classes();
   void check_class(std::uint32_t id, bool learns, bool measures);

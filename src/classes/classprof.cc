@@ -32,6 +32,9 @@ void append_entry(std::string &out, const ClassProfile::Slot &slot,
   } else if (columns == ProfileColumns::weight) {
     append_real(out, slot.entry.pos_weight);
     out += '\t';
+  } else if (columns == ProfileColumns::exact_weight) {
+    append_exact_real(out, slot.entry.pos_weight);
+    out += '\t';
   }
   out += '\n';
 }
@@ -131,7 +134,13 @@ bool ClassProfile::write(std::ostream &os, std::uint32_t nr_terms,
   text += '\t';
   append_number(text, nr_terms);
   text += '\t';
-  append_real(text, threshold_);
+  if (columns == ProfileColumns::exact_weight) {
+    append_exact_real(text, threshold_);
+    text += '\t';
+    append_exact_real(text, bias_);
+  } else {
+    append_real(text, threshold_);
+  }
   text += '\n';
   for (const Slot &slot : *this) {
     append_entry(text, slot, columns);
@@ -152,6 +161,12 @@ bool ClassProfile::parse(std::string_view text, std::uint32_t &nr_terms,
   if (!fields.read(nr_entries) || !fields.read(nr_terms) ||
       !fields.read(threshold_)) {
     return false;
+  }
+  if (columns == ProfileColumns::exact_weight) {
+    WeightType bias = 0.0;
+    if (!fields.read(bias))
+      return false;
+    set_bias(bias);
   }
   prepare(nr_entries);
   for (std::uint32_t i = 0; i < nr_entries; ++i) {

@@ -35,8 +35,9 @@ struct ClassProfileEntry {
 };
 
 // What a class profile's file has of each term behind its frequencies: nothing
-// more, Winnow's counts of updates, or the one weight.
-enum class ProfileColumns { frequencies, updates, weight };
+// more, Winnow's counts of updates, the one weight, or that weight as exactly
+// as the machine has it; then threshold and bias are in the file as exactly.
+enum class ProfileColumns { frequencies, updates, weight, exact_weight };
 
 class ClassProfile {
  public:
@@ -87,6 +88,11 @@ class ClassProfile {
   WeightType threshold() const { return threshold_; }
   void set_threshold(WeightType threshold) { threshold_ = threshold; }
 
+  // What a score that is a sum begins with; 0 but for linear machines.
+  WeightType bias() const { return bias_; }
+  // Adding 0 makes 0 of -0, which no sum may begin with (see InvertedIndex).
+  void set_bias(WeightType bias) { bias_ = bias + 0.0; }
+
   // Winnow's start weights, as they were set last. Nothing depends on them;
   // they show from where the weights of a trained class began.
   WeightType init_pos_weight() const { return init_pos_weight_; }
@@ -95,7 +101,9 @@ class ClassProfile {
 
   // The text form: a line with the number of entries, `nr_terms` and the
   // threshold, then a line for each entry with the columns. Doubles have six
-  // significant digits. False if the stream fails.
+  // significant digits. With exact weights the first line also has the bias,
+  // and all doubles are the shortest texts that read back as the same. False if
+  // the stream fails.
   bool write(std::ostream &os, std::uint32_t nr_terms,
              ProfileColumns columns) const;
 
@@ -115,6 +123,7 @@ class ClassProfile {
   mutable TermMap places_;
   mutable bool arranged_ = true;
   WeightType threshold_ = 1.0;
+  WeightType bias_ = 0.0;
   WeightType init_pos_weight_ = 0.0;
   WeightType init_neg_weight_ = 0.0;
 };

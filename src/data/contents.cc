@@ -21,8 +21,6 @@ namespace {
 // Objects keep the order in which their members came.
 using Json = nlohmann::ordered_json;
 
-// A profile is the number of its terms, then eight bytes for each.
-constexpr std::uint32_t empty_size = 4;
 constexpr std::uint32_t term_size = 8;
 
 std::string line_of(const Json &value) {
@@ -99,9 +97,10 @@ bool print_info(const std::string &directory, Format format, std::ostream &out,
   Json info;
   const StoreReader::Blocks &blocks = model.documents();
   info["documents"] = blocks.size();
-  info["documents_without_terms"] = std::ranges::count_if(
-      blocks,
-      [](const auto &entry) { return entry.second.size <= empty_size; });
+  info["documents_without_terms"] =
+      std::ranges::count_if(blocks, [](const auto &entry) {
+        return entry.second.size <= empty_profile_size;
+      });
   info["terms"] = model.terms().size();
   info["atoms"] = model.atoms().size();
   if (!add_classes(directory, model, info, failure) ||
@@ -132,10 +131,11 @@ bool print_list(const std::string &directory, Which which, Format format,
   if (!store.open(profile_store_path(directory), failure))
     return false;
   for (const auto &[name, block] : store.blocks()) {
-    if (which == Which::empty && block.size > empty_size)
+    if (which == Which::empty && block.size > empty_profile_size)
       continue;
     const std::uint32_t nr_terms =
-        (std::max(block.size, empty_size) - empty_size) / term_size;
+        (std::max(block.size, empty_profile_size) - empty_profile_size) /
+        term_size;
     if (format == Format::json) {
       out << line_of({{"name", name},
                       {"terms", nr_terms},

@@ -49,13 +49,16 @@ WeightType f_measure(WeightType precision, WeightType recall, double f) {
   return (square + 1.0) * precision * recall / divisor;
 }
 
-ConfusionMatrix::ConfusionMatrix(const ClassTable &classes)
+ConfusionMatrix::ConfusionMatrix(const ClassTable &classes,
+                                 std::optional<std::uint32_t> nr_documents)
     : classes_(classes),
       nr_classes_(static_cast<std::uint32_t>(classes.size())),
+      nr_documents_(nr_documents),
       cells_(std::size_t{nr_rows} * nr_classes_) {}
 
 std::uint32_t ConfusionMatrix::nr_test_documents() const {
-  return static_cast<std::uint32_t>(classes_.get_data(0).test_docs.size());
+  return nr_documents_.value_or(
+      static_cast<std::uint32_t>(classes_.get_data(0).test_docs.size()));
 }
 
 void ConfusionMatrix::enter(std::uint32_t row, std::uint32_t class_id) {

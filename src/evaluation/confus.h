@@ -15,6 +15,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <ostream>
 #include <vector>
 
@@ -25,9 +26,11 @@ namespace vek {
 
 class ConfusionMatrix {
  public:
-  // All counts 0, for the classes that the table holds now. It must outlive the
-  // matrix; its top class knows the test documents.
-  explicit ConfusionMatrix(const ClassTable &classes);
+  // All counts 0, for the classes that the table holds now, which must outlive
+  // the matrix. Without a number of documents, they are the test documents that
+  // the top class knows at any time.
+  explicit ConfusionMatrix(const ClassTable &classes,
+                           std::optional<std::uint32_t> nr_documents = {});
 
   // A class id outside the table stops the program.
   void enterRS(std::uint32_t class_id) { enter(row_rs, class_id); }
@@ -68,6 +71,7 @@ class ConfusionMatrix {
 
   const ClassTable &classes_;
   std::uint32_t nr_classes_;
+  std::optional<std::uint32_t> nr_documents_;
   std::vector<std::uint32_t> cells_;
 };
 

@@ -95,7 +95,7 @@ class InvertedIndex {
 
   // Adds, for one term after the other, values[place] * weight to the sum of
   // each class of the term's row. A full row adds 0 to those that do not know
-  // the term, which changes no sum: none is ever -0.0, since all start at 0.0.
+  // the term, which changes no sum: none is ever -0.0, since none starts there.
   // Number is WeightType or float.
   template <class Number>
   void add_rows(std::span<const RowWeight<Number>> terms,

@@ -1,13 +1,21 @@
 #include "evaluation/scorer.h"
 
+#include <algorithm>
+#include <limits>
+
+#include "base/logarithm.h"
+
 namespace vek {
 
 ClassScorer::ClassScorer(const std::vector<ClassData *> &classes,
                          const Scoring &scoring, const Params &params)
     : kind_(scoring.kind),
       index_(classes),
+      biases_(index_.nr_sums()),
       weights_(index_.nr_places()),
       is_known_(index_.nr_places()) {
+  for (std::size_t i = 0; i < classes.size(); ++i)
+    biases_[i] = classes[i]->profile.bias();
   index_.for_each(classes, [&](std::size_t place, std::uint32_t,
                                const ClassProfileEntry &entry) {
     weights_[place] = scoring.weight(entry, params);
@@ -31,7 +39,7 @@ void ClassScorer::add_up(const DocProfile &doc,
                          std::vector<WeightType> &scores) const {
   std::vector<RowWeight<WeightType>> rows;
   index_.find_rows(doc, rows);
-  scores.assign(index_.nr_sums(), 0.0);
+  scores = biases_;
   index_.add_rows<WeightType>(rows, weights_, scores);
   // Without the padding that add_rows() needs.
   scores.resize(index_.nr_classes());
@@ -55,6 +63,44 @@ void ClassScorer::multiply(const DocProfile &doc,
     for (std::size_t i = 0; i < scores.size(); ++i)
       scores[i] *= factors[i];
   }
+}
+
+void ClassScorer::find_evidence(const DocProfile &doc,
+                                std::vector<WeightType> &evidence) const {
+  if (kind_ == Scoring::Kind::sum) {
+    add_up(doc, evidence);
+    return;
+  }
+  // As multiply(), with sums of logarithms.
+  const WeightType unknown = natural_logarithm(unknown_term_factor);
+  std::vector<WeightType> sums(index_.nr_classes());
+  for (const DocProfileEntry &entry : doc) {
+    for (WeightType &sum : sums)
+      sum += unknown;
+    const std::uint32_t row = index_.row_of(entry.term);
+    if (row == InvertedIndex::no_row)
+      continue;
+    index_.for_each_in_row(row, [&](std::size_t place, std::uint32_t number) {
+      // A weight of 0 counts as one that is very small.
+      if (is_known_[place] != 0) {
+        sums[number] +=
+            natural_logarithm(std::max(weights_[place], 1e-30)) - unknown;
+      }
+    });
+  }
+  evidence.assign(sums.size(), 0.0);
+  if (sums.size() < 2)
+    return;
+  const std::size_t best =
+      std::size_t(std::ranges::max_element(sums) - sums.begin());
+  WeightType second = -std::numeric_limits<WeightType>::infinity();
+  for (std::size_t i = 0; i < sums.size(); ++i) {
+    if (i != best)
+      second = std::max(second, sums[i]);
+  }
+  const WeightType nr_terms = double(std::max<std::size_t>(doc.size(), 1));
+  for (std::size_t i = 0; i < sums.size(); ++i)
+    evidence[i] = (sums[i] - (i == best ? second : sums[best])) / nr_terms;
 }
 
 }  // namespace vek

@@ -28,12 +28,21 @@ class ClassScorer {
   // Sets scores[i] to the score against the i-th class, for each class.
   void score(const DocProfile &doc, std::vector<WeightType> &scores) const;
 
+  // Sets evidence[i] to what probabilities are made from: the score, if it is a
+  // sum. A product soon falls below the least double, and says more the longer
+  // the document is; then it is the logarithm of the odds of the class against
+  // the best of the others, for one term of the document in the mean.
+  void find_evidence(const DocProfile &doc,
+                     std::vector<WeightType> &evidence) const;
+
  private:
   void add_up(const DocProfile &doc, std::vector<WeightType> &scores) const;
   void multiply(const DocProfile &doc, std::vector<WeightType> &scores) const;
 
   Scoring::Kind kind_;
   InvertedIndex index_;
+  // By sum of the index: what it begins with.
+  std::vector<WeightType> biases_;
   // By place: what the document's weights are multiplied with.
   std::vector<WeightType> weights_;
   // By place: the class knows the term.

@@ -6,7 +6,7 @@ WeightType score_document(const Scoring &scoring, const Params &params,
                           const ClassProfile &profile, const DocProfile &doc) {
   // The plain form of the score. All faster ones give the same result.
   const bool is_product = scoring.kind == Scoring::Kind::product;
-  WeightType score = is_product ? 1.0 : 0.0;
+  WeightType score = is_product ? 1.0 : profile.bias();
   for (const DocProfileEntry &entry : doc) {
     const ClassProfileEntry *entry_P = profile.find(entry.term);
     if (is_product) {

@@ -15,8 +15,8 @@ namespace vek {
 inline constexpr WeightType unknown_term_factor = 0.01;
 
 struct Scoring {
-  // Adds up weight times document weight over the terms that the class knows,
-  // or multiplies the weights of all terms of the document.
+  // Adds to the class's bias weight times document weight over the terms that
+  // the class knows, or multiplies the weights of all terms of the document.
   enum class Kind { sum, product };
 
   Kind kind;

@@ -9,9 +9,10 @@ namespace vek {
 namespace {
 
 // Removes the first ranking of a class; false if there is none.
-bool take_ranking(Ranks &ranks, const ClassData *class_data_P) {
-  const auto place =
-      std::ranges::find(ranks, class_data_P, &Ranking::class_data_P);
+bool take_ranking(std::vector<Ranking> &ranks, std::uint32_t class_id) {
+  const auto place = std::ranges::find(
+      ranks, class_id,
+      [](const Ranking &ranking) { return ranking.class_data_P->id; });
   if (place == ranks.end())
     return false;
   ranks.erase(place);
@@ -20,36 +21,40 @@ bool take_ranking(Ranks &ranks, const ClassData *class_data_P) {
 
 }  // namespace
 
+void count_decision(std::vector<Ranking> assigned,
+                    const std::vector<std::uint32_t> &filed_in,
+                    ConfusionMatrix &matrix) {
+  // Each class found is taken out of the ranks, so that only the wrong ones
+  // remain. A document that is filed twice in a class is found there once and
+  // missed once.
+  for (const std::uint32_t id : filed_in) {
+    if (take_ranking(assigned, id)) {
+      matrix.enterRS(id);
+    } else {
+      matrix.enterRNS(id);
+    }
+  }
+  for (const Ranking &ranking : assigned)
+    matrix.enterNRS(ranking.class_data_P->id);
+}
+
 bool test_document(const Testing &testing, const std::string &name,
                    const DocumentMap::ClassList &filed_in,
                    ConfusionMatrix &matrix, std::ostream &rank_file) {
-  const ClassData &top = testing.classes.get_data(0);
   DocProfile &doc = *testing.documents.get(name);
   if (testing.messages.wants(4))
     testing.messages.detail(4,
                             formatted("testing document `%s'", name.c_str()));
-  Ranks scores;
-  testing.walk.score_sons(top, doc, scores);
-  // The rank file has all scores of the top level, before anything is cut.
-  rank_file << scores.line(name, testing.classes);
-  if (!scores.empty() && !rank_file)
+  Answer answer;
+  testing.judge.judge(doc, answer);
+  rank_file << answer.scores.line(name, testing.classes);
+  if (!answer.scores.empty() && !rank_file)
     return false;
-  Ranks ranks;
-  const bool significant = testing.walk.classify(top, doc, scores, ranks);
-  // Each class found is taken out of the ranks, so that only the wrong ones
-  // remain. A document that is filed twice in a class is found there once and
-  // missed once. An insignificant document counts as assigned to no class.
-  for (const ClassData *filed_P : filed_in) {
-    if (significant && take_ranking(ranks, filed_P)) {
-      matrix.enterRS(filed_P->id);
-    } else {
-      matrix.enterRNS(filed_P->id);
-    }
-  }
-  if (significant) {
-    for (const Ranking &ranking : ranks)
-      matrix.enterNRS(ranking.class_data_P->id);
-  }
+  const std::span<const Ranking> assigned = testing.judge.assigned(answer);
+  std::vector<std::uint32_t> ids;
+  for (const ClassData *filed_P : filed_in)
+    ids.push_back(filed_P->id);
+  count_decision({assigned.begin(), assigned.end()}, ids, matrix);
   return true;
 }
 

@@ -5,11 +5,12 @@
 
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "base/messages.h"
 #include "classes/classtab.h"
 #include "evaluation/confus.h"
-#include "evaluation/walk.h"
+#include "evaluation/judge.h"
 #include "intake/documents.h"
 #include "params/params.h"
 
@@ -19,13 +20,19 @@ namespace vek {
 struct Testing {
   const ClassTable &classes;
   Documents &documents;
-  Walk &walk;
+  Judge &judge;
   const Params &params;
   Messages &messages;
 };
 
-// Scores one test document against the sons of the top class, writes its line
-// to the rank file and counts the decision. `filed_in` are the classes in which
+// Counts what a document was assigned to against the ids of the classes in
+// which it was filed.
+void count_decision(std::vector<Ranking> assigned,
+                    const std::vector<std::uint32_t> &filed_in,
+                    ConfusionMatrix &matrix);
+
+// Judges one test document, writes its line to the rank file and counts the
+// decision. `filed_in` are the classes in which
 // it was filed. False if the line could not be written.
 bool test_document(const Testing &testing, const std::string &name,
                    const DocumentMap::ClassList &filed_in,

@@ -27,6 +27,16 @@ const ClassScorer &Walk::scorer_of_sons(const ClassData &father) {
   return *scorer;
 }
 
+bool Walk::take_row(const ClassData &father,
+                    std::vector<WeightType> &scores) const {
+  if (row_P_ == nullptr)
+    return false;
+  scores.clear();
+  for (const ClassData *son_P : father.sons)
+    scores.push_back(row_P_[son_P->id]);
+  return true;
+}
+
 WeightType Walk::decision_threshold(const ClassData &data) const {
   return params_.scaling ? 1.0 : data.profile.threshold();
 }
@@ -61,9 +71,11 @@ void Walk::cut_ranks(const ClassData &father, Ranks &ranks,
 }
 
 void Walk::score_sons(const ClassData &father, DocProfile &doc, Ranks &scores) {
-  doc.weigh(father, params_);
   std::vector<WeightType> unscaled;
-  scorer_of_sons(father).score(doc, unscaled);
+  if (!take_row(father, unscaled)) {
+    doc.weigh(father, params_);
+    scorer_of_sons(father).score(doc, unscaled);
+  }
   scores.clear();
   for (std::size_t i = 0; i < unscaled.size(); ++i) {
     const ClassData *son_P = father.sons[i];
@@ -71,6 +83,14 @@ void Walk::score_sons(const ClassData &father, DocProfile &doc, Ranks &scores) {
                scaled_score(params_, unscaled[i], son_P->profile.threshold()));
   }
   scores.sort();
+}
+
+void Walk::find_evidence(const ClassData &father, DocProfile &doc,
+                         std::vector<WeightType> &evidence) {
+  if (take_row(father, evidence))
+    return;
+  doc.weigh(father, params_);
+  scorer_of_sons(father).find_evidence(doc, evidence);
 }
 
 bool Walk::classify(const ClassData &top, DocProfile &doc, const Ranks &scores,
@@ -81,7 +101,7 @@ bool Walk::classify(const ClassData &top, DocProfile &doc, const Ranks &scores,
   std::vector<Level> levels;
   const auto go_down = [&](const ClassData &father, Ranks sons_scores) {
     if (observer_P != nullptr)
-      observer_P->scored(father, doc, sons_scores);
+      observer_P->scored(father, sons_scores);
     levels.push_back({&father, std::move(sons_scores)});
   };
   go_down(top, scores);

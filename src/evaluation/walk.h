@@ -6,6 +6,7 @@
 
 #include <map>
 #include <memory>
+#include <vector>
 
 #include "classes/classtab.h"
 #include "evaluation/ranks.h"
@@ -25,10 +26,9 @@ class WalkObserver {
  public:
   virtual ~WalkObserver() = default;
 
-  // The sons of `father` have their scaled scores, highest first. `doc` is
-  // weighed against `father`.
-  virtual void scored(const ClassData & /*father*/, const DocProfile & /*doc*/,
-                      const Ranks & /*scores*/) {}
+  // The sons of `father` have their scaled scores, highest first. The document
+  // is weighed against `father`.
+  virtual void scored(const ClassData & /*father*/, const Ranks & /*scores*/) {}
   // The walk goes on to a class below: to its sons, or it is a leaf and joins
   // the answer. `threshold` is what makes the document significant.
   virtual void entered(const ClassData & /*class_data*/,
@@ -51,6 +51,11 @@ class Walk {
   // score for each son, highest first.
   void score_sons(const ClassData &father, DocProfile &doc, Ranks &scores);
 
+  // Weighs the document against the class and sets `evidence` to what speaks
+  // for each of its sons (ClassScorer::find_evidence()), in their order.
+  void find_evidence(const ClassData &father, DocProfile &doc,
+                     std::vector<WeightType> &evidence);
+
   // Walks down the hierarchy below a class that has sons, given the scores of
   // its sons, and leaves in the empty `ranks` the leaf classes that the
   // document belongs to, highest score first: as many as pass their thresholds,
@@ -59,11 +64,17 @@ class Walk {
   bool classify(const ClassData &top, DocProfile &doc, const Ranks &scores,
                 Ranks &ranks, WalkObserver *observer_P = nullptr);
 
+  // Until it is called again: the scores are not made from documents, but taken
+  // from a row that has one for each class id. With a null pointer they are
+  // made again.
+  void take_scores(const WeightType *row_P) { row_P_ = row_P; }
+
   // What a score must exceed: 1.0 for scaled ones.
   WeightType decision_threshold(const ClassData &data) const;
 
  private:
   const ClassScorer &scorer_of_sons(const ClassData &father);
+  bool take_row(const ClassData &father, std::vector<WeightType> &scores) const;
   WeightType least_to_stay(const ClassData &father,
                            const ClassData &data) const;
   void cut_ranks(const ClassData &father, Ranks &ranks,
@@ -71,6 +82,7 @@ class Walk {
 
   const Scoring scoring_;
   const Params &params_;
+  const WeightType *row_P_ = nullptr;
   std::map<const ClassData *, std::unique_ptr<ClassScorer>> scorers_;
 };
 

@@ -3,14 +3,16 @@
 // The program is started once per run, before the data directory is opened,
 // and works in strict turn with this process: a path and a line feed go out
 // over a pipe, an analysis text ended by the byte 0x01 comes back. It is never
-// restarted and never waited for; it learns of the end of the run from the end
-// of its input. Without a command no process runs, and the document files hold
-// the analysis text themselves.
+// restarted and, unless it fails, never waited for; it learns of the end of the
+// run from the end of its input. Without a command no process runs, and the
+// document files hold the analysis text themselves.
 #ifndef VEK_INTAKE_ANALYSER_H_
 #define VEK_INTAKE_ANALYSER_H_
 
 #include <sys/types.h>
 
+#include <chrono>
+#include <cstdint>
 #include <string>
 
 namespace vek {
@@ -24,30 +26,51 @@ class Analyser {
 
   // Remembers where the document files lie, creating that directory if need
   // be, and starts the process if `command` is not empty. Ends the run on
-  // failure; but a program that cannot be executed shows only when it is
-  // asked.
-  void open(const std::string &command, const std::string &file_directory);
+  // failure; but a program that cannot be executed is told of at once and ends
+  // the run only when it is asked. A process that takes longer than
+  // `time_limit` for an answer is killed; 0 is no limit.
+  void open(const std::string &command, const std::string &file_directory,
+            std::chrono::seconds time_limit = {});
 
-  // The analysis text of a document. Ends the run if there is no file for it
+  // The analysis text of a document. Ends the run if its file cannot be read,
   // or if the process has stopped answering. A NUL byte ends the text.
   std::string process(const std::string &name);
+
+  // The size in bytes of the file of the document that was asked for last.
+  std::int64_t text_size() const { return text_size_; }
+
+  // Where the file of a document lies.
+  std::string text_path(const std::string &name) const;
 
   // Closes both pipes. The child is not waited for.
   void close();
 
  private:
+  using Clock = std::chrono::steady_clock;
+
   void start_analyser_process();
   void send_request(const std::string &name, const std::string &path);
   std::string receive_answer(const std::string &name);
   void drop_stray_bytes(const std::string &name);
-  std::string read_analysis(const std::string &name, const std::string &path);
-  [[noreturn]] void give_up(const std::string &name, const char *reason);
+  void wait_in_time(int fd, short event, const std::string &name) const;
+  int milliseconds_left(const std::string &name) const;
+  [[noreturn]] void refuse_text(const std::string &name,
+                                const std::string &path,
+                                const std::string &problem) const;
+  [[noreturn]] void give_up(const std::string &name, const std::string &reason,
+                            int status) const;
+  [[noreturn]] void end_early(const std::string &name) const;
+  std::string how_it_ended() const;
 
   std::string command_;
   std::string file_directory_;
+  std::chrono::seconds time_limit_{};
+  Clock::time_point deadline_;  // of the answer in hand, if there is a limit
   int to_analyser_ = -1;
   int from_analyser_ = -1;
   pid_t pid_ = 0;
+  int start_error_ = 0;  // errno of a program that cannot be executed
+  std::int64_t text_size_ = 0;
 };
 
 }  // namespace vek

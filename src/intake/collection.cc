@@ -56,6 +56,21 @@ void collect_documents(const std::string &examples, ClassTable &classes,
     collect_list(examples, top_id, kind, classes, profile_document);
 }
 
+std::set<std::string> listed_documents(const std::string &examples) {
+  const KeepErrno keep;
+  std::set<std::string> names;
+  for (const ListKind kind : {ListKind::train, ListKind::test}) {
+    std::string text;
+    read_file(Path(examples, list_name(kind), ""), text);
+    ListReader reader(text);
+    std::string line;
+    ListEntry entry;
+    while (reader.next(line) && parse_list_line(line, entry))
+      names.insert(entry.document);
+  }
+  return names;
+}
+
 void collect_list(const std::string &examples, std::uint32_t top_id,
                   ListKind kind, ClassTable &classes,
                   const ProfileDocument &profile_document) {

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 
 #include "classes/classtab.h"
@@ -23,6 +24,10 @@ using ProfileDocument = std::function<void(const std::string &name)>;
 // malformed, or if the class table belongs to another collection.
 void collect_documents(const std::string &examples, ClassTable &classes,
                        const ProfileDocument &profile_document);
+
+// The names of all documents in both lists, as far as these can be read:
+// collection itself tells where they cannot.
+std::set<std::string> listed_documents(const std::string &examples);
 
 void collect_list(const std::string &examples, std::uint32_t top_id,
                   ListKind kind, ClassTable &classes,

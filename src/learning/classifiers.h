@@ -21,8 +21,10 @@ struct Classifier {
   Scoring scoring = {Scoring::Kind::sum, nullptr};
   // What the data directory keeps of it.
   ClassFileFormat files;
-  // Sets the weights and thresholds of all classes from their statistics, which
-  // must be complete.
+  // Its scores can be compared with a threshold.
+  bool has_thresholds = true;
+  // Sets the weights of all classes from their statistics, which must be
+  // complete.
   void (*train)(const Training &training) = nullptr;
   // Sets the weights that no file keeps, because they follow from the
   // statistics. Null if there are none.
@@ -34,6 +36,16 @@ struct Classifier {
 std::span<const Classifier> classifiers();
 
 const Classifier &classifier_of(Algorithm algorithm);
+
+// Sets the weights of all classes from their statistics, which must be
+// complete, and the thresholds of all leaves from the scores of the training
+// documents.
+void train_classes(const Training &training, const Classifier &classifier);
+
+// The same without thresholds, which held-out documents are to set. Numbers of
+// which a file keeps but six digits have these alone, so that a kept model
+// judges as this one does.
+void train_for_judging(const Training &training, const Classifier &classifier);
 
 }  // namespace vek
 

@@ -1,7 +1,6 @@
 #include "learning/rocchio.h"
 
 #include "base/progress.h"
-#include "evaluation/thresholds.h"
 
 namespace vek {
 namespace {
@@ -32,12 +31,6 @@ void train_rocchio(const Training &training) {
     rocchio_sum_sons(training, father);
     rocchio_set_weights(training.params, father);
   });
-  // Scores use the weights that the documents have from the last father in the
-  // order of the table.
-  set_leaf_thresholds(training.classes, training.documents.cache(),
-                      rocchio_scoring, training.params, training.scores,
-                      training.messages);
-  training.documents.clear_cache();
 }
 
 WeightType rocchio_scoring_weight(const ClassProfileEntry &entry,

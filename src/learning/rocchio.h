@@ -21,8 +21,7 @@
 
 namespace vek {
 
-// Trains all fathers of the class table, then sets the thresholds of all
-// leaves.
+// Trains all fathers of the class table.
 void train_rocchio(const Training &training);
 
 // The one weight of an entry.

@@ -2,6 +2,7 @@
 #ifndef VEK_LEARNING_TRAINING_H_
 #define VEK_LEARNING_TRAINING_H_
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <ostream>
@@ -14,6 +15,9 @@
 
 namespace vek {
 
+// The state of the system's 48-bit linear congruential generator.
+using RandomState = std::array<unsigned short, 3>;
+
 // All must outlive the training.
 struct Training {
   ClassTable &classes;
@@ -24,6 +28,9 @@ struct Training {
   // Receives the scores from which the thresholds are made.
   std::ostream &scores;
   Messages &messages;
+  // What the order of Winnow's passes is drawn from. Two trainings that begin
+  // with the same numbers go through their documents in the same orders.
+  mutable RandomState random = {};
 };
 
 // Gathers the statistics of every class over its training documents, whose

@@ -7,7 +7,6 @@
 
 #include "base/progress.h"
 #include "base/require.h"
-#include "evaluation/thresholds.h"
 #include "learning/winnowpass.h"
 
 namespace vek {
@@ -70,13 +69,13 @@ struct PassCounts {
 // tells whether the pass changed anything.
 PassCounts winnow_pass(WinnowPasses &passes,
                        const std::vector<const std::string *> &names,
-                       Messages &messages) {
+                       Messages &messages, RandomState &random) {
   PassCounts counts;
   // Asked once, so that a message that is not wanted costs no time for each
   // document of each pass.
   const bool names_are_told = messages.wants(4);
   for (const std::uint32_t number :
-       make_training_list(static_cast<std::uint32_t>(names.size()))) {
+       make_training_list(static_cast<std::uint32_t>(names.size()), random)) {
     if (names_are_told) {
       messages.detail(
           4, formatted("training document `%s'", names[number]->c_str()));
@@ -98,12 +97,6 @@ void train_winnow(const Training &training) {
                              formatted("trained %u iterations",
                                        train_winnow_class(training, father)));
   });
-  // Scores use the weights that the documents have from the last father in the
-  // order of the table.
-  set_leaf_thresholds(training.classes, training.documents.cache(),
-                      winnow_scoring, training.params, training.scores,
-                      training.messages);
-  training.documents.clear_cache();
 }
 
 WeightType winnow_scoring_weight(const ClassProfileEntry &entry,
@@ -138,7 +131,8 @@ unsigned train_winnow_class(const Training &training, ClassData &father) {
   unsigned nr_passes = 0;
   while (nr_passes < training.params.winnow.max_iters) {
     ++nr_passes;
-    const PassCounts counts = winnow_pass(passes, names, training.messages);
+    const PassCounts counts =
+        winnow_pass(passes, names, training.messages, training.random);
     training.messages.note(
         3, formatted("iteration %u: %d promotions, %d demotions", nr_passes,
                      counts.promotions, counts.demotions));
@@ -166,14 +160,16 @@ void init_winnow_weights(const Params &params, ClassData &data) {
   }
 }
 
-std::vector<std::uint32_t> make_training_list(std::uint32_t nr_docs) {
+std::vector<std::uint32_t> make_training_list(std::uint32_t nr_docs,
+                                              RandomState &random) {
   std::vector<std::uint32_t> list(nr_docs);
   std::iota(list.begin(), list.end(), 0U);
   // Fisher and Yates, from the front: behind step i the first i + 1 places are
   // shuffled. The remainder of 31 random bits favours small numbers by less
   // than nr_docs / 2^31, which is of no consequence here.
   for (std::uint32_t i = 1; i < nr_docs; ++i) {
-    const auto other = static_cast<std::uint32_t>(lrand48() % (long{i} + 1));
+    const auto other =
+        static_cast<std::uint32_t>(nrand48(random.data()) % (long{i} + 1));
     std::swap(list[i], list[other]);
   }
   return list;

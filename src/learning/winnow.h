@@ -28,8 +28,7 @@
 
 namespace vek {
 
-// Trains all fathers of the class table, then sets the thresholds of all
-// leaves.
+// Trains all fathers of the class table.
 void train_winnow(const Training &training);
 
 // The difference of an entry's two weights, or the positive one alone without
@@ -51,10 +50,11 @@ unsigned train_winnow_class(const Training &training, ClassData &father);
 // counts as having the mean 10000.0.
 void init_winnow_weights(const Params &params, ClassData &data);
 
-// The order of a pass: 0 to nr_docs - 1, shuffled by lrand48(). It is never
-// seeded, so each run makes the same sequence of orders, and each pass of a run
-// has an order of its own.
-std::vector<std::uint32_t> make_training_list(std::uint32_t nr_docs);
+// The order of a pass: 0 to nr_docs - 1, shuffled by nrand48(). Each pass draws
+// on where the last one ended, so that it has an order of its own; and as every
+// training begins with the same state, it goes through the same orders again.
+std::vector<std::uint32_t> make_training_list(std::uint32_t nr_docs,
+                                              RandomState &random);
 
 }  // namespace vek
 

@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "base/helpers.h"
+#include "base/progress_line.h"
 #include "log/stop.h"
 
 namespace vek {
@@ -50,6 +51,7 @@ void show(std::string_view prefix, std::string_view text) {
   std::string line(prefix);
   line += to_terminal ? harmless(text) : std::string(text);
   line += '\n';
+  erase_progress_line();
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
@@ -270,6 +272,10 @@ void LogMessages::note(unsigned level, std::string_view text) {
 
 void LogMessages::detail(unsigned level, std::string_view text) {
   log_if_verbose(level, text);
+}
+
+void LogMessages::may_stop() {
+  stop_if_requested();
 }
 
 void LogMessages::warning(std::string_view text) {

@@ -113,6 +113,7 @@ class LogMessages : public Messages {
   bool wants(unsigned level) const override;
   void note(unsigned level, std::string_view text) override;
   void detail(unsigned level, std::string_view text) override;
+  void may_stop() override;
   void warning(std::string_view text) override;
   void error(std::string_view text) override;
 };

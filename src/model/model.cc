@@ -39,17 +39,30 @@ Failure damaged_line(const std::string &path, std::size_t nr_entered) {
   return {path, "line " + std::to_string(nr_entered + 1), "format error"};
 }
 
-// How many tabs end the fields of a line with those columns.
-std::size_t nr_tabs(ProfileColumns columns) {
+// How many tabs the first line has, and how many end the fields of a line with
+// those columns.
+struct NrTabs {
+  std::size_t first;
+  std::size_t other;
+  bool operator==(const NrTabs &) const = default;
+};
+
+NrTabs nr_tabs(ProfileColumns columns) {
   switch (columns) {
     case ProfileColumns::frequencies:
       break;
     case ProfileColumns::weight:
-      return 4;
+      return {2, 4};
+    case ProfileColumns::exact_weight:
+      return {3, 4};
     case ProfileColumns::updates:
-      return 5;
+      return {2, 5};
   }
-  return 3;
+  return {2, 3};
+}
+
+std::size_t count_tabs(std::string_view line) {
+  return static_cast<std::size_t>(std::ranges::count(line, '\t'));
 }
 
 }  // namespace
@@ -197,7 +210,23 @@ bool Model::read_classes(const Classifier &classifier, Failure &failure) {
   }
   if (classifier.restore_weights != nullptr)
     classifier.restore_weights(classes_);
-  return true;
+  return read_judging(failure);
+}
+
+bool Model::read_judging(Failure &failure) {
+  const Path path(directory_, judging_name, "");
+  bool is_there = waiting_class_files_.contains(judging_name);
+  if (!is_there && !look_for(path, is_there, failure))
+    return false;
+  std::string text;
+  if (!is_there)
+    return true;
+  if (!read_class_file(judging_name, text, failure))
+    return false;
+  if (text.empty() || judging_.parse(text, classes_.size()))
+    return true;
+  failure = {path, "", "format error"};
+  return false;
 }
 
 const Classifier *Model::find_classifier(Failure &failure) const {
@@ -207,12 +236,13 @@ const Classifier *Model::find_classifier(Failure &failure) const {
     if (!read_class_file(name, text, failure))
       return nullptr;
     std::string_view rest = text;
+    std::string_view first;
     std::string_view line;
     // The second line is the first entry. A class may have none; the last class
     // is followed by a file that is missing, which ends the search.
-    if (!take_line(rest, line) || !take_line(rest, line))
+    if (!take_line(rest, first) || !take_line(rest, line))
       continue;
-    const auto tabs = static_cast<std::size_t>(std::ranges::count(line, '\t'));
+    const NrTabs tabs = {count_tabs(first), count_tabs(line)};
     for (const Classifier &classifier : classifiers()) {
       if (nr_tabs(classifier.files.columns) == tabs)
         return &classifier;

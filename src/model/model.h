@@ -23,6 +23,7 @@
 
 #include "base/failure.h"
 #include "classes/classtab.h"
+#include "evaluation/judging.h"
 #include "intake/docprof.h"
 #include "learning/classifiers.h"
 #include "model/storereader.h"
@@ -62,6 +63,8 @@ class Model {
 
   // Empty, unless read_classes() was called.
   const ClassTable &classes() const { return classes_; }
+  // What was learnt about their scores; empty if nothing was.
+  const Judging &judging() const { return judging_; }
   // Sets `id` to that of the class with that path below the top class, as
   // `sport/tennis`. False, with `failure` filled in, if there is none.
   bool find_class(const std::string &path, std::uint32_t &id,
@@ -78,6 +81,7 @@ class Model {
  private:
   bool read_vocabulary(Failure &failure);
   bool read_class_set(Failure &failure);
+  bool read_judging(Failure &failure);
   bool read_class_file(const std::string &name, std::string &text,
                        Failure &failure) const;
 
@@ -86,6 +90,7 @@ class Model {
   AtomTable atoms_{pool_};
   TermTable terms_;
   ClassTable classes_;
+  Judging judging_;
   StoreReader store_;
   // Class files that wait to be put in their place.
   std::map<std::string, std::string> waiting_class_files_;

@@ -11,6 +11,9 @@
 
 namespace vek {
 
+// The bytes of a profile without terms: their number. Each takes eight more.
+inline constexpr std::uint32_t empty_profile_size = 4;
+
 class StoreReader {
  public:
   // Where the bytes of a name lie.

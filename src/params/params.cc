@@ -57,6 +57,16 @@ std::string Params::general_text(std::string_view algorithm_name) const {
   }
   out << "Strength          " << name_of(strength_names, strength) << '\n'
       << "Normalize         " << name_of(normalize_names, normalize) << '\n';
+  // A key that is seldom used leaves no trace elsewhere.
+  if (analyser_timeout != 0)
+    out << "AnalyserTimeout   " << analyser_timeout << '\n';
+  // Shown where they are in use.
+  if (held_out != 0)
+    out << "HeldOut           " << held_out << '\n';
+  if (walk == WalkKind::path)
+    out << "Walk              path\n";
+  if (insignificant == Insignificant::best)
+    out << "Insignificant     best\n";
   return std::move(out).str();
 }
 

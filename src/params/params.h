@@ -15,7 +15,12 @@
 namespace vek {
 
 // The classifier of the run; learning/classifiers.h has the record of each.
-enum class Algorithm : std::uint32_t { winnow = 0, rocchio = 1, sbc = 2 };
+enum class Algorithm : std::uint32_t {
+  winnow = 0,
+  rocchio = 1,
+  sbc = 2,
+  linear = 3
+};
 
 // The measure that selects terms.
 enum class TermSelection : std::uint32_t {
@@ -26,6 +31,13 @@ enum class TermSelection : std::uint32_t {
   tfidf = 4,
   infogain = 5,
 };
+
+// How a document is judged: step by step down the hierarchy, sons against their
+// brothers, or by the probability of the whole path to a leaf.
+enum class WalkKind : std::uint32_t { steps = 0, path = 1 };
+
+// What a document gets that scores above no threshold: no class or the best.
+enum class Insignificant : std::uint32_t { none = 0, best = 1 };
 
 // The normalisation of a document's weights, and how a term's frequency
 // becomes its strength. The two share one numbering.
@@ -70,6 +82,16 @@ struct SbcParams {
   bool laplace = true;
 };
 
+// What a training document costs a linear machine that has it on the wrong side
+// of the margin; learning/linear.h has the formulas.
+enum class LinearLoss { hinge, squared, logistic };
+
+struct LinearParams {
+  // What a document's loss counts beside the size of the weights.
+  double cost = 1.0;
+  LinearLoss loss = LinearLoss::squared;
+};
+
 struct Params {
   // Where vocabulary, class files and profile store lie.
   std::string data_directory = "data";
@@ -80,6 +102,8 @@ struct Params {
   // The command line of the analyser. Empty: no process, and the document
   // files hold analysis text themselves.
   std::string analyser = "analyse.pl";
+  // The analyser may take so many seconds for an answer; 0 is no limit.
+  std::uint32_t analyser_timeout = 0;
 
   // The number f of the F-measure.
   double f_parameter = 1.0;
@@ -101,6 +125,12 @@ struct Params {
   std::uint32_t max_ranks = 1;
   std::uint32_t min_ranks = 1;
 
+  // Parts of the training documents that are held out in turn, to learn from
+  // their scores how to judge; 0 or 1: none are.
+  std::uint32_t held_out = 0;
+  WalkKind walk = WalkKind::steps;
+  Insignificant insignificant = Insignificant::none;
+
   Normalize normalize = Normalize::off;
   Strength strength = Strength::freq;
 
@@ -108,6 +138,7 @@ struct Params {
   WinnowParams winnow;
   RocchioParams rocchio;
   SbcParams sbc;
+  LinearParams linear;
 
   // The general settings, a line each, every line with its end, under the
   // classifier's name. The keys of the lines are the labels that the documents

@@ -15,6 +15,7 @@ constexpr std::array training_options = {
     Option{Token::winnow, [](Params &p) { p.algorithm = Algorithm::winnow; }},
     Option{Token::rocchio, [](Params &p) { p.algorithm = Algorithm::rocchio; }},
     Option{Token::sbc, [](Params &p) { p.algorithm = Algorithm::sbc; }},
+    Option{Token::linear, [](Params &p) { p.algorithm = Algorithm::linear; }},
 };
 
 constexpr std::array selection_options = {
@@ -47,6 +48,26 @@ constexpr std::array normalize_options = {
     Option{Token::cosine, [](Params &p) { p.normalize = Normalize::vector; }},
 };
 
+constexpr std::array walk_options = {
+    Option{Token::steps, [](Params &p) { p.walk = WalkKind::steps; }},
+    Option{Token::path, [](Params &p) { p.walk = WalkKind::path; }},
+};
+
+constexpr std::array insignificant_options = {
+    Option{Token::none,
+           [](Params &p) { p.insignificant = Insignificant::none; }},
+    Option{Token::best,
+           [](Params &p) { p.insignificant = Insignificant::best; }},
+};
+
+constexpr std::array loss_options = {
+    Option{Token::hinge, [](Params &p) { p.linear.loss = LinearLoss::hinge; }},
+    Option{Token::squared,
+           [](Params &p) { p.linear.loss = LinearLoss::squared; }},
+    Option{Token::logistic,
+           [](Params &p) { p.linear.loss = LinearLoss::logistic; }},
+};
+
 constexpr std::array general_keys = {
     ResourceKey{Token::fparameter,
                 RationalValue{[](Params &p) { return &p.f_parameter; }}},
@@ -74,10 +95,18 @@ constexpr std::array general_keys = {
                 StringValue{[](Params &p) { return &p.file_directory; }}},
     ResourceKey{Token::analyser_command,
                 StringValue{[](Params &p) { return &p.analyser; }}},
+    ResourceKey{Token::analysertimeout,
+                NumberValue{[](Params &p) { return &p.analyser_timeout; }}},
     ResourceKey{Token::strength,
                 ChoiceValue{"Strength mode expected", strength_options}},
     ResourceKey{Token::normalize,
                 ChoiceValue{"normalize mode expected", normalize_options}},
+    ResourceKey{Token::heldout,
+                NumberValue{[](Params &p) { return &p.held_out; }}},
+    ResourceKey{Token::walk,
+                ChoiceValue{"`steps' or `path' expected", walk_options}},
+    ResourceKey{Token::insignificant, ChoiceValue{"`none' or `best' expected",
+                                                  insignificant_options}},
 };
 
 constexpr std::array winnow_keys = {
@@ -115,6 +144,12 @@ constexpr std::array sbc_keys = {
                 NumberValue{[](Params &p) { return &p.sbc.max_signif; }}},
 };
 
+constexpr std::array linear_keys = {
+    ResourceKey{Token::cost,
+                RationalValue{[](Params &p) { return &p.linear.cost; }}},
+    ResourceKey{Token::loss, ChoiceValue{"Loss expected", loss_options}},
+};
+
 constexpr std::array section_table = {
     ResourceSection{Token::general, "invalid general parameter",
                     "general parameter expected", general_keys},
@@ -124,6 +159,8 @@ constexpr std::array section_table = {
                     "Rocchio parameter expected", rocchio_keys},
     ResourceSection{Token::sbc, "invalid SBC parameter",
                     "SBC parameter expected", sbc_keys},
+    ResourceSection{Token::linear, "invalid Linear parameter",
+                    "Linear parameter expected", linear_keys},
 };
 
 // The element of one of the tables that `token` names, null if none.

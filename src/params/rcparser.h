@@ -7,7 +7,8 @@
 // set before it stays set.
 //
 //   file:    section*
-//   section: '[' ("general" | "winnow" | "rocchio" | "sbc") ']' entry*
+//   section: '[' ("general" | "winnow" | "rocchio" | "sbc" | "linear")
+//            ']' entry*
 //   entry:   key value
 //
 // Which key stands in which section, what its value is and what it sets is the

@@ -1,23 +1,28 @@
 #include "run/driver.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <ctime>
-
 #include <locale>
 #include <sstream>
 #include <string>
+#include <thread>
 
 #include "base/helpers.h"
+#include "evaluation/judge.h"
 #include "evaluation/testing.h"
-#include "evaluation/walk.h"
 #include "intake/collection.h"
+#include "learning/calibrate.h"
 #include "learning/classifiers.h"
+#include "learning/heldout.h"
 #include "log/stop.h"
 #include "params/rcparser.h"
 #include "run/globals.h"
 #include "run/polling.h"
 #include "run/profiling.h"
 #include "run/rankfile.h"
+#include "store/datafiles.h"
 
 namespace vek {
 namespace {
@@ -41,10 +46,20 @@ bool learns() {
   return has_examples() && !options.xlearning();
 }
 
+void begin_progress() {
+  std::size_t nr_new = 0;
+  for (const std::string &name : listed_documents(options.examples_directory()))
+    nr_new += data_base.exists(name) ? 0 : 1;
+  analysis_report.begin_progress(nr_new);
+}
+
 void collect_examples() {
   log_always(1, "collecting documents...");
+  if (AnalysisReport::shows_progress())
+    begin_progress();
   collect_documents(options.examples_directory(), class_table,
                     profile_document);
+  analysis_report.end_progress();
   data_base.sync();
   report_statistics();
 }
@@ -53,6 +68,32 @@ void merge_classes() {
   log_always(1, "analyzing the documents...");
   class_table.gather_documents();
   report_statistics();
+}
+
+// Trains with all documents, and with the scores of held-out ones learns how to
+// judge.
+void learn_with_held_out(const Training &training) {
+  const TrainingSet set(class_table, data_base);
+  const auto nr_parts = static_cast<std::uint32_t>(
+      std::min<std::size_t>(params.held_out, set.documents().size()));
+  train_for_judging(training, classifier());
+  if (nr_parts < 2)
+    return;
+  logf_always(1, "training %s on %u parts of the documents...",
+              classifier().name, nr_parts);
+  const ScoreMatrix matrix = held_out_scores(
+      class_table, set, deal_to_parts(class_table, set, nr_parts), nr_parts,
+      classifier(), params, term_table.size(),
+      std::max(1U, std::thread::hardware_concurrency()));
+  if (classifier().has_thresholds)
+    set_held_out_thresholds(class_table, set, matrix, scores);
+  judging = learn_judging(class_table, set, matrix, nr_parts, params);
+  const ConfusionMatrix counts =
+      judge_held_out(class_table, set, matrix, judging, params);
+  std::ostringstream text;
+  counts.print(text, params.f_parameter);
+  logf_always(1, "judged %zu held-out documents", set.documents().size());
+  log_always(3, text.str());
 }
 
 void learn() {
@@ -64,7 +105,11 @@ void learn() {
   report_statistics();
   scores.open(scores_name, OutputFile::Mode::truncate);
   scores << "****TRAIN\n";
-  classifier().train(training);
+  if (params.held_out < 2) {
+    train_classes(training, classifier());
+  } else {
+    learn_with_held_out(training);
+  }
   report_statistics();
 }
 
@@ -77,12 +122,13 @@ void close_scores() {
 }
 
 void write_classes() {
-  data_base.write(classifier().files);
+  data_base.write(classifier().files,
+                  judging.classes.empty() ? std::string() : judging.text());
 }
 
 void test_and_poll() {
-  Walk walk(classifier().scoring, params);
-  test_classes(walk);
+  Judge judge(class_table, classifier().scoring, params, judging);
+  test_classes(judge);
   close_scores();
   report_statistics();
   if (class_table.has_training_documents() &&
@@ -91,7 +137,7 @@ void test_and_poll() {
   }
   data_base.sync();
   stop_if_requested();
-  poll_input(walk);
+  poll_input(judge);
   data_base.save_vocabulary();
 }
 
@@ -99,6 +145,7 @@ void close_log() {
   const std::time_t now = std::time(nullptr);
   data_base.release_profiles();
   const KeepErrno keep;
+  analysis_report.tell_empty(params.data_directory);
   log_always(3, std::ctime(&now));
 }
 
@@ -194,7 +241,8 @@ void report_parameters() {
 }
 
 void start_analyser() {
-  analyser.open(params.analyser, params.file_directory);
+  analyser.open(params.analyser, params.file_directory,
+                std::chrono::seconds(params.analyser_timeout));
 }
 
 void open_data_base() {
@@ -209,9 +257,21 @@ void open_data_base() {
   data_base.read_weights(format);
   if (classifier().restore_weights != nullptr)
     classifier().restore_weights(class_table);
+  read_judging();
 }
 
-void test_classes(Walk &walk) {
+void read_judging() {
+  std::string text;
+  if (!data_base.read_judging(text) || text.empty() ||
+      judging.parse(text, class_table.size())) {
+    return;
+  }
+  report_file_error(Path(params.data_directory, judging_name, ""),
+                    FileError::read);
+  abort_run();
+}
+
+void test_classes(Judge &judge) {
   if (class_table.size() == 0)
     return;
   const ClassData &top = class_table.get_data(0);
@@ -221,21 +281,21 @@ void test_classes(Walk &walk) {
   logf_always(1, "testing %s on `%s' with %zu documents...", classifier().name,
               class_table.get_name(0).c_str(), top.test_docs.size());
   LogMessages messages;
-  if (!test_top_class({class_table, data_base, walk, params, messages},
+  if (!test_top_class({class_table, data_base, judge, params, messages},
                       file.stream())) {
     abort_run();
   }
   file.finish();
 }
 
-void poll_input(Walk &walk) {
+void poll_input(Judge &judge) {
   if (!options.poll())
     return;
   if (class_table.size() < 2) {
     error("no class profiles available");
     abort_run();
   }
-  poll_directory(params.input_directory, walk);
+  poll_directory(params.input_directory, judge);
 }
 
 }  // namespace vek

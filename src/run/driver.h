@@ -9,7 +9,7 @@
 
 #include <string>
 
-#include "evaluation/walk.h"
+#include "evaluation/judge.h"
 
 namespace vek {
 
@@ -31,12 +31,14 @@ void report_parameters();
 
 void start_analyser();
 void open_data_base();
+// Reads what a kept model has learnt about its scores, if it has.
+void read_judging();
 // The test run, over the top class: writes a rank file into the examples
 // directory, which gets its final name when it is complete. Without sons or
 // test documents nothing happens.
-void test_classes(Walk &walk);
+void test_classes(Judge &judge);
 // Polls if asked to. Ends the run if there are no classes to classify with.
-void poll_input(Walk &walk);
+void poll_input(Judge &judge);
 
 }  // namespace vek
 

@@ -23,6 +23,8 @@ ClassTable class_table;
 Analyser analyser;
 Log log_file;
 TermSet active_terms;
+Judging judging;
+AnalysisReport analysis_report;
 OutputFile scores;
 
 std::time_t run_clock;

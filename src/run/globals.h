@@ -8,9 +8,11 @@
 #include "base/output_file.h"
 #include "classes/classtab.h"
 #include "classes/termset.h"
+#include "evaluation/judging.h"
 #include "intake/analyser.h"
 #include "log/log.h"
 #include "params/params.h"
+#include "run/analysis_report.h"
 #include "run/options.h"
 #include "run/statistics.h"
 #include "store/database.h"
@@ -31,6 +33,10 @@ extern Analyser analyser;
 // The terms that passed selection in some class. Empty means that no selection
 // has been made, and then no term is filtered out.
 extern TermSet active_terms;
+// What the scores of all classes stand for; empty unless it was learnt.
+extern Judging judging;
+// What is told of the analysis of new documents.
+extern AnalysisReport analysis_report;
 // scores.dat, open while a training run trains and tests.
 extern OutputFile scores;
 

@@ -37,6 +37,7 @@ void profile_document(const std::string &name) {
   logf_if_verbose(3, "profiling document `%s'", name.c_str());
   TermBag bag;
   analyse_document(name, bag);
+  analysis_report.count(name, bag.empty() && analyser.text_size() > 0);
   DocProfile profile;
   add_to_profile(bag, profile);
   data_base.put(name, profile);

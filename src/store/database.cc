@@ -215,7 +215,17 @@ bool DataBase::read_class_weights(ClassData &data,
   return true;
 }
 
-void DataBase::write(const ClassFileFormat &format) {
+bool DataBase::read_judging(std::string &text) {
+  const Path path(data_dir_, judging_name, "");
+  const KeepErrno keep;
+  if (!has_data_ || !file_is_there(path))
+    return false;
+  text = must_read(path);
+  return true;
+}
+
+void DataBase::write(const ClassFileFormat &format,
+                     const std::string &judging) {
   std::uint32_t bad_id = 0;
   if (!classes_.all_names_storable(bad_id)) {
     error("class name `%s' cannot be stored, class files are not written",
@@ -227,6 +237,9 @@ void DataBase::write(const ClassFileFormat &format) {
   add_file("classes", [&](std::ostream &os) { return classes_.write(os); });
   for (auto &[key, data] : classes_)
     add_class_profile(data.id, format);
+  std::string old_judging;
+  if (!judging.empty() || read_judging(old_judging))
+    class_files_.add(judging_name, judging);
   class_files_.replace();
 }
 

@@ -60,9 +60,13 @@ class DataBase : public Documents {
   // There is a class table to be read.
   bool has_classes() const;
 
-  // Writes class table, class profiles and classifier weights. What is there
-  // is replaced, all of it or, if the run ends in between, none.
-  void write(const ClassFileFormat &format);
+  // Sets `text` to what write() was given for judging; false if there is none.
+  bool read_judging(std::string &text);
+
+  // Writes class table, class profiles, classifier weights, and the text for
+  // judging, unless it is empty and there never was one. What is there is
+  // replaced, all of it or, if the run ends in between, none.
+  void write(const ClassFileFormat &format, const std::string &judging);
 
   // Has the store put on disk what it holds, the vocabulary first.
   void sync();

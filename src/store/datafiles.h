@@ -47,9 +47,12 @@ inline std::string class_file_name(std::uint32_t class_id,
   return "class" + std::to_string(class_id) + std::string(suffix);
 }
 
-// "classes", or "class", a number, and ".cpf" or ".cwt".
+// What was learnt about the scores of all classes (evaluation/judging.h).
+inline constexpr char judging_name[] = "classes.cal";
+
+// "classes", "classes.cal", or "class", a number, and ".cpf" or ".cwt".
 inline bool is_class_file(std::string_view name) {
-  if (name == "classes")
+  if (name == "classes" || name == judging_name)
     return true;
   if (!name.starts_with("class") ||
       (!name.ends_with(".cpf") && !name.ends_with(".cwt"))) {

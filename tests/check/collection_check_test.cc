@@ -64,7 +64,8 @@ TEST_F(CollectionCheckTest, FindsWhatIsWrongWithALineOrAClass) {
       {"g x\0 y\n"s, "", "./train:5: stop: there is a NUL byte\n"},
       {" x\n", "",
        "./train:5: warning: the line begins with a blank, so that the "
-       "document's name is empty\n"},
+       "document's name is empty\n"
+       "./train:5: stop: file `files' cannot be read: no regular file\n"},
       {"g x\r\n", "",
        "./train:5: warning: a carriage return is part of a name\n"
        "./train:5: warning: class `x\\x0D' has training documents only\n"},
@@ -133,14 +134,31 @@ TEST_F(CollectionCheckTest, FindsDocumentsWithoutTextOrProfile) {
   write_text("data/other", "");
   FileStore *store_P = filestore_open("data/profile-store");
   filestore_put_file(store_P, "c", "", 0);
+  // Two without terms, of which one has a text, and one with a term.
+  filestore_put_file(store_P, "a", "\0\0\0", 4);
+  filestore_put_file(store_P, "odd", "\0\0\0", 4);
+  filestore_put_file(store_P, "good", "\1\0\0\0\0\0\0\0\1\0\0", 12);
+  write_text("files/odd.txt", "odd");
   filestore_close(store_P);
   std::filesystem::remove("files/c.txt");
   std::filesystem::remove("files/e.txt");
-  for (const char *name : {"a.txt", "new.txt", ".hidden.txt", "other"})
+  std::filesystem::create_symlink("loop.txt", "files/loop.txt");
+  std::filesystem::remove("files/f.txt");
+  std::filesystem::create_directory("files/f.txt");
+  for (const char *name :
+       {"a.txt", "loop.txt", "new.txt", ".hidden.txt", "other"})
     write_text("input/in/"s + name, "");
   const std::string findings =
       "./test:1: stop: there is no file `files/e.txt'\n"
-      "input/in: warning: polling would stop: `new.txt' is not in `files'\n";
+      "./test:2: stop: file `files/f.txt' cannot be read: no regular file\n"
+      "data: warning: document `c' is kept without terms: `vek-data forget "
+      "data c' has it analysed again\n"
+      "data: warning: document `odd' is kept without terms: `vek-data forget "
+      "data odd' has it analysed again\n"
+      "input/in: warning: polling would leave out `loop.txt': file "
+      "`files/loop.txt' cannot be read: Too many levels of symbolic links\n"
+      "input/in: warning: polling would stop at `new.txt': there is no file "
+      "`files/new.txt'\n";
   EXPECT_EQ(check(), findings);
   // The copy that a crash leaves stands for the index.
   std::filesystem::rename("data/profile-store.idx", "data/profile-store.new");

@@ -56,9 +56,13 @@ TEST(ClassProfile, WritesItsColumnsAndReadsThemWholeAlone) {
       {Columns::updates, "2\t42\t1.23457\n5\t6\t7\t-1\t2\t\n9\t1\t2\t3\t4\t\n"},
       {Columns::weight,
        "2\t42\t1.23457\n5\t6\t7\t-1.5e-07\t\n9\t1\t2\t0.333333\t\n"},
+      {Columns::exact_weight,
+       "2\t42\t1.23456789\t-0.1\n5\t6\t7\t-1.5e-07\t\n"
+       "9\t1\t2\t0.3333333333333333\t\n"},
       {Columns::frequencies, "2\t42\t1.23457\n5\t6\t7\t\n9\t1\t2\t\n"}};
   ClassProfile profile;
   profile.set_threshold(1.23456789);
+  profile.set_bias(-0.1);
   profile[9] = {1, 2, 8.0, 1.0 / 3.0, 8.0, 3, 4};
   profile[5] = {6, 7, 8.0, -1.5e-7, 8.0, -1, 2};
   for (const auto &[columns, text] : layouts) {
@@ -69,7 +73,9 @@ TEST(ClassProfile, WritesItsColumnsAndReadsThemWholeAlone) {
     EXPECT_EQ(nr_terms, 42U);
     EXPECT_EQ(written(again, columns), text);
     EXPECT_EQ(again.find(5)->pos_weight,
-              columns == Columns::weight ? -1.5e-7 : 0.0);
+              columns == Columns::weight || columns == Columns::exact_weight
+                  ? -1.5e-7
+                  : 0.0);
     for (const auto &other : layouts)
       EXPECT_EQ(reads(text, other.first), columns == other.first);
     // A cut inside the last number leaves another number.

@@ -24,8 +24,9 @@ TEST_F(TestDocument, CountsHitsMissesAndWrongAssignments) {
     data.profile[data.id].pos_weight = weight / std::log(2.0);
     top().profile[data.id].df = 1;
   }
-  Walk walk(pos_weight_sum, params);
-  const Testing testing = {classes, documents, walk, params, messages};
+  const Judging judging;
+  Judge judge(classes, pos_weight_sum, params, judging);
+  const Testing testing = {classes, documents, judge, params, messages};
   std::ostringstream file;
   const struct {
     std::vector<TermCount> terms;

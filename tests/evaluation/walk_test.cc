@@ -56,8 +56,7 @@ class WalkTest : public CollectionTest, protected WalkObserver {
     ranks.push_back(ranking);
     return text_of(ranks);
   }
-  void scored(const ClassData &father, const DocProfile & /*doc*/,
-              const Ranks &ranks) override {
+  void scored(const ClassData &father, const Ranks &ranks) override {
     steps += classes.full_name(father.id) + " has " + text_of(ranks) + '\n';
   }
   void entered(const ClassData &, const Ranking &ranking,

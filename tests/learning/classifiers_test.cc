@@ -11,14 +11,14 @@ namespace {
 TEST(Classifiers, HaveEachARecordAtItsPlaceAndALetterOfItsOwn) {
   std::string names;
   std::set<char> letters;
-  for (const Algorithm algorithm :
-       {Algorithm::winnow, Algorithm::rocchio, Algorithm::sbc}) {
+  for (const Algorithm algorithm : {Algorithm::winnow, Algorithm::rocchio,
+                                    Algorithm::sbc, Algorithm::linear}) {
     const Classifier &record = classifier_of(algorithm);
     EXPECT_EQ(record.algorithm, algorithm);
     names += std::string(record.name) + ' ';
     letters.insert(record.option_letter);
   }
-  EXPECT_EQ(names, "Winnow Rocchio SBC ");
+  EXPECT_EQ(names, "Winnow Rocchio SBC Linear ");
   EXPECT_EQ(letters.size(), classifiers().size());
 }
 

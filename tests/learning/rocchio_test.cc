@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "learning/classifiers.h"
 #include "support/collection_fixture.h"
 
 namespace vek {
@@ -50,7 +51,7 @@ TEST_F(Rocchio, TrainsAllFathers) {
   train("d2", {{1, 4}}, {"a", "b"});
   train("d3", {{3, 1}}, {"b"});
   gather();
-  train_rocchio(training());
+  train_classes(training(), classifier_of(Algorithm::rocchio));
   const double in_d1 = std::log(3.0 / 2);
   const double in_d2 = in_d1 * 4.0;
   const double sum = in_d1 + in_d2;

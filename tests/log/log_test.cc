@@ -1,12 +1,20 @@
 #include "log/log.h"
 
 #include <gtest/gtest.h>
+#include <pty.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <chrono>
+#include <cstddef>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 
+#include "base/progress_line.h"
 #include "support/temporary_directory.h"
 
 namespace vek {
@@ -100,6 +108,34 @@ TEST_F(LogFile, TakesFileErrorsThatItKnowsAndCutsMessagesAt1023Bytes) {
             expected);
   log_always(1, text);
   EXPECT_EQ(logged(), expected + text + '\n');
+}
+
+TEST(Screen, HasNoProgressAndMessageInOneLine) {
+  int terminal = -1;
+  const pid_t pid = forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (pid == 0) {
+    alarm(60);
+    ProgressLine line("vek", ProgressLine::Shown::on_terminal);
+    const auto begin = std::chrono::steady_clock::now();
+    while (std::chrono::steady_clock::now() - begin < std::chrono::seconds(1))
+      line.count();
+    warning("a message");
+    warning("another");
+    std::_Exit(0);
+  }
+  std::string text;
+  std::array<char, 512> buffer = {};
+  ssize_t count = 0;
+  // A terminal whose other side is gone is an error.
+  while ((count = read(terminal, buffer.data(), buffer.size())) > 0)
+    text.append(buffer.data(), static_cast<std::size_t>(count));
+  close(terminal);
+  waitpid(pid, nullptr, 0);
+  EXPECT_TRUE(text.starts_with("\rvek: ")) << text;
+  EXPECT_TRUE(
+      text.ends_with(" a second\x1B[K\r\x1B[KWARNING: a message\r\n"
+                     "WARNING: another\r\n"))
+      << text;
 }
 
 TEST_F(LogFile, LeavesErrnoAloneAlsoWhenItCannotBeWritten) {

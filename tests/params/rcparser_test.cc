@@ -74,7 +74,7 @@ TEST(RcParser, SetsEachParameterByItsKey) {
         "[Winnow] maxiters 7 alpha 1.5 beta .5 thetaplus 2 thetamin 0.25\n"
         "negativeweights off\n"
         "[Rocchio] pivoted on beta 8 gamma 2.0e1 negativeweights on\n"
-        "[SBC] maxsignif 6 laplace off\n",
+        "[SBC] maxsignif 6 laplace off [Linear] cost 0.5 loss hinge\n",
         "",
         "Pivoted on, Analyser \"a\", DataDirectory \"d\", InputDirectory "
         "\"i\", FileDirectory \"l\", FParameter 0.5, MaxRanks 9, MinRanks 8, "
@@ -82,7 +82,7 @@ TEST(RcParser, SetsEachParameterByItsKey) {
         "off, Selectivity off, Strength sqrt, Normalize linear, Alpha 1.5, "
         "Beta 0.5, ThetaPlus 2, ThetaMin 0.25, MaxIters 7, NegativeWeights "
         "off, Beta 8, Gamma 20, NegativeWeights on, Laplace off, MaxSignif "
-        "6"}});
+        "6, Cost 0.5, Loss hinge"}});
 }
 
 TEST(RcParser, AcceptsWhatTheGrammarAllows) {
@@ -104,6 +104,8 @@ TEST(RcParser, AcceptsWhatTheGrammarAllows) {
         "ltc "
         "strength freq normalize vector normalize off",
         "", "TermSelection none, Selectivity off"},
+       {"[General] training linear [linear] loss hinge loss logistic", "",
+        "Algorithm Linear, Loss logistic"},
        {"[General] training rocchio termselection none termselection "
         "uncertainty strength bool normalize vector",
         "", "Algorithm Rocchio, Strength bool, Normalize vector"},
@@ -132,6 +134,7 @@ TEST(RcParser, ReportsAFaultAndKeepsTheOldValue) {
          {"[Rocchio] x", "1 x: invalid Rocchio parameter;"},
          {"[Rocchio] alpha 1", "1 alpha: Rocchio parameter expected;"},
          {"[SBC] x", "1 x: invalid SBC parameter;"},
+         {"[Linear] loss square", "1 square: Loss expected;"},
          {"[SBC] \xFF", "1 \xFF: SBC parameter expected;"},
          {"[General] maxranks 3 3", "1 3: general parameter expected;",
           "MaxRanks 3"},

@@ -44,6 +44,7 @@ TEST(Options, FollowTheArguments) {
       {"-a Winnow ex", "v0 a0 e=ex"},
       {"-a Rocchio ex", "v0 a1 e=ex"},
       {"--algorithm SBC ex", "v0 a2 e=ex"},
+      {"-a Linear ex", "v0 a3 e=ex"},
       {"-a S -a W ex", "v0 a0 e=ex"},
       {"-p ex", "v0 a0 poll e=ex"},
       {"--poll", "v0 a0 poll"},

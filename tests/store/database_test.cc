@@ -26,7 +26,7 @@ void learn_and_write(Data &data) {
   data.base.put("b", profile);
   data.base.write_vocabulary();
   data.classes.enter_path("earn", data.classes.enter("ex", 0));
-  data.base.write(format);
+  data.base.write(format, "");
 }
 
 // After a first run.

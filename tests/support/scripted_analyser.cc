@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -47,6 +48,8 @@ void answer(const std::string &script, const std::string &path) {
     write_bytes(text);
     std::exit(3);
   }
+  if (script == "killed")
+    raise(SIGKILL);
   if (script == "close") {
     close(STDOUT_FILENO);
     return;

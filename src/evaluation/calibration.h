@@ -1,0 +1,78 @@
+// From the score of a class to the probability that a document is in it, given
+// that it is in the class's father.
+//
+// First a logistic curve is laid through the scores (Platt, Probabilistic
+// outputs for support vector machines, 1999, with his targets for few
+// documents). Scores are seldom logistic to the ends, so the curve may then
+// bend where its probability is about 1/8 and 7/8: its logit is a line in three
+// pieces. Where a document has one class, the sons of a father share the
+// probability of 1 (a softmax of their logits; Guo, Pleiss, Sun and Weinberger,
+// On calibration of modern neural networks, ICML 2017, who call it vector
+// scaling), and their curves are fitted to that together. What few documents
+// say cannot bend a curve far: each parameter is drawn to where it began by a
+// normal prior of variance 1.
+//
+// All fits are maxima of a likelihood that has only one, by Newton's method
+// with steps that never lessen it; all sums have one order.
+#ifndef VEK_EVALUATION_CALIBRATION_H_
+#define VEK_EVALUATION_CALIBRATION_H_
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "base/helpers.h"
+
+namespace vek {
+
+struct Calibration {
+  static constexpr std::size_t nr_pieces = 3;
+  // The pieces of the line meet at -knot and knot.
+  static constexpr WeightType knot = 2.0;
+  // Of a class without documents: 6 in a million.
+  static constexpr WeightType hopeless = -12.0;
+
+  // The logistic curve: factor * score + offset. The factor is at least 0.
+  WeightType factor = 0.0;
+  WeightType offset = hopeless;
+  // The slope of each piece, at least 0, and the logit of the whole curve where
+  // that of the first is -knot.
+  std::array<WeightType, nr_pieces> slopes = {1.0, 1.0, 1.0};
+  WeightType intercept = -knot;
+
+  // What the score says; a score that is no number says `hopeless`.
+  WeightType logit(WeightType score) const;
+
+  bool operator==(const Calibration &) const = default;
+};
+
+// What the curve of one class is fitted to: the score of each document that is
+// in the father, and whether it is in the class.
+struct CalibrationColumn {
+  std::vector<WeightType> scores;
+  std::vector<std::uint8_t> is_member;
+};
+
+// The logistic curve alone. Without a member it is `hopeless`; where scores say
+// nothing, or the opposite, its factor is 0.
+Calibration fit_logistic(const CalibrationColumn &column);
+
+// The curves of the sons of one father; the columns are about the same
+// documents in the same order. With `share` the sons share the probability of
+// 1, and documents that are in no son are left out.
+std::vector<Calibration> fit_sons(std::span<const CalibrationColumn> columns,
+                                  bool share);
+
+// Turns logits into probabilities: each by itself, or with `share` so that they
+// add up to 1.
+void logits_to_probabilities(std::span<WeightType> values, bool share);
+
+// The score from which on a document counts as being in the class: as many
+// others lie above it as documents of the class lie below (break-even point).
+// Half-way between two scores; infinite without a member or a score.
+WeightType break_even(const CalibrationColumn &column);
+
+}  // namespace vek
+
+#endif  // VEK_EVALUATION_CALIBRATION_H_

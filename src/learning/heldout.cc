@@ -1,0 +1,196 @@
+#include "learning/heldout.h"
+
+#include <algorithm>
+#include <atomic>
+#include <limits>
+#include <memory>
+#include <sstream>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+#include "classes/termset.h"
+#include "evaluation/scorer.h"
+#include "learning/training.h"
+
+namespace vek {
+namespace {
+
+class MemoryDocuments : public Documents {
+ public:
+  MemoryDocuments(const TrainingSet &set, const TermSet &active_terms)
+      : Documents(active_terms), set_(set) {}
+  void read_profile(const std::string &name, DocProfile &profile) override {
+    // Documents are mostly asked for in the order of their names.
+    const auto &all = set_.documents();
+    if (++last_ >= all.size() || *all[last_].name_P != name)
+      last_ = set_.place_of(name);
+    profile = all[last_].profile;
+  }
+
+ private:
+  const TrainingSet &set_;
+  std::size_t last_ = 0;
+};
+
+// The same classes with the same ids, and of the training documents those for
+// which `is_kept`.
+template <class IsKept>
+void copy_classes(const ClassTable &from, IsKept is_kept, ClassTable &to) {
+  for (std::uint32_t id = 0; id < from.size(); ++id) {
+    const ClassData *const father_P = from.get_data(id).father;
+    to.enter(from.get_name(id), father_P == nullptr ? 0 : father_P->id);
+  }
+  for (std::uint32_t id = 0; id < from.size(); ++id) {
+    ClassData &copy = to.get_data(id);
+    for (const auto &[name, classes] : from.get_data(id).train_docs) {
+      if (!is_kept(name))
+        continue;
+      for (const ClassData *class_P : classes)
+        copy.train_docs.add(name, &to.get_data(class_P->id));
+    }
+  }
+}
+
+// FNV-1a.
+std::uint64_t hash_of(std::string_view name) {
+  std::uint64_t hash = 0xCBF29CE484222325;
+  for (const char character : name)
+    hash = (hash ^ static_cast<unsigned char>(character)) * 0x100000001B3;
+  return hash;
+}
+
+}  // namespace
+
+TrainingSet::TrainingSet(const ClassTable &classes, Documents &documents) {
+  if (classes.size() == 0)
+    return;
+  const ClassData &top = classes.get_data(0);
+  documents_.reserve(top.train_docs.size());
+  for (const auto &[name, sons] : top.train_docs) {
+    documents_.push_back({&name, {}, {}});
+    documents.read_profile(name, documents_.back().profile);
+  }
+  for (std::uint32_t id = 0; id < classes.size(); ++id) {
+    const ClassData &data = classes.get_data(id);
+    // A document that was filed here lists the class itself.
+    std::size_t place = 0;
+    for (const auto &[name, holders] : data.train_docs) {
+      const auto nr_filed = std::ranges::count(holders, &data);
+      if (nr_filed == 0)
+        continue;
+      place = place_of(name);
+      documents_[place].filed_in.insert(documents_[place].filed_in.end(),
+                                        std::size_t(nr_filed), id);
+    }
+  }
+}
+
+std::size_t TrainingSet::place_of(const std::string &name) const {
+  const auto place = std::ranges::lower_bound(
+      documents_, name, {},
+      [](const Document &document) -> const std::string & {
+        return *document.name_P;
+      });
+  return place == documents_.end() || *place->name_P != name
+             ? documents_.size()
+             : std::size_t(place - documents_.begin());
+}
+
+std::vector<std::uint32_t> deal_to_parts(const ClassTable &classes,
+                                         const TrainingSet &set,
+                                         std::uint32_t nr_parts) {
+  std::vector<std::vector<std::size_t>> members(classes.size());
+  for (std::size_t i = 0; i < set.documents().size(); ++i) {
+    const std::vector<std::uint32_t> &ids = set.documents()[i].filed_in;
+    if (ids.empty())
+      continue;
+    members[*std::ranges::min_element(ids, {}, [&](std::uint32_t id) {
+      return classes.get_data(id).train_docs.size();
+    })].push_back(i);
+  }
+  std::vector<std::uint32_t> parts(set.documents().size());
+  // Each class begins where the last one ended, so that those with fewer
+  // documents than parts are spread over all of them.
+  std::uint32_t next = 0;
+  for (const std::vector<std::size_t> &places : members) {
+    std::vector<std::pair<std::uint64_t, std::size_t>> order;
+    for (const std::size_t place : places)
+      order.emplace_back(hash_of(*set.documents()[place].name_P), place);
+    std::ranges::sort(order);
+    for (const auto &[hash, place] : order) {
+      parts[place] = next;
+      next = (next + 1) % nr_parts;
+    }
+  }
+  return parts;
+}
+
+namespace {
+
+// Trains without one part and scores it.
+void score_part(const ClassTable &classes, const TrainingSet &set,
+                const std::vector<std::uint32_t> &parts, std::uint32_t part,
+                const Classifier &classifier, const Params &params,
+                std::size_t nr_terms, ScoreMatrix &matrix) {
+  ClassTable others;
+  copy_classes(
+      classes,
+      [&](const std::string &name) {
+        return parts[set.place_of(name)] != part;
+      },
+      others);
+  TermSet active_terms;
+  MemoryDocuments documents(set, active_terms);
+  std::ostringstream no_scores;
+  Messages no_messages;
+  const Training training = {others, documents, active_terms,
+                             params, no_scores, no_messages};
+  update_profiles(training, nr_terms);
+  classifier.train(training);
+  documents.clear_cache();
+  DocProfile profile;
+  std::vector<WeightType> scores;
+  for (auto &[key, father] : others) {
+    if (father.sons.empty())
+      continue;
+    const ClassScorer scorer(father.sons, classifier.scoring, params);
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+      if (parts[i] != part)
+        continue;
+      profile = set.documents()[i].profile;
+      profile.select_active(active_terms);
+      profile.weigh(father, params);
+      scorer.find_evidence(profile, scores);
+      for (std::size_t son = 0; son < father.sons.size(); ++son)
+        matrix.row(i)[father.sons[son]->id] = scores[son];
+    }
+  }
+}
+
+}  // namespace
+
+ScoreMatrix held_out_scores(const ClassTable &classes, const TrainingSet &set,
+                            const std::vector<std::uint32_t> &parts,
+                            std::uint32_t nr_parts,
+                            const Classifier &classifier, const Params &params,
+                            std::size_t nr_terms, unsigned nr_threads) {
+  ScoreMatrix matrix{classes.size(), {}};
+  matrix.scores.resize(set.documents().size() * classes.size());
+  // No part knows of another, and each has rows of its own: the result is the
+  // same in any order and with any number of threads.
+  std::atomic<std::uint32_t> next = 0;
+  const auto work = [&] {
+    for (std::uint32_t part = next++; part < nr_parts; part = next++) {
+      score_part(classes, set, parts, part, classifier, params, nr_terms,
+                 matrix);
+    }
+  };
+  std::vector<std::jthread> others;
+  while (others.size() + 1 < std::min<std::size_t>(nr_threads, nr_parts))
+    others.emplace_back(work);
+  work();
+  return matrix;
+}
+
+}  // namespace vek
