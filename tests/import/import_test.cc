@@ -51,6 +51,25 @@ TEST_F(ImportTest, FoldersBecomeAHierarchy) {
             std::string::npos);
 }
 
+TEST_F(ImportTest, MailIsKnownWhereverItMoves) {
+  write_text("mail/new/1.host", "Subject: one\n\nfirst\n");
+  write_text("mail/cur/2.host:2,S", "Subject: two\n\nsecond\n");
+  write_text("mail/.Work.Travel/cur/3.host:2,", "Subject: three\n\nthird\n");
+  fs::create_directories("mail/.Work.Travel/new");
+  write_text("mail/tmp/4.host", "Subject: four\n");
+  write_text("mail/index", "of the mail program");
+  write_text("spam.mbox",
+             "From a@b Mon Nov  2 10:00:00 2020\nMessage-ID: <5@host>\n\nx\n");
+  ASSERT_EQ(import("mail spam.mbox examples"), 0);
+  EXPECT_EQ(column("examples/names.tsv", 6),
+            ".Work.Travel/3.host 2.host 1.host 5@host ");
+  EXPECT_EQ(column("examples/names.tsv", 3), "Work/Travel mail mail spam ");
+  const Files files = files_of("examples");
+  fs::rename("mail/new/1.host", "mail/cur/1.host:2,RS");
+  ASSERT_EQ(import("mail examples"), 0);
+  EXPECT_EQ(files_of("examples"), files);
+}
+
 TEST_F(ImportTest, NothingLeadsOutOfTheSourceOrHangs) {
   write_text("texts/a/b.txt", "some words");
   write_text("texts/a/.hidden", "more words");
