@@ -44,9 +44,12 @@ class TrainingSet {
 };
 
 // Deals documents to parts, 0 to nr_parts - 1: the answer has one for each
-// document. Each part gets its share of each class: the documents of a class
-// are dealt out one by one, in the order of a hash of their names. A document
-// with several classes counts for the smallest of them.
+// document. Documents that are nearly alike go to one part (by MinHash of their
+// terms; Broder, On the resemblance and containment of documents, 1997): what a
+// document scores where its double was learnt tells nothing of new ones. Each
+// part gets its share of each class, or up to half as much again: the documents
+// of a class are dealt out in the order of a hash of their names. One with
+// several classes counts for the smallest of them.
 std::vector<std::uint32_t> deal_to_parts(const ClassTable &classes,
                                          const TrainingSet &set,
                                          std::uint32_t nr_parts);
