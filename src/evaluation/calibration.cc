@@ -52,7 +52,8 @@ std::array<WeightType, Calibration::nr_pieces> pieces_of(WeightType z) {
           std::max(z - knot, 0.0)};
 }
 
-// A deviation of 0 counts as 1.
+// A deviation of 0 counts as 1, and so does one that is but the rounding of
+// the mean: numbers that are all the same say nothing.
 std::pair<WeightType, WeightType> mean_and_deviation(
     std::span<const WeightType> values) {
   const auto n = static_cast<WeightType>(values.size());
@@ -62,7 +63,8 @@ std::pair<WeightType, WeightType> mean_and_deviation(
     mean += value / n;
   for (const WeightType value : values)
     squares += (value - mean) * (value - mean) / n;
-  return {mean, squares > 0.0 ? std::sqrt(squares) : 1.0};
+  const WeightType deviation = std::sqrt(squares);
+  return {mean, deviation > 1e-12 * std::abs(mean) ? deviation : 1.0};
 }
 
 // One class's curve while it is fitted. A document has the probability
@@ -136,6 +138,11 @@ CurveFit::CurveFit(const Calibration &start, const CalibrationColumn &column,
   prior_ = parameters_;
   if (!column.inclusive.empty())
     std::tie(mean_, deviation_) = mean_and_deviation(column.inclusive);
+  const auto nr_docs =
+      column.scores.size() - std::size_t(std::ranges::count(weights, 0.0));
+  pieces_.reserve(nr_docs);
+  shares_.reserve(nr_docs);
+  powers_.reserve(nr_docs);
   for (std::size_t i = 0; i < column.scores.size(); ++i) {
     if (weights[i] == 0.0)
       continue;
@@ -310,7 +317,8 @@ WeightType Calibration::logit(WeightType score, WeightType inclusive) const {
   WeightType sum = intercept + inclusion * inclusive;
   for (std::size_t k = 0; k < pieces.size(); ++k)
     sum += slopes[k] * pieces[k];
-  return bounded(sum);
+  // A stored curve can have numbers of any size.
+  return std::isnan(sum) ? hopeless : bounded(sum);
 }
 
 // The fit of Platt's two parameters is that of a curve whose pieces have one

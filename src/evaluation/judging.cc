@@ -20,7 +20,7 @@ bool read_class(FieldReader &fields, ClassJudging &record) {
     if (!fields.read(*number_P) || !std::isfinite(*number_P))
       return false;
   }
-  return true;
+  return record.threshold >= 0.0 && record.threshold <= 1.0;
 }
 
 // A father stands before its sons in the order of ids.

@@ -7,9 +7,11 @@
 #include <atomic>
 #include <limits>
 #include <memory>
+#include <new>
 #include <numeric>
 #include <sstream>
 #include <string_view>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -247,19 +249,40 @@ ScoreMatrix held_out_scores(const ClassTable &classes, const TrainingSet &set,
                             std::size_t nr_terms, unsigned nr_threads) {
   ScoreMatrix matrix{classes.size(), {}};
   matrix.scores.resize(set.documents().size() * classes.size());
+  const auto score = [&](std::uint32_t part) {
+    score_part(classes, set, parts, part, classifier, params, nr_terms, matrix);
+  };
   // No part knows of another, and each has rows of its own: the result is the
   // same in any order and with any number of threads.
+  std::vector<std::uint8_t> is_done(nr_parts);
   std::atomic<std::uint32_t> next = 0;
-  const auto work = [&] {
-    for (std::uint32_t part = next++; part < nr_parts; part = next++) {
-      score_part(classes, set, parts, part, classifier, params, nr_terms,
-                 matrix);
+  const auto help = [&] {
+    try {
+      for (std::uint32_t part = next++; part < nr_parts; part = next++) {
+        score(part);
+        is_done[part] = 1;
+      }
+    } catch (const std::bad_alloc &) {
+      // The part is left to the caller's thread.
     }
   };
-  std::vector<std::jthread> others;
-  while (others.size() + 1 < std::min<std::size_t>(nr_threads, nr_parts))
-    others.emplace_back(work);
-  work();
+  const std::size_t nr_helpers = std::min<std::size_t>(nr_threads, nr_parts);
+  if (nr_helpers > 1) {
+    std::vector<std::jthread> helpers;
+    helpers.reserve(nr_helpers);
+    try {
+      while (helpers.size() < nr_helpers)
+        helpers.emplace_back(help);
+    } catch (const std::system_error &) {
+      // There is no room for another.
+    }
+  }
+  // Alone: should memory end the run here, nobody is at work on what exit()
+  // takes away.
+  for (std::uint32_t part = 0; part < nr_parts; ++part) {
+    if (is_done[part] == 0)
+      score(part);
+  }
   return matrix;
 }
 

@@ -70,8 +70,9 @@ struct ScoreMatrix {
 };
 
 // Trains each part's classes with the documents of all other parts and fills in
-// the rows of its own, several parts at a time if there are several threads.
-// Class table and documents stay as they are.
+// the rows of its own, several parts at a time if there are several threads. A
+// part for which a thread has no memory is done again when the others are
+// through. Class table and documents stay as they are.
 ScoreMatrix held_out_scores(const ClassTable &classes, const TrainingSet &set,
                             const std::vector<std::uint32_t> &parts,
                             std::uint32_t nr_parts,

@@ -103,6 +103,9 @@ TEST(Calibration, HoldsWhereThereIsLittleToFit) {
        Calibration::hopeless},
       {{{1}, {}, {1}}, -1.0, 4.0},
       {{{1, 1, 1, 1}, {}, {1, 0, 1, 0}}, -0.5, 0.5},
+      // The mean of these is another number, by its last digit.
+      {{{.2, .2, .2, .2, .2, .2}, {}, {1, 0, 0, 0, 0, 0}}, -3.0, 0.0},
+      {{{.2, .2, .2, .2, .2, .2, .2}, {}, {0, 0, 0, 0, 0, 0, 1}}, -3.0, 0.0},
       // The wrong way round: the score says nothing.
       {{{0, 1, 2, 3}, {}, {1, 1, 0, 0}}, -0.5, 0.5},
       {{{infinity, 1, std::nan(""), 0}, {}, {1, 1, 0, 0}}, -3.0, 6.0},

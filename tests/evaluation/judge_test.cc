@@ -1,5 +1,6 @@
 #include "evaluation/judge.h"
 
+#include <cmath>
 #include <limits>
 #include <string>
 #include <vector>
@@ -105,13 +106,24 @@ TEST_F(JudgeTest, IsKeptAsText) {
   EXPECT_FALSE(read.parse(text, classes.size() + 1));
   EXPECT_EQ(read, Judging());
   const std::pair<const char *, const char *> changes[] = {
-      {"judging 1", "judging 2"}, {"\t0\t6\n", "\t2\t6\n"}, {"0.1", "nan"}};
+      {"judging 1", "judging 2"},
+      {"\t0\t6\n", "\t2\t6\n"},
+      {"0.1", "nan"},
+      {"0.001", "-0.001"},
+      {"0.001", "2"}};
   for (const auto &[from, to] : changes) {
     std::string damaged = text;
     damaged.replace(damaged.find(from), std::string(from).size(), to);
     EXPECT_FALSE(read.parse(damaged, classes.size())) << from;
   }
   EXPECT_FALSE(read.parse(text + "1", classes.size()));
+  // Numbers of any size make no score that is no number.
+  judging.classes[2].calibration.slopes = {1e308, 1e308, 1e308};
+  judging.classes[2].calibration.intercept = 1e308;
+  judging.classes[2].calibration.inclusion = -1e308;
+  ASSERT_TRUE(read.parse(judging.text(), classes.size()));
+  const Calibration &curve = read.classes[2].calibration;
+  EXPECT_TRUE(std::abs(curve.logit(100.0, 30.0)) <= 60.0);
   EXPECT_FALSE(read.parse(text.substr(0, text.size() - 4), classes.size()));
 }
 

@@ -1,6 +1,10 @@
 #include "learning/heldout.h"
 
+#include <pthread.h>
+
+#include <new>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "evaluation/scorer.h"
@@ -85,6 +89,34 @@ TEST_F(HeldOut, IsScoredByClassesThatHaveNotLearntIt) {
       }
     }
   }
+}
+
+// The thread that asks does alone what the others have no memory for.
+TEST_F(HeldOut, IsScoredWithoutMemoryForThreads) {
+  const TrainingSet set(classes, documents);
+  const std::vector<std::uint32_t> parts = deal_to_parts(classes, set, 3);
+  Classifier classifier = classifier_of(Algorithm::rocchio);
+  const auto scores_of = [&](unsigned nr_threads) {
+    return held_out_scores(classes, set, parts, 3, classifier, params, nr_terms,
+                           nr_threads)
+        .scores;
+  };
+  const std::vector<WeightType> expected = scores_of(1);
+  static const std::thread::id own_id = std::this_thread::get_id();
+  classifier.train = [](const Training &training) {
+    if (std::this_thread::get_id() != own_id)
+      throw std::bad_alloc();
+    classifier_of(Algorithm::rocchio).train(training);
+  };
+  EXPECT_EQ(scores_of(2), expected);
+  pthread_attr_t usual;
+  ASSERT_EQ(pthread_getattr_default_np(&usual), 0);
+  pthread_attr_t huge = usual;
+  ASSERT_EQ(pthread_attr_setstacksize(&huge, std::size_t{1} << 46), 0);
+  ASSERT_EQ(pthread_setattr_default_np(&huge), 0);
+  EXPECT_EQ(scores_of(2), expected);
+  ASSERT_EQ(pthread_setattr_default_np(&usual), 0);
+  pthread_attr_destroy(&usual);
 }
 
 TEST_F(HeldOut, TeachesThresholdsAndProbabilities) {
