@@ -1,0 +1,416 @@
+#include "tune/search.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <numeric>
+#include <set>
+#include <utility>
+
+#include "tune/stopping.h"
+#include "tune/workers.h"
+
+namespace vek::tuning {
+namespace {
+
+// The usual amount: a minute and a half of two processors that have nothing
+// else to do.
+constexpr double usual_work = 110e6;
+
+// Bytes of a child's largest table.
+constexpr double largest_matrix = 1e9;
+
+// What a resource file gets for `heldout`, and the last stage works with.
+constexpr std::uint32_t usual_parts = 5;
+
+// Documents of which fewer than this share have several classes are first tried
+// with one each.
+constexpr double share_of_several = 0.02;
+
+constexpr std::uint32_t largest_max_ranks = 10;
+
+Params common_params(const Params &own, std::uint32_t max_ranks) {
+  Params params = own;
+  params.held_out = usual_parts;
+  params.walk = WalkKind::path;
+  params.insignificant = Insignificant::best;
+  params.max_ranks = max_ranks;
+  params.min_ranks = 1;
+  params.scaling = true;
+  // Nothing is learnt from earlier runs.
+  params.incremental = false;
+  params.save = own.save || own.incremental;
+  return params;
+}
+
+}  // namespace
+
+Search::Search(const Examples &examples, const Params &own, bool with_words,
+               double budget, std::ostream &table)
+    : examples_(examples),
+      with_words_(with_words),
+      work_(budget * usual_work),
+      table_(table),
+      most_ranks_(std::min(
+          std::uint32_t(std::max(examples.most_classes(), std::size_t{1})),
+          largest_max_ranks)) {
+  const auto nr_several = std::ranges::count_if(
+      examples.examples(),
+      [](const auto &example) { return example.classes.size() > 1; });
+  const bool is_several =
+      double(nr_several) >= share_of_several * double(examples.size());
+  common_ = common_params(own, is_several ? most_ranks_ : 1);
+}
+
+void Search::run() {
+  table_ << "stage\tdocuments\tparts\t" << description_head
+         << "\tprecision\trecall\tf\n";
+  // What is left of a stage's share goes to the next ones.
+  work_planned_ = work_;
+  const std::vector<Settings> firsts = first_settings(common_, with_words_);
+  Stage first = make_stage("first", 0.15, 2, firsts, double(firsts.size()));
+  try_all(first, firsts);
+  if (stop_signal() != 0)
+    return;
+
+  std::vector<Settings> seconds;
+  std::map<Algorithm, int> numbers;
+  const std::vector<const Finding *> order = ranked(first);
+  for (const Finding *finding_P : order) {
+    if (!is_hopeless(*finding_P, *order.front()) &&
+        numbers[finding_P->settings.params.algorithm]++ < 3) {
+      seconds.push_back(finding_P->settings);
+    }
+  }
+  if (seconds.empty())
+    return;
+  Stage second = make_stage("second", 0.15, 3, seconds, double(seconds.size()));
+  try_all(second, seconds);
+  if (stop_signal() != 0)
+    return;
+
+  std::vector<const Finding *> starts = classifiers_of(second);
+  if (starts.empty())
+    return;
+  if (starts.size() > 1) {
+    starts.resize(is_hopeless(*starts[1], *starts[0]) ? 1 : 2);
+  }
+  std::vector<Settings> typical;
+  for (const Finding *finding_P : starts)
+    typical.push_back(finding_P->settings);
+  constexpr double nr_steps = 22.0;
+  Stage steps =
+      make_stage("steps", 0.4, 3, typical, nr_steps * double(typical.size()));
+  climb(steps, starts);
+  if (stop_signal() != 0)
+    return;
+
+  // The best of each classifier and those behind them; and, as words alone
+  // have to win clearly, their like with all terms.
+  std::vector<Settings> finalists;
+  const auto add_finalist = [&](const Settings &settings) {
+    const bool is_new =
+        std::ranges::none_of(finalists, [&](const Settings &other) {
+          return description(other) == description(settings);
+        });
+    if (is_new)
+      finalists.push_back(settings);
+  };
+  for (const Finding *finding_P : classifiers_of(steps))
+    add_finalist(finding_P->settings);
+  for (const Finding *finding_P : ranked(steps)) {
+    if (finalists.size() < 4)
+      add_finalist(finding_P->settings);
+  }
+  if (!finalists.empty() && finalists[0].terms == Terms::words) {
+    Settings like = finalists[0];
+    like.terms = Terms::all;
+    add_finalist(like);
+  }
+  Stage last =
+      make_stage("last", 1.0, usual_parts, finalists, double(finalists.size()));
+  try_all(last, finalists, ways_to_judge());
+  if (!last.findings.empty())
+    best_ = choose(last);
+}
+
+std::vector<Params> Search::ways_to_judge() const {
+  std::vector<Params> ways(2, common_);
+  ways[0].walk = WalkKind::steps;
+  ways[1].insignificant = Insignificant::none;
+  if (most_ranks_ > 1) {
+    ways.push_back(common_);
+    ways.back().max_ranks = common_.max_ranks == 1 ? most_ranks_ : 1;
+  }
+  return ways;
+}
+
+// With as many documents and parts as a share of the work that is left allows.
+Search::Stage Search::make_stage(const char *name, double share,
+                                 std::uint32_t nr_parts,
+                                 const std::vector<Settings> &typical,
+                                 double nr_trials) const {
+  Stage stage;
+  stage.name = name;
+  stage.work_left =
+      share == 1.0 ? std::max(work_ - work_done_, 0.1 * work_) : share * work_;
+  const auto fits = [&] {
+    double work = 0.0;
+    for (const Settings &settings : typical)
+      work += work_in(stage, settings);
+    return work * nr_trials / double(typical.size()) <= stage.work_left &&
+           double(stage.size.nr_docs) * double(stage.size.nr_classes) * 8.0 <=
+               largest_matrix;
+  };
+  stage.nr_docs = examples_.size();
+  stage.size = examples_.size_of(stage.nr_docs);
+  for (const std::uint32_t more_parts : {usual_parts, 3U, 2U}) {
+    stage.nr_parts = more_parts;
+    if (more_parts >= nr_parts && fits())
+      return stage;
+  }
+  stage.nr_parts = nr_parts;
+  constexpr std::size_t fewest_docs = 100;
+  while (stage.nr_docs > fewest_docs && !fits()) {
+    stage.nr_docs -= stage.nr_docs / 8;
+    stage.size = examples_.size_of(stage.nr_docs);
+  }
+  return stage;
+}
+
+double Search::work_in(const Stage &stage, const Settings &settings) const {
+  return work_of(settings, stage.nr_parts, stage.size);
+}
+
+void Search::try_all(Stage &stage, const std::vector<Settings> &all,
+                     const std::vector<Params> &other_judging) {
+  std::vector<Trial> trials;
+  std::set<std::string> known;
+  for (const Settings &settings : all) {
+    const std::string text = description(settings);
+    if (stage.findings.contains(text) || !known.insert(text).second)
+      continue;
+    Trial trial = {settings, stage.nr_docs, stage.nr_parts, other_judging};
+    trial.nr_parts = std::uint32_t(std::min<std::size_t>(
+        trial.nr_parts, std::max(stage.nr_docs, std::size_t{2})));
+    trials.push_back(std::move(trial));
+  }
+  show_progress();
+  const auto results = run_trials(examples_, trials, [&](const Trial &trial) {
+    const double work = work_in(stage, trial.settings);
+    ++nr_trials_;
+    work_done_ += work;
+    stage.work_left -= work;
+    show_progress();
+  });
+  for (std::size_t i = 0; i < trials.size(); ++i) {
+    if (results[i].empty()) {
+      // One that was cut off has not failed.
+      if (stop_signal() == 0)
+        write_line(stage, trials[i].settings, nullptr);
+      continue;
+    }
+    add(stage, trials[i].settings, results[i][0]);
+    for (std::size_t way = 0; way < other_judging.size(); ++way) {
+      Settings settings = trials[i].settings;
+      settings.params.walk = other_judging[way].walk;
+      settings.params.insignificant = other_judging[way].insignificant;
+      settings.params.max_ranks = other_judging[way].max_ranks;
+      add(stage, settings, results[i][way + 1]);
+    }
+  }
+  table_.flush();
+  // Should the search be stopped in the next stage.
+  const std::vector<const Finding *> order = ranked(stage);
+  if (!order.empty())
+    best_ = *order.front();
+}
+
+void Search::add(Stage &stage, const Settings &settings, Decisions decisions) {
+  Finding finding = {settings, stage.nr_docs, stage.nr_parts,
+                     quality_of(decisions, common_.f_parameter),
+                     std::move(decisions)};
+  write_line(stage, settings, &finding);
+  stage.findings.emplace(description(settings), std::move(finding));
+}
+
+void Search::write_line(const Stage &stage, const Settings &settings,
+                        const Finding *finding_P) {
+  table_ << stage.name << '\t' << stage.nr_docs << '\t' << stage.nr_parts
+         << '\t' << description(settings);
+  if (finding_P == nullptr) {
+    table_ << "\tfailed\n";
+    return;
+  }
+  const Quality &quality = finding_P->quality;
+  char text[64];
+  std::snprintf(text, sizeof text, "\t%.4f\t%.4f\t%.4f\n", quality.precision,
+                quality.recall, quality.f);
+  table_ << text;
+}
+
+void Search::show_progress() {
+  if (isatty(STDERR_FILENO) != 1)
+    return;
+  const double seconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - begin_)
+          .count();
+  const double share = std::min(work_done_ / work_planned_, 1.0);
+  std::string text = "\rvek-tune: " + std::to_string(nr_trials_) + " trials, " +
+                     std::to_string(int(100.0 * share)) + " % of the work";
+  if (share > 0.0) {
+    const auto left = unsigned(seconds / share * (1.0 - share));
+    char time[40];
+    std::snprintf(time, sizeof time, ", at most %u:%02u:%02u left", left / 3600,
+                  left / 60 % 60, left % 60);
+    text += time;
+  }
+  std::fputs((text + "\x1B[K").c_str(), stderr);
+}
+
+std::vector<const Finding *> Search::ranked(const Stage &stage) const {
+  std::vector<const Finding *> order;
+  for (const auto &[text, finding] : stage.findings)
+    order.push_back(&finding);
+  std::ranges::stable_sort(order, {}, [&](const Finding *finding_P) {
+    return std::pair(-finding_P->quality.f,
+                     work_in(stage, finding_P->settings));
+  });
+  return order;
+}
+
+std::vector<const Finding *> Search::classifiers_of(const Stage &stage) const {
+  std::vector<const Finding *> best;
+  std::set<Algorithm> seen;
+  for (const Finding *finding_P : ranked(stage)) {
+    if (seen.insert(finding_P->settings.params.algorithm).second)
+      best.push_back(finding_P);
+  }
+  return best;
+}
+
+// So far behind that neither chance nor better settings will make up for it.
+bool Search::is_hopeless(const Finding &finding, const Finding &best) const {
+  const double behind = best.quality.f - finding.quality.f;
+  return behind > 0.03 &&
+         behind > 3.0 * error_of_difference(finding.decisions, best.decisions,
+                                            common_.f_parameter);
+}
+
+// Walks uphill from several starts at once.
+void Search::climb(Stage &stage, const std::vector<const Finding *> &starts) {
+  std::vector<Settings> centres;
+  for (const Finding *finding_P : starts)
+    centres.push_back(finding_P->settings);
+  try_all(stage, centres);
+  // Axes along which no step has helped; empty: all are tried.
+  std::vector<std::set<int>> idle(centres.size());
+  constexpr int most_rounds = 5;
+  for (int round = 0; round < most_rounds && !centres.empty() &&
+                      stage.work_left > 0.0 && stop_signal() == 0;
+       ++round) {
+    const auto finding_of = [&](const Settings &settings) -> const Finding * {
+      const auto place = stage.findings.find(description(settings));
+      return place == stage.findings.end() ? nullptr : &place->second;
+    };
+    const auto step_to = [](Settings settings, const Step &step) {
+      step.take(settings);
+      return settings;
+    };
+    std::vector<std::vector<Step>> steps;
+    std::vector<Settings> all;
+    for (std::size_t i = 0; i < centres.size(); ++i) {
+      steps.push_back(steps_from(centres[i], with_words_));
+      for (const Step &step : steps[i]) {
+        if (!idle[i].contains(step.axis))
+          all.push_back(step_to(centres[i], step));
+      }
+    }
+    try_all(stage, all);
+    // The best step of each axis; then all of these that help, at once.
+    std::vector<Settings> together;
+    std::vector<Settings> next_centres;
+    std::vector<std::set<int>> next_idle;
+    for (std::size_t i = 0; i < centres.size(); ++i) {
+      const Finding *const centre_P = finding_of(centres[i]);
+      if (centre_P == nullptr)
+        continue;
+      std::map<int, std::pair<double, const Step *>> gains;
+      std::set<int> axes;
+      for (const Step &step : steps[i]) {
+        axes.insert(step.axis);
+        const Finding *const there_P = finding_of(step_to(centres[i], step));
+        if (there_P == nullptr || there_P->quality.f <= centre_P->quality.f)
+          continue;
+        auto &[f, best_P] = gains[step.axis];
+        if (there_P->quality.f > f) {
+          f = there_P->quality.f;
+          best_P = &step;
+        }
+      }
+      if (gains.empty())
+        continue;
+      std::vector<std::pair<double, const Step *>> order;
+      Settings united = centres[i];
+      for (const auto &[axis, gain] : gains) {
+        axes.erase(axis);
+        order.push_back(gain);
+        gain.second->take(united);
+      }
+      std::ranges::stable_sort(order, std::ranges::greater(),
+                               &std::pair<double, const Step *>::first);
+      Settings first_two = centres[i];
+      for (std::size_t k = 0; k < std::min<std::size_t>(order.size(), 2); ++k)
+        order[k].second->take(first_two);
+      together.push_back(united);
+      together.push_back(first_two);
+      next_centres.push_back(centres[i]);
+      next_idle.push_back(axes);
+    }
+    try_all(stage, together);
+    // On from the best that each classifier has.
+    for (Settings &centre : next_centres) {
+      for (const Finding *finding_P : classifiers_of(stage)) {
+        if (finding_P->settings.params.algorithm == centre.params.algorithm)
+          centre = finding_P->settings;
+      }
+    }
+    centres = std::move(next_centres);
+    idle = std::move(next_idle);
+  }
+}
+
+// The best; but what takes less work is chosen where the difference is within
+// half its standard error, and all terms where words alone are not better by
+// more than that error.
+const Finding &Search::choose(const Stage &stage) const {
+  std::vector<const Finding *> order = ranked(stage);
+  const auto error_to = [&](const Finding &a, const Finding &b) {
+    return error_of_difference(a.decisions, b.decisions, common_.f_parameter);
+  };
+  const auto all_terms = std::ranges::find(
+      order, Terms::all,
+      [](const Finding *finding_P) { return finding_P->settings.terms; });
+  if (all_terms != order.begin() && all_terms != order.end() &&
+      order.front()->quality.f - (*all_terms)->quality.f <=
+          error_to(*order.front(), **all_terms)) {
+    std::erase_if(order, [](const Finding *finding_P) {
+      return finding_P->settings.terms == Terms::words;
+    });
+  }
+  const Finding &best = *order.front();
+  const Finding *chosen_P = &best;
+  for (const Finding *finding_P : order) {
+    if (finding_P->settings.terms == best.settings.terms &&
+        work_in(stage, finding_P->settings) <
+            work_in(stage, chosen_P->settings) &&
+        best.quality.f - finding_P->quality.f <=
+            0.5 * error_to(best, *finding_P)) {
+      chosen_P = finding_P;
+    }
+  }
+  return *chosen_P;
+}
+
+}  // namespace vek::tuning
