@@ -99,16 +99,19 @@ bool Examples::read_profiles(const Model &model, Failure &failure) {
   is_word_.resize(model.terms().size());
   for (std::uint32_t id = 0; id < model.terms().size(); ++id)
     is_word_[id] = model.terms().mod(id) == EmptyAtom;
-  bool has_words = false;
-  bool has_others = false;
+  double nr_terms = 0.0;
+  double nr_words = 0.0;
   for (Example &example : examples_) {
     example.profile.clear();
     if (!model.read_profile(example.name, example.profile, failure))
       return false;
-    for (const DocProfileEntry &entry : example.profile)
-      (is_word_[entry.term] ? has_words : has_others) = true;
+    nr_terms += double(example.profile.size());
+    nr_words += double(std::ranges::count_if(
+        example.profile, [&](const DocProfileEntry &entry) -> bool {
+          return is_word_[entry.term];
+        }));
   }
-  has_pairs_ = has_words && has_others;
+  share_of_words_ = nr_terms > 0.0 ? nr_words / nr_terms : 1.0;
   return true;
 }
 
@@ -145,6 +148,7 @@ Examples::Size Examples::size_of(std::size_t nr_docs) const {
   Size size;
   size.nr_docs = nr_docs;
   size.nr_classes = classes.size();
+  size.share_of_words = share_of_words_;
   for (const auto &[key, father] : classes) {
     if (father.sons.empty())
       continue;

@@ -34,6 +34,8 @@ class Examples {
     // holds it, and once more for each of those sons.
     double nr_terms = 0.0;
     double nr_terms_by_son = 0.0;
+    // Of the terms of all documents.
+    double share_of_words = 1.0;
   };
 
   // Reads a training list. False, with `failure` filled in, if it cannot be
@@ -55,8 +57,10 @@ class Examples {
   // has.
   std::size_t nr_classes() const;
   std::size_t most_classes() const;
-  // Some profile has a term of each kind.
-  bool has_pairs() const { return has_pairs_; }
+  // Some terms of the documents are words, and some are not.
+  bool has_pairs() const {
+    return share_of_words_ > 0.0 && share_of_words_ < 1.0;
+  }
   std::size_t nr_terms() const { return is_word_.size(); }
 
   // Fills the empty table with the first documents.
@@ -69,7 +73,7 @@ class Examples {
   std::vector<Example> examples_;
   tsl::robin_map<std::string, std::size_t> places_;
   std::vector<bool> is_word_;  // by term
-  bool has_pairs_ = false;
+  double share_of_words_ = 1.0;
 };
 
 }  // namespace vek::tuning

@@ -48,26 +48,41 @@ struct Arguments {
   bool force = false;
 };
 
-// Errors of a resource file, told as they come.
-class ResourceMessages : public Messages {
+// The first error of a resource file.
+class FirstError : public Messages {
  public:
-  void error(std::string_view text) override { report(program, text); }
+  void error(std::string_view text) override {
+    if (text_.empty())
+      text_ = text;
+  }
+  const std::string &text() const { return text_; }
+
+ private:
+  std::string text_;
 };
 
 // As vek reads it.
-bool read_resources(const std::string &name, Params &params) {
-  const Path path("", name.empty() ? "vek" : name, resource_suffix);
+bool read_resources(const std::string &name, Params &params, Failure &failure) {
+  const std::string path =
+      Path("", name.empty() ? "vek" : name, resource_suffix);
   if (name.empty() && !file_exists(path))
     return true;
   std::string text;
   if (read_file(path, text) != ReadResult::ok) {
-    report(program, std::string(path) + ": " + std::strerror(errno));
+    failure = {path, "", std::strerror(errno)};
     return false;
   }
-  ResourceMessages messages;
+  FirstError messages;
   RcParser parser(&params, text, path.c_str(), messages);
   parser.parse();
-  return parser.nr_errors() == 0;
+  if (parser.nr_errors() == 0)
+    return true;
+  std::string reason = messages.text();
+  const std::string prefix = "file " + path + ": ";
+  if (reason.starts_with(prefix))
+    reason.erase(0, prefix.size());
+  failure = {path, "", reason};
+  return false;
 }
 
 // Whether the result can be written, before a long search for it.
@@ -208,14 +223,10 @@ bool tune(const Arguments &arguments, Failure &failure) {
   Params params;
   const std::string output = Path("", arguments.output, resource_suffix);
   Examples examples;
-  if (!check_output(output, arguments.force, failure) ||
+  if (!read_resources(arguments.resources, params, failure) ||
+      !check_output(output, arguments.force, failure) ||
       !examples.read_list(
           Path(arguments.examples, list_name(ListKind::train), ""), failure)) {
-    return false;
-  }
-  if (!read_resources(arguments.resources, params)) {
-    failure = {arguments.resources.empty() ? "vek.rc" : arguments.resources, "",
-               "the settings cannot be used"};
     return false;
   }
   examples.choose(
@@ -232,8 +243,6 @@ bool tune(const Arguments &arguments, Failure &failure) {
                 examples.has_pairs() && can_leave_out_pairs(params.analyser),
                 arguments.budget, std::cout);
   search.run();
-  if (isatty(STDERR_FILENO) == 1)
-    std::fputs("\r\x1B[K", stderr);
   if (!search.has_found()) {
     failure = {arguments.examples, "",
                stop_signal() != 0 ? "stopped before anything was found"
@@ -272,7 +281,7 @@ int main(int nr_arguments, char **arguments) {
   app.add_option("-b,--budget", values.budget,
                  "so many times the usual work, 0.01 to 1000 (1)")
       ->type_name("NUMBER")
-      ->check(CLI::Range(0.01, 1000.0));
+      ->check(CLI::Range(0.01, 1000.0).description(""));
   app.add_flag("-f,--force", values.force, "replace the file if it is there");
   app.footer("Exit status: 0 done, 2 failure");
   if (const std::optional<int> status = line.parse(nr_arguments, arguments))

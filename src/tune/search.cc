@@ -16,7 +16,7 @@ namespace {
 
 // The usual amount: a minute and a half of two processors that have nothing
 // else to do.
-constexpr double usual_work = 110e6;
+constexpr double usual_work = 150e6;
 
 // Bytes of a child's largest table.
 constexpr double largest_matrix = 1e9;
@@ -44,6 +44,14 @@ Params common_params(const Params &own, std::uint32_t max_ranks) {
   return params;
 }
 
+// Of a classifier, until none helps any more.
+constexpr double usual_nr_steps = 22.0;
+
+Settings after(Settings settings, const Step &step) {
+  step.take(settings);
+  return settings;
+}
+
 }  // namespace
 
 Search::Search(const Examples &examples, const Params &own, bool with_words,
@@ -54,7 +62,8 @@ Search::Search(const Examples &examples, const Params &own, bool with_words,
       table_(table),
       most_ranks_(std::min(
           std::uint32_t(std::max(examples.most_classes(), std::size_t{1})),
-          largest_max_ranks)) {
+          largest_max_ranks)),
+      is_terminal_(isatty(STDERR_FILENO) == 1) {
   const auto nr_several = std::ranges::count_if(
       examples.examples(),
       [](const auto &example) { return example.classes.size() > 1; });
@@ -66,73 +75,68 @@ Search::Search(const Examples &examples, const Params &own, bool with_words,
 void Search::run() {
   table_ << "stage\tdocuments\tparts\t" << description_head
          << "\tprecision\trecall\tf\n";
-  // What is left of a stage's share goes to the next ones.
-  work_planned_ = work_;
   const std::vector<Settings> firsts = first_settings(common_, with_words_);
   Stage first = make_stage("first", 0.15, 2, firsts, double(firsts.size()));
   try_all(first, firsts);
-  if (stop_signal() != 0)
-    return;
 
-  std::vector<Settings> seconds;
-  std::map<Algorithm, int> numbers;
-  const std::vector<const Finding *> order = ranked(first);
-  for (const Finding *finding_P : order) {
-    if (!is_hopeless(*finding_P, *order.front()) &&
-        numbers[finding_P->settings.params.algorithm]++ < 3) {
-      seconds.push_back(finding_P->settings);
-    }
-  }
-  if (seconds.empty())
+  const std::vector<Settings> seconds = not_hopeless(first);
+  if (seconds.empty() || stop_signal() != 0)
     return;
   Stage second = make_stage("second", 0.15, 3, seconds, double(seconds.size()));
   try_all(second, seconds);
-  if (stop_signal() != 0)
-    return;
 
   std::vector<const Finding *> starts = classifiers_of(second);
-  if (starts.empty())
+  if (starts.empty() || stop_signal() != 0)
     return;
-  if (starts.size() > 1) {
+  if (starts.size() > 1)
     starts.resize(is_hopeless(*starts[1], *starts[0]) ? 1 : 2);
-  }
   std::vector<Settings> typical;
   for (const Finding *finding_P : starts)
     typical.push_back(finding_P->settings);
-  constexpr double nr_steps = 22.0;
-  Stage steps =
-      make_stage("steps", 0.4, 3, typical, nr_steps * double(typical.size()));
+  Stage steps = make_stage("steps", 0.4, 3, typical,
+                           usual_nr_steps * double(typical.size()));
   climb(steps, starts);
-  if (stop_signal() != 0)
-    return;
 
-  // The best of each classifier and those behind them; and, as words alone
-  // have to win clearly, their like with all terms.
-  std::vector<Settings> finalists;
-  const auto add_finalist = [&](const Settings &settings) {
-    const bool is_new =
-        std::ranges::none_of(finalists, [&](const Settings &other) {
-          return description(other) == description(settings);
-        });
-    if (is_new)
-      finalists.push_back(settings);
-  };
-  for (const Finding *finding_P : classifiers_of(steps))
-    add_finalist(finding_P->settings);
-  for (const Finding *finding_P : ranked(steps)) {
-    if (finalists.size() < 4)
-      add_finalist(finding_P->settings);
-  }
-  if (!finalists.empty() && finalists[0].terms == Terms::words) {
-    Settings like = finalists[0];
-    like.terms = Terms::all;
-    add_finalist(like);
-  }
+  const std::vector<Settings> finalists = best_few(steps);
+  if (finalists.empty() || stop_signal() != 0)
+    return;
   Stage last =
       make_stage("last", 1.0, usual_parts, finalists, double(finalists.size()));
   try_all(last, finalists, ways_to_judge());
-  if (!last.findings.empty())
-    best_ = choose(last);
+}
+
+std::vector<Settings> Search::not_hopeless(const Stage &stage) const {
+  constexpr int most_of_classifier = 3;
+  std::vector<Settings> all;
+  std::map<Algorithm, int> numbers;
+  const std::vector<const Finding *> order = ranked(stage);
+  for (const Finding *finding_P : order) {
+    if (!is_hopeless(*finding_P, *order.front()) &&
+        numbers[finding_P->settings.params.algorithm]++ < most_of_classifier) {
+      all.push_back(finding_P->settings);
+    }
+  }
+  return all;
+}
+
+// The best of each classifier, and those behind them; and as words alone have
+// to win clearly, their like with all terms.
+std::vector<Settings> Search::best_few(const Stage &stage) const {
+  constexpr std::size_t few = 4;
+  std::vector<const Finding *> order = classifiers_of(stage);
+  for (const Finding *finding_P : ranked(stage)) {
+    if (order.size() < few &&
+        std::ranges::find(order, finding_P) == order.end())
+      order.push_back(finding_P);
+  }
+  std::vector<Settings> all;
+  for (const Finding *finding_P : order)
+    all.push_back(finding_P->settings);
+  if (!all.empty() && all[0].terms == Terms::words) {
+    all.push_back(all[0]);
+    all.back().terms = Terms::all;
+  }
+  return all;
 }
 
 std::vector<Params> Search::ways_to_judge() const {
@@ -165,12 +169,11 @@ Search::Stage Search::make_stage(const char *name, double share,
   };
   stage.nr_docs = examples_.size();
   stage.size = examples_.size_of(stage.nr_docs);
-  for (const std::uint32_t more_parts : {usual_parts, 3U, 2U}) {
-    stage.nr_parts = more_parts;
+  for (const std::uint32_t more_parts : {usual_parts, 3U, nr_parts}) {
+    stage.nr_parts = std::min(more_parts, std::uint32_t(stage.nr_docs));
     if (more_parts >= nr_parts && fits())
       return stage;
   }
-  stage.nr_parts = nr_parts;
   constexpr std::size_t fewest_docs = 100;
   while (stage.nr_docs > fewest_docs && !fits()) {
     stage.nr_docs -= stage.nr_docs / 8;
@@ -191,10 +194,7 @@ void Search::try_all(Stage &stage, const std::vector<Settings> &all,
     const std::string text = description(settings);
     if (stage.findings.contains(text) || !known.insert(text).second)
       continue;
-    Trial trial = {settings, stage.nr_docs, stage.nr_parts, other_judging};
-    trial.nr_parts = std::uint32_t(std::min<std::size_t>(
-        trial.nr_parts, std::max(stage.nr_docs, std::size_t{2})));
-    trials.push_back(std::move(trial));
+    trials.push_back({settings, stage.nr_docs, stage.nr_parts, other_judging});
   }
   show_progress();
   const auto results = run_trials(examples_, trials, [&](const Trial &trial) {
@@ -204,6 +204,7 @@ void Search::try_all(Stage &stage, const std::vector<Settings> &all,
     stage.work_left -= work;
     show_progress();
   });
+  erase_progress();
   for (std::size_t i = 0; i < trials.size(); ++i) {
     if (results[i].empty()) {
       // One that was cut off has not failed.
@@ -222,13 +223,15 @@ void Search::try_all(Stage &stage, const std::vector<Settings> &all,
   }
   table_.flush();
   // Should the search be stopped in the next stage.
-  const std::vector<const Finding *> order = ranked(stage);
-  if (!order.empty())
-    best_ = *order.front();
+  if (!stage.findings.empty())
+    best_ = choose(stage);
 }
 
 void Search::add(Stage &stage, const Settings &settings, Decisions decisions) {
-  Finding finding = {settings, stage.nr_docs, stage.nr_parts,
+  Finding finding = {stage.findings.size(),
+                     settings,
+                     stage.nr_docs,
+                     stage.nr_parts,
                      quality_of(decisions, common_.f_parameter),
                      std::move(decisions)};
   write_line(stage, settings, &finding);
@@ -250,13 +253,18 @@ void Search::write_line(const Stage &stage, const Settings &settings,
   table_ << text;
 }
 
-void Search::show_progress() {
-  if (isatty(STDERR_FILENO) != 1)
+void Search::erase_progress() const {
+  if (is_terminal_)
+    std::fputs("\r\x1B[K", stderr);
+}
+
+void Search::show_progress() const {
+  if (!is_terminal_)
     return;
   const double seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - begin_)
           .count();
-  const double share = std::min(work_done_ / work_planned_, 1.0);
+  const double share = std::min(work_done_ / work_, 1.0);
   std::string text = "\rvek-tune: " + std::to_string(nr_trials_) + " trials, " +
                      std::to_string(int(100.0 * share)) + " % of the work";
   if (share > 0.0) {
@@ -273,9 +281,9 @@ std::vector<const Finding *> Search::ranked(const Stage &stage) const {
   std::vector<const Finding *> order;
   for (const auto &[text, finding] : stage.findings)
     order.push_back(&finding);
-  std::ranges::stable_sort(order, {}, [&](const Finding *finding_P) {
-    return std::pair(-finding_P->quality.f,
-                     work_in(stage, finding_P->settings));
+  // What was tried first is what does well elsewhere.
+  std::ranges::sort(order, {}, [](const Finding *finding_P) {
+    return std::pair(-finding_P->quality.f, finding_P->number);
   });
   return order;
 }
@@ -298,87 +306,82 @@ bool Search::is_hopeless(const Finding &finding, const Finding &best) const {
                                             common_.f_parameter);
 }
 
-// Walks uphill from several starts at once.
+const Finding *Search::find(const Stage &stage, const Settings &settings) {
+  const auto place = stage.findings.find(description(settings));
+  return place == stage.findings.end() ? nullptr : &place->second;
+}
+
+// Walks uphill from several starts at once, so that all processors have work.
 void Search::climb(Stage &stage, const std::vector<const Finding *> &starts) {
-  std::vector<Settings> centres;
-  for (const Finding *finding_P : starts)
-    centres.push_back(finding_P->settings);
-  try_all(stage, centres);
-  // Axes along which no step has helped; empty: all are tried.
-  std::vector<std::set<int>> idle(centres.size());
+  std::vector<Climber> climbers;
+  std::vector<Settings> all;
+  for (const Finding *finding_P : starts) {
+    climbers.push_back({finding_P->settings, {}});
+    all.push_back(finding_P->settings);
+  }
+  try_all(stage, all);
   constexpr int most_rounds = 5;
-  for (int round = 0; round < most_rounds && !centres.empty() &&
+  for (int round = 0; round < most_rounds && !climbers.empty() &&
                       stage.work_left > 0.0 && stop_signal() == 0;
        ++round) {
-    const auto finding_of = [&](const Settings &settings) -> const Finding * {
-      const auto place = stage.findings.find(description(settings));
-      return place == stage.findings.end() ? nullptr : &place->second;
-    };
-    const auto step_to = [](Settings settings, const Step &step) {
-      step.take(settings);
-      return settings;
-    };
-    std::vector<std::vector<Step>> steps;
-    std::vector<Settings> all;
-    for (std::size_t i = 0; i < centres.size(); ++i) {
-      steps.push_back(steps_from(centres[i], with_words_));
-      for (const Step &step : steps[i]) {
-        if (!idle[i].contains(step.axis))
-          all.push_back(step_to(centres[i], step));
+    all.clear();
+    for (const Climber &climber : climbers) {
+      for (const Step &step : steps_from(climber.place, with_words_)) {
+        if (!climber.idle.contains(step.axis))
+          all.push_back(after(climber.place, step));
       }
     }
     try_all(stage, all);
-    // The best step of each axis; then all of these that help, at once.
-    std::vector<Settings> together;
-    std::vector<Settings> next_centres;
-    std::vector<std::set<int>> next_idle;
-    for (std::size_t i = 0; i < centres.size(); ++i) {
-      const Finding *const centre_P = finding_of(centres[i]);
-      if (centre_P == nullptr)
-        continue;
-      std::map<int, std::pair<double, const Step *>> gains;
-      std::set<int> axes;
-      for (const Step &step : steps[i]) {
-        axes.insert(step.axis);
-        const Finding *const there_P = finding_of(step_to(centres[i], step));
-        if (there_P == nullptr || there_P->quality.f <= centre_P->quality.f)
-          continue;
-        auto &[f, best_P] = gains[step.axis];
-        if (there_P->quality.f > f) {
-          f = there_P->quality.f;
-          best_P = &step;
-        }
-      }
-      if (gains.empty())
-        continue;
-      std::vector<std::pair<double, const Step *>> order;
-      Settings united = centres[i];
-      for (const auto &[axis, gain] : gains) {
-        axes.erase(axis);
-        order.push_back(gain);
-        gain.second->take(united);
-      }
-      std::ranges::stable_sort(order, std::ranges::greater(),
-                               &std::pair<double, const Step *>::first);
-      Settings first_two = centres[i];
-      for (std::size_t k = 0; k < std::min<std::size_t>(order.size(), 2); ++k)
-        order[k].second->take(first_two);
-      together.push_back(united);
-      together.push_back(first_two);
-      next_centres.push_back(centres[i]);
-      next_idle.push_back(axes);
-    }
-    try_all(stage, together);
-    // On from the best that each classifier has.
-    for (Settings &centre : next_centres) {
+    all.clear();
+    std::erase_if(climbers, [&](Climber &climber) {
+      return !unite_gains(stage, climber, all);
+    });
+    try_all(stage, all);
+    for (Climber &climber : climbers) {
       for (const Finding *finding_P : classifiers_of(stage)) {
-        if (finding_P->settings.params.algorithm == centre.params.algorithm)
-          centre = finding_P->settings;
+        const Settings &best = finding_P->settings;
+        if (best.params.algorithm == climber.place.params.algorithm)
+          climber.place = best;
       }
     }
-    centres = std::move(next_centres);
-    idle = std::move(next_idle);
   }
+}
+
+// Adds the climber's place after the best steps of all axes that have one that
+// helps, and after the best two of these; all other axes are idle from then on.
+// False if no step helps.
+bool Search::unite_gains(const Stage &stage, Climber &climber,
+                         std::vector<Settings> &all) const {
+  const Finding *const here_P = find(stage, climber.place);
+  if (here_P == nullptr)
+    return false;
+  struct Gain {
+    double f = 0.0;
+    Step step;
+  };
+  std::map<int, Gain> gains;  // by axis
+  for (const Step &step : steps_from(climber.place, with_words_)) {
+    const Finding *const there_P = find(stage, after(climber.place, step));
+    climber.idle.insert(step.axis);
+    if (there_P == nullptr || there_P->quality.f <= here_P->quality.f)
+      continue;
+    Gain &gain = gains[step.axis];
+    if (there_P->quality.f > gain.f)
+      gain = {there_P->quality.f, step};
+  }
+  std::vector<Gain> order;
+  Settings united = climber.place;
+  for (const auto &[axis, gain] : gains) {
+    climber.idle.erase(axis);
+    gain.step.take(united);
+    order.push_back(gain);
+  }
+  all.push_back(united);
+  std::ranges::stable_sort(order, std::ranges::greater(), &Gain::f);
+  if (order.size() > 2) {
+    all.push_back(after(after(climber.place, order[0].step), order[1].step));
+  }
+  return !gains.empty();
 }
 
 // The best; but what takes less work is chosen where the difference is within

@@ -20,6 +20,7 @@
 #include <cstdint>
 #include <map>
 #include <ostream>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,7 @@
 namespace vek::tuning {
 
 struct Finding {
+  std::size_t number = 0;  // in the order in which a stage has tried
   Settings settings;
   std::size_t nr_docs = 0;
   std::uint32_t nr_parts = 0;
@@ -51,7 +53,6 @@ class Search {
   // False if no trial has found any class of a document.
   bool has_found() const { return best_.quality.f > 0.0; }
   const Finding &best() const { return best_; }
-  std::size_t nr_trials() const { return nr_trials_; }
 
  private:
   struct Stage {
@@ -73,15 +74,27 @@ class Search {
   void add(Stage &stage, const Settings &settings, Decisions decisions);
   void write_line(const Stage &stage, const Settings &settings,
                   const Finding *finding_P);
-  void show_progress();
+  void show_progress() const;
+  void erase_progress() const;
 
+  static const Finding *find(const Stage &stage, const Settings &settings);
   // The findings, best first, and the best of each classifier in that order.
   std::vector<const Finding *> ranked(const Stage &stage) const;
   std::vector<const Finding *> classifiers_of(const Stage &stage) const;
   bool is_hopeless(const Finding &finding, const Finding &best) const;
+  std::vector<Settings> not_hopeless(const Stage &stage) const;
+
+  struct Climber {
+    Settings place;
+    std::set<int> idle;  // axes along which no step has helped
+  };
   void climb(Stage &stage, const std::vector<const Finding *> &starts);
-  const Finding &choose(const Stage &stage) const;
+  bool unite_gains(const Stage &stage, Climber &climber,
+                   std::vector<Settings> &all) const;
+
+  std::vector<Settings> best_few(const Stage &stage) const;
   std::vector<Params> ways_to_judge() const;
+  const Finding &choose(const Stage &stage) const;
 
   const Examples &examples_;
   const bool with_words_;
@@ -92,7 +105,7 @@ class Search {
   Finding best_;
   std::size_t nr_trials_ = 0;
   double work_done_ = 0.0;
-  double work_planned_ = 0.0;
+  const bool is_terminal_;
   const std::chrono::steady_clock::time_point begin_ =
       std::chrono::steady_clock::now();
 };

@@ -196,6 +196,17 @@ void add_steps(std::vector<Step> &steps, int axis, const Settings &settings,
 
 constexpr std::ptrdiff_t any = 100;
 
+// Logistic regression wants costs that are that much higher.
+void set_loss(Params &params, LinearLoss loss) {
+  constexpr double factor = 8.0;
+  LinearParams &own = params.linear;
+  if (loss == LinearLoss::logistic)
+    own.cost = std::min(own.cost * factor, costs.back());
+  else if (own.loss == LinearLoss::logistic)
+    own.cost = std::max(own.cost / factor, costs.front());
+  own.loss = loss;
+}
+
 }  // namespace
 
 std::vector<Step> steps_from(const Settings &settings, bool with_words) {
@@ -256,7 +267,7 @@ std::vector<Step> steps_from(const Settings &settings, bool with_words) {
           [](const Params &p, LinearLoss loss) {
             return p.linear.loss == loss;
           },
-          [](Params &p, LinearLoss loss) { p.linear.loss = loss; });
+          set_loss);
       break;
     case Algorithm::sbc:
       break;

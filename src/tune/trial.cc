@@ -126,7 +126,7 @@ double work_of(const Settings &settings, std::uint32_t nr_parts,
   // Measured on ten collections, in microseconds of a processor of its time.
   constexpr double learn = 0.8;
   constexpr double winnow_pass = 0.1;
-  constexpr double machine = 0.015;
+  constexpr double machine = 0.012;
   constexpr double judge_class = 1.0;
   const Params &params = settings.params;
   double training = learn * size.nr_terms;
@@ -135,6 +135,8 @@ double work_of(const Settings &settings, std::uint32_t nr_parts,
   } else if (params.algorithm == Algorithm::linear) {
     training += machine * size.nr_terms_by_son;
   }
+  if (settings.terms == Terms::words)
+    training *= size.share_of_words;
   return double(nr_parts - 1) * training +
          judge_class * double(size.nr_docs) * double(size.nr_classes);
 }
