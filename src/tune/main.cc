@@ -270,11 +270,9 @@ int main(int nr_arguments, char **arguments) {
   Arguments values;
   CLI::App &app = line.app();
   app.add_option("examples-directory", values.examples,
-                 "directory with the training list")
-      ->required();
+                 "directory with the training list");
   app.add_option("-o,--output", values.output, "resource file to write")
-      ->type_name("FILE")
-      ->required();
+      ->type_name("FILE");
   app.add_option("-r,--resource", values.resources,
                  "resource file to begin with, as vek's -r (vek.rc)")
       ->type_name("FILE");
@@ -286,6 +284,12 @@ int main(int nr_arguments, char **arguments) {
   app.footer("Exit status: 0 done, 2 failure");
   if (const std::optional<int> status = line.parse(nr_arguments, arguments))
     return *status;
+  if (values.examples.empty() || values.output.empty()) {
+    report(program, values.examples.empty()
+                        ? "an examples directory is needed"
+                        : "a file to write is needed, with --output");
+    return exit_usage;
+  }
   // Whoever reads the table may go before the search ends.
   std::signal(SIGPIPE, SIG_IGN);
   watch_stop_signals();

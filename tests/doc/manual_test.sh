@@ -2,7 +2,7 @@
 # What the programs say of their options, what the manual pages say, what the
 # completions offer and what the programs take are the same.
 #
-#   manual_test.sh DOC-DIRECTORY VEK VEK-ANALYSE VEK-CHECK VEK-DATA
+#   manual_test.sh DOC-DIRECTORY VEK VEK-ANALYSE VEK-CHECK VEK-DATA VEK-TUNE
 set -eu
 export LC_ALL=C
 doc=$(realpath "$1")
@@ -10,6 +10,7 @@ vek=$(realpath "$2")
 analyse=$(realpath "$3")
 check=$(realpath "$4")
 data=$(realpath "$5")
+tune=$(realpath "$6")
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -49,7 +50,7 @@ compare() { # NAME OF WHAT
   diff wanted found >difference || fail "$1: $(cat difference)"
 }
 
-for program in "$vek" "$analyse" "$check" "$data"; do
+for program in "$vek" "$analyse" "$check" "$data" "$tune"; do
   name=$(basename "$program")
   options_of_help "$program" | sort -u >wanted
   [ "$(wc -l <wanted)" -ge 6 ] || fail "$name -h: no options found"
