@@ -132,6 +132,14 @@ std::size_t Examples::most_classes() const {
   return most;
 }
 
+double Examples::share_of_several() const {
+  const auto nr_several = std::ranges::count_if(
+      examples_,
+      [](const Example &example) { return example.classes.size() > 1; });
+  return double(nr_several) /
+         double(std::max(examples_.size(), std::size_t{1}));
+}
+
 void Examples::fill(std::size_t nr_docs, ClassTable &classes) const {
   classes.enter("top", 0);
   for (std::size_t i = 0; i < nr_docs; ++i) {
@@ -161,11 +169,11 @@ Examples::Size Examples::size_of(std::size_t nr_docs) const {
   return size;
 }
 
-void Examples::read(const std::string &name, Terms terms,
+void Examples::read(const std::string &name, bool words_only,
                     DocProfile &profile) const {
   const DocProfile &all = examples_[places_.at(name)].profile;
   for (const DocProfileEntry &entry : all) {
-    if (terms == Terms::all || is_word_[entry.term])
+    if (!words_only || is_word_[entry.term])
       profile.add_term(entry.term, entry.freq);
   }
 }

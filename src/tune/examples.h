@@ -15,7 +15,6 @@
 #include "intake/docprof.h"
 #include "intake/documents.h"
 #include "model/model.h"
-#include "tune/settings.h"
 
 namespace vek::tuning {
 
@@ -57,6 +56,8 @@ class Examples {
   // has.
   std::size_t nr_classes() const;
   std::size_t most_classes() const;
+  // The share of the documents that have several.
+  double share_of_several() const;
   // Some terms of the documents are words, and some are not.
   bool has_pairs() const {
     return share_of_words_ > 0.0 && share_of_words_ < 1.0;
@@ -66,8 +67,10 @@ class Examples {
   // Fills the empty table with the first documents.
   void fill(std::size_t nr_docs, ClassTable &classes) const;
   Size size_of(std::size_t nr_docs) const;
-  // Sets the empty profile to that of a document.
-  void read(const std::string &name, Terms terms, DocProfile &profile) const;
+  // Fills the empty profile with the terms of a document, all or those without
+  // a modifier.
+  void read(const std::string &name, bool words_only,
+            DocProfile &profile) const;
 
  private:
   std::vector<Example> examples_;

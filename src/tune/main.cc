@@ -194,7 +194,7 @@ std::string without_slash(std::string path) {
 }
 
 std::string result_text(const Arguments &arguments, const Finding &finding,
-                        std::size_t nr_classes) {
+                        std::size_t nr_classes, Params place) {
   char figures[200];
   const Quality &quality = finding.quality;
   std::snprintf(figures, sizeof figures,
@@ -208,15 +208,14 @@ std::string result_text(const Arguments &arguments, const Finding &finding,
       escaped(arguments.examples) +
       ".\n# How documents of the list were judged that were held out:\n" +
       figures;
-  Params params = finding.settings.params;
-  if (finding.settings.terms == Terms::words) {
-    params.analyser += " -t words";
-    params.data_directory = without_slash(params.data_directory) + "-words";
+  if (finding.settings.value("terms") == "words") {
+    place.analyser += " -t words";
+    place.data_directory = without_slash(place.data_directory) + "-words";
     text +=
         "# Words alone did better than words and pairs. They need a data "
         "directory of\n# their own, which the next run fills.\n";
   }
-  return text + '\n' + resource_text(params);
+  return text + '\n' + finding.settings.resource_text(place);
 }
 
 bool tune(const Arguments &arguments, Failure &failure) {
@@ -249,7 +248,8 @@ bool tune(const Arguments &arguments, Failure &failure) {
                                   : "no settings find a class of any document"};
     return false;
   }
-  if (!write_output(output, result_text(arguments, search.best(), nr_classes),
+  if (!write_output(output,
+                    result_text(arguments, search.best(), nr_classes, params),
                     failure)) {
     return false;
   }

@@ -30,26 +30,25 @@ constexpr double share_of_several = 0.02;
 
 constexpr std::uint32_t largest_max_ranks = 10;
 
-Params common_params(const Params &own, std::uint32_t max_ranks) {
-  Params params = own;
-  params.held_out = usual_parts;
-  params.walk = WalkKind::path;
-  params.insignificant = Insignificant::best;
-  params.max_ranks = max_ranks;
-  params.min_ranks = 1;
-  params.scaling = true;
+Settings common_settings(Params own, std::uint32_t max_ranks) {
+  own.held_out = usual_parts;
+  own.walk = WalkKind::path;
+  own.insignificant = Insignificant::best;
+  own.max_ranks = max_ranks;
   // Nothing is learnt from earlier runs.
-  params.incremental = false;
-  params.save = own.save || own.incremental;
-  return params;
+  own.save = own.save || own.incremental;
+  return Settings(own);
 }
 
 // Of a classifier, until none helps any more.
 constexpr double usual_nr_steps = 22.0;
 
-Settings after(Settings settings, const Step &step) {
-  step.take(settings);
-  return settings;
+Settings after(const Settings &settings, const Step &step) {
+  return settings.with(step.changes);
+}
+
+bool has_words_only(const Settings &settings) {
+  return settings.value("terms") == "words";
 }
 
 }  // namespace
@@ -58,22 +57,19 @@ Search::Search(const Examples &examples, const Params &own, bool with_words,
                double budget, std::ostream &table)
     : examples_(examples),
       with_words_(with_words),
+      f_parameter_(own.f_parameter),
       work_(budget * usual_work),
       table_(table),
-      most_ranks_(std::min(
-          std::uint32_t(std::max(examples.most_classes(), std::size_t{1})),
-          largest_max_ranks)),
-      is_terminal_(isatty(STDERR_FILENO) == 1) {
-  const auto nr_several = std::ranges::count_if(
-      examples.examples(),
-      [](const auto &example) { return example.classes.size() > 1; });
-  const bool is_several =
-      double(nr_several) >= share_of_several * double(examples.size());
-  common_ = common_params(own, is_several ? most_ranks_ : 1);
-}
+      most_ranks_(std::uint32_t(std::clamp<std::size_t>(examples.most_classes(),
+                                                        1, largest_max_ranks))),
+      common_(common_settings(
+          own,
+          examples.share_of_several() < share_of_several ? 1 : most_ranks_)),
+      best_{0, common_, 0, 0, {}, {}},
+      is_terminal_(isatty(STDERR_FILENO) == 1) {}
 
 void Search::run() {
-  table_ << "stage\tdocuments\tparts\t" << description_head
+  table_ << "stage\tdocuments\tparts\t" << Settings::description_head()
          << "\tprecision\trecall\tf\n";
   const std::vector<Settings> firsts = first_settings(common_, with_words_);
   Stage first = make_stage("first", 0.15, 2, firsts, double(firsts.size()));
@@ -108,11 +104,11 @@ void Search::run() {
 std::vector<Settings> Search::not_hopeless(const Stage &stage) const {
   constexpr int most_of_classifier = 3;
   std::vector<Settings> all;
-  std::map<Algorithm, int> numbers;
+  std::map<std::string, int> numbers;
   const std::vector<const Finding *> order = ranked(stage);
   for (const Finding *finding_P : order) {
     if (!is_hopeless(*finding_P, *order.front()) &&
-        numbers[finding_P->settings.params.algorithm]++ < most_of_classifier) {
+        numbers[finding_P->settings.value("training")]++ < most_of_classifier) {
       all.push_back(finding_P->settings);
     }
   }
@@ -132,20 +128,16 @@ std::vector<Settings> Search::best_few(const Stage &stage) const {
   std::vector<Settings> all;
   for (const Finding *finding_P : order)
     all.push_back(finding_P->settings);
-  if (!all.empty() && all[0].terms == Terms::words) {
-    all.push_back(all[0]);
-    all.back().terms = Terms::all;
-  }
+  if (!all.empty() && has_words_only(all[0]))
+    all.push_back(all[0].with("terms all"));
   return all;
 }
 
-std::vector<Params> Search::ways_to_judge() const {
-  std::vector<Params> ways(2, common_);
-  ways[0].walk = WalkKind::steps;
-  ways[1].insignificant = Insignificant::none;
+std::vector<std::string> Search::ways_to_judge() const {
+  std::vector<std::string> ways = {"walk steps", "insignificant none"};
   if (most_ranks_ > 1) {
-    ways.push_back(common_);
-    ways.back().max_ranks = common_.max_ranks == 1 ? most_ranks_ : 1;
+    const bool is_one = common_.value("maxranks") == "1";
+    ways.push_back("maxranks " + std::to_string(is_one ? most_ranks_ : 1));
   }
   return ways;
 }
@@ -187,11 +179,11 @@ double Search::work_in(const Stage &stage, const Settings &settings) const {
 }
 
 void Search::try_all(Stage &stage, const std::vector<Settings> &all,
-                     const std::vector<Params> &other_judging) {
+                     const std::vector<std::string> &other_judging) {
   std::vector<Trial> trials;
   std::set<std::string> known;
   for (const Settings &settings : all) {
-    const std::string text = description(settings);
+    const std::string text = settings.description();
     if (stage.findings.contains(text) || !known.insert(text).second)
       continue;
     trials.push_back({settings, stage.nr_docs, stage.nr_parts, other_judging});
@@ -214,11 +206,8 @@ void Search::try_all(Stage &stage, const std::vector<Settings> &all,
     }
     add(stage, trials[i].settings, results[i][0]);
     for (std::size_t way = 0; way < other_judging.size(); ++way) {
-      Settings settings = trials[i].settings;
-      settings.params.walk = other_judging[way].walk;
-      settings.params.insignificant = other_judging[way].insignificant;
-      settings.params.max_ranks = other_judging[way].max_ranks;
-      add(stage, settings, results[i][way + 1]);
+      add(stage, trials[i].settings.with(other_judging[way]),
+          results[i][way + 1]);
     }
   }
   table_.flush();
@@ -232,16 +221,16 @@ void Search::add(Stage &stage, const Settings &settings, Decisions decisions) {
                      settings,
                      stage.nr_docs,
                      stage.nr_parts,
-                     quality_of(decisions, common_.f_parameter),
+                     quality_of(decisions, f_parameter_),
                      std::move(decisions)};
   write_line(stage, settings, &finding);
-  stage.findings.emplace(description(settings), std::move(finding));
+  stage.findings.emplace(settings.description(), std::move(finding));
 }
 
 void Search::write_line(const Stage &stage, const Settings &settings,
                         const Finding *finding_P) {
   table_ << stage.name << '\t' << stage.nr_docs << '\t' << stage.nr_parts
-         << '\t' << description(settings);
+         << '\t' << settings.description();
   if (finding_P == nullptr) {
     table_ << "\tfailed\n";
     return;
@@ -290,9 +279,9 @@ std::vector<const Finding *> Search::ranked(const Stage &stage) const {
 
 std::vector<const Finding *> Search::classifiers_of(const Stage &stage) const {
   std::vector<const Finding *> best;
-  std::set<Algorithm> seen;
+  std::set<std::string> seen;
   for (const Finding *finding_P : ranked(stage)) {
-    if (seen.insert(finding_P->settings.params.algorithm).second)
+    if (seen.insert(finding_P->settings.value("training")).second)
       best.push_back(finding_P);
   }
   return best;
@@ -303,11 +292,11 @@ bool Search::is_hopeless(const Finding &finding, const Finding &best) const {
   const double behind = best.quality.f - finding.quality.f;
   return behind > 0.03 &&
          behind > 3.0 * error_of_difference(finding.decisions, best.decisions,
-                                            common_.f_parameter);
+                                            f_parameter_);
 }
 
 const Finding *Search::find(const Stage &stage, const Settings &settings) {
-  const auto place = stage.findings.find(description(settings));
+  const auto place = stage.findings.find(settings.description());
   return place == stage.findings.end() ? nullptr : &place->second;
 }
 
@@ -340,7 +329,7 @@ void Search::climb(Stage &stage, const std::vector<const Finding *> &starts) {
     for (Climber &climber : climbers) {
       for (const Finding *finding_P : classifiers_of(stage)) {
         const Settings &best = finding_P->settings;
-        if (best.params.algorithm == climber.place.params.algorithm)
+        if (best.value("training") == climber.place.value("training"))
           climber.place = best;
       }
     }
@@ -373,7 +362,7 @@ bool Search::unite_gains(const Stage &stage, Climber &climber,
   Settings united = climber.place;
   for (const auto &[axis, gain] : gains) {
     climber.idle.erase(axis);
-    gain.step.take(united);
+    united = after(united, gain.step);
     order.push_back(gain);
   }
   all.push_back(united);
@@ -390,22 +379,23 @@ bool Search::unite_gains(const Stage &stage, Climber &climber,
 const Finding &Search::choose(const Stage &stage) const {
   std::vector<const Finding *> order = ranked(stage);
   const auto error_to = [&](const Finding &a, const Finding &b) {
-    return error_of_difference(a.decisions, b.decisions, common_.f_parameter);
+    return error_of_difference(a.decisions, b.decisions, f_parameter_);
   };
-  const auto all_terms = std::ranges::find(
-      order, Terms::all,
-      [](const Finding *finding_P) { return finding_P->settings.terms; });
+  const auto all_terms =
+      std::ranges::find_if(order, [](const Finding *finding_P) {
+        return !has_words_only(finding_P->settings);
+      });
   if (all_terms != order.begin() && all_terms != order.end() &&
       order.front()->quality.f - (*all_terms)->quality.f <=
           error_to(*order.front(), **all_terms)) {
     std::erase_if(order, [](const Finding *finding_P) {
-      return finding_P->settings.terms == Terms::words;
+      return has_words_only(finding_P->settings);
     });
   }
   const Finding &best = *order.front();
   const Finding *chosen_P = &best;
   for (const Finding *finding_P : order) {
-    if (finding_P->settings.terms == best.settings.terms &&
+    if (has_words_only(finding_P->settings) == has_words_only(best.settings) &&
         work_in(stage, finding_P->settings) <
             work_in(stage, chosen_P->settings) &&
         best.quality.f - finding_P->quality.f <=

@@ -70,7 +70,7 @@ class Search {
   double work_in(const Stage &stage, const Settings &settings) const;
   // Tries what the stage has not tried yet.
   void try_all(Stage &stage, const std::vector<Settings> &all,
-               const std::vector<Params> &other_judging = {});
+               const std::vector<std::string> &other_judging = {});
   void add(Stage &stage, const Settings &settings, Decisions decisions);
   void write_line(const Stage &stage, const Settings &settings,
                   const Finding *finding_P);
@@ -93,15 +93,16 @@ class Search {
                    std::vector<Settings> &all) const;
 
   std::vector<Settings> best_few(const Stage &stage) const;
-  std::vector<Params> ways_to_judge() const;
+  std::vector<std::string> ways_to_judge() const;
   const Finding &choose(const Stage &stage) const;
 
   const Examples &examples_;
   const bool with_words_;
+  const double f_parameter_;
   const double work_;
   std::ostream &table_;
-  Params common_;
-  std::uint32_t most_ranks_ = 1;
+  const std::uint32_t most_ranks_;
+  const Settings common_;
   Finding best_;
   std::size_t nr_trials_ = 0;
   double work_done_ = 0.0;

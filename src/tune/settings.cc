@@ -2,363 +2,284 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
+#include <cctype>
 #include <cstddef>
 #include <cstdlib>
-#include <span>
+#include <locale>
+#include <sstream>
+
+#include "base/messages.h"
+#include "learning/classifiers.h"
+#include "params/rcparser.h"
 
 namespace vek::tuning {
 namespace {
 
-// Each in an order in which neighbours differ little.
-struct Gap {
-  double theta_plus;
-  double theta_min;
-};
-constexpr std::array gaps = {Gap{1.0, 1.0}, Gap{1.5, 0.7},  Gap{3.0, 0.5},
-                             Gap{5.0, 0.4}, Gap{10.0, 0.3}, Gap{20.0, 0.2}};
-struct Rates {
-  double alpha;
-  double beta;
-};
-constexpr std::array rates = {Rates{1.02, 0.98}, Rates{1.05, 0.95},
-                              Rates{1.1, 0.9}, Rates{1.2, 0.8},
-                              Rates{1.4, 0.7}};
-constexpr std::array<std::uint32_t, 5> pass_numbers = {3, 5, 10, 20, 40};
-// The weight of other documents beside 16 for a class's own.
-constexpr std::array gammas = {0.0, 2.0, 4.0, 8.0, 16.0, 32.0};
-constexpr std::array costs = {0.0625, 0.125, 0.25, 0.5,  1.0,
-                              2.0,    4.0,   8.0,  16.0, 32.0};
-constexpr std::array losses = {LinearLoss::hinge, LinearLoss::squared,
-                               LinearLoss::logistic};
-constexpr std::array strengths = {Strength::ltc, Strength::sqrt,
-                                  Strength::boolean, Strength::freq};
-constexpr std::array normalisations = {Normalize::vector, Normalize::linear,
-                                       Normalize::off};
-struct Choice {
-  TermSelection term_selection;
-  double selectivity;
-};
-constexpr std::array choices = {Choice{TermSelection::uncertainty, 0.0},
-                                Choice{TermSelection::uncertainty, 0.05},
-                                Choice{TermSelection::uncertainty, 0.1},
-                                Choice{TermSelection::uncertainty, 0.2},
-                                Choice{TermSelection::infogain, 0.0001},
-                                Choice{TermSelection::infogain, 0.0005}};
+constexpr std::array described = {"training",    "terms",    "termselection",
+                                  "selectivity", "strength", "normalize",
+                                  "walk",        "maxranks", "insignificant"};
 
-const char *name_of(Algorithm algorithm) {
-  constexpr std::array names = {"winnow", "rocchio", "sbc", "linear"};
-  return names.at(std::size_t(algorithm));
-}
-const char *name_of(TermSelection selection) {
-  constexpr std::array names = {"none",    "uncertainty", "termfreq",
-                                "docfreq", "tfidf",       "infogain"};
-  return names.at(std::size_t(selection));
-}
-const char *name_of(Strength strength) {
-  constexpr std::array names = {"freq", "bool", "sqrt", "ltc"};
-  return names.at(std::size_t(strength) - std::size_t(Strength::freq));
-}
-const char *name_of(Normalize normalize) {
-  constexpr std::array names = {"off", "linear", "vector"};
-  return names.at(std::size_t(normalize) - std::size_t(Normalize::off));
-}
-const char *name_of(LinearLoss loss) {
-  constexpr std::array names = {"hinge", "squared", "logistic"};
-  return names.at(std::size_t(loss));
-}
-const char *name_of(WalkKind walk) {
-  return walk == WalkKind::path ? "path" : "steps";
-}
-const char *name_of(Insignificant insignificant) {
-  return insignificant == Insignificant::best ? "best" : "none";
+std::string in_small_letters(std::string text) {
+  for (char &character : text)
+    character = char(std::tolower(static_cast<unsigned char>(character)));
+  return text;
 }
 
-// As a resource file has it, which knows no exponents.
-std::string number(double value) {
-  char digits[400];
-  const auto end = std::to_chars(digits, digits + sizeof digits, value,
-                                 std::chars_format::fixed);
-  return {digits, end.ptr};
-}
-
-// "key value" of the classifier's own settings.
-std::vector<std::string> own_settings(const Params &params) {
-  switch (params.algorithm) {
-    case Algorithm::winnow:
-      return {"thetaplus " + number(params.winnow.theta_plus),
-              "thetamin " + number(params.winnow.theta_min),
-              "alpha " + number(params.winnow.alpha),
-              "beta " + number(params.winnow.beta),
-              "maxiters " + std::to_string(params.winnow.max_iters),
-              std::string("negativeweights ") +
-                  on_off(params.winnow.negative_weights)};
-    case Algorithm::rocchio:
-      return {"beta " + number(params.rocchio.beta),
-              "gamma " + number(params.rocchio.gamma),
-              std::string("negativeweights ") +
-                  on_off(params.rocchio.negative_weights)};
-    case Algorithm::linear:
-      return {"cost " + number(params.linear.cost),
-              std::string("loss ") + name_of(params.linear.loss)};
-    case Algorithm::sbc:
-      break;
-  }
-  return {std::string("laplace ") + on_off(params.sbc.laplace),
-          "maxsignif " + std::to_string(params.sbc.max_signif)};
-}
-
-Params rocchio(Params params, double gamma) {
-  params.algorithm = Algorithm::rocchio;
-  params.rocchio.beta = 16.0;
-  params.rocchio.gamma = gamma;
-  params.rocchio.negative_weights = true;
-  return params;
-}
-
-Params winnow(Params params, Gap gap, Rates factors, std::uint32_t nr_passes) {
-  params.algorithm = Algorithm::winnow;
-  params.winnow = {nr_passes,      factors.alpha, factors.beta,
-                   gap.theta_plus, gap.theta_min, true};
-  return params;
-}
-
-Params linear(Params params, LinearLoss loss, double cost) {
-  params.algorithm = Algorithm::linear;
-  params.linear = {cost, loss};
-  return params;
+// The report of the settings has some words that a resource file has not.
+std::string as_written(const std::string &key, const std::string &shown) {
+  const std::string value = in_small_letters(shown);
+  if (key == "selectivity" && value == "off")
+    return "0";
+  if (value == "termfrequency")
+    return "termfreq";
+  if (value == "documentfrequency")
+    return "docfreq";
+  return value == "informationgain" ? "infogain" : value;
 }
 
 }  // namespace
 
-std::vector<Settings> first_settings(const Params &common, bool with_words) {
-  Params good = common;
-  good.term_selection = TermSelection::uncertainty;
-  good.selectivity = 0.0;
-  good.strength = Strength::ltc;
-  good.normalize = Normalize::vector;
-  const std::array starts = {linear(good, LinearLoss::squared, 0.5),
-                             winnow(good, {3.0, 0.5}, {1.1, 0.9}, 5),
-                             linear(good, LinearLoss::hinge, 0.5),
-                             winnow(good, {10.0, 0.3}, {1.05, 0.95}, 10),
-                             linear(good, LinearLoss::logistic, 8.0),
-                             rocchio(good, 16.0),
-                             rocchio(good, 4.0)};
-  std::vector<Settings> all;
-  const auto add = [&](const Params &params) {
-    all.push_back({params, Terms::all});
-    if (with_words)
-      all.push_back({params, Terms::words});
+Settings::Settings(const Params &params) {
+  const Classifier &chosen = classifier_of(params.algorithm);
+  std::ostringstream report;
+  report.imbue(std::locale::classic());
+  report << params.general_text(chosen.name);
+  for (const Classifier &classifier : classifiers())
+    classifier.write_settings(report, params);
+  std::istringstream lines(report.str());
+  std::string line;
+  std::string section;
+  while (std::getline(lines, line)) {
+    if (line.starts_with('[')) {
+      section = in_small_letters(line.substr(1, line.find(']') - 1)) + '.';
+      continue;
+    }
+    std::istringstream words(line);
+    std::string key;
+    std::string value;
+    words >> key >> value;
+    key = in_small_letters(key);
+    if (section != "general.")
+      values_[section + key] = as_written(key, value);
+    else
+      values_[key] = as_written(key, value);
+  }
+  values_["training"] = in_small_letters(chosen.name);
+  values_["heldout"] = std::to_string(params.held_out);
+  values_["walk"] = params.walk == WalkKind::path ? "path" : "steps";
+  values_["insignificant"] =
+      params.insignificant == Insignificant::best ? "best" : "none";
+  values_["terms"] = "all";
+}
+
+Settings Settings::with(std::string_view changes) const {
+  Settings changed = *this;
+  std::istringstream words{std::string(changes)};
+  std::string key;
+  std::string value;
+  while (words >> key >> value)
+    changed.values_[key] = value;
+  return changed;
+}
+
+std::vector<std::string> Settings::own_keys() const {
+  std::vector<std::string> keys;
+  for (const auto &[key, text] : values_) {
+    if (key.starts_with(value("training") + '.'))
+      keys.push_back(key);
+  }
+  return keys;
+}
+
+std::string Settings::description_head() {
+  std::string text;
+  for (const char *key : described)
+    text += key + std::string("\t");
+  return text + "parameters";
+}
+
+std::string Settings::description() const {
+  std::string text;
+  for (const char *key : described) {
+    // Without a bound it does not matter what for.
+    const bool is_idle =
+        key == std::string_view("termselection") && value("selectivity") == "0";
+    text += (is_idle ? "none" : value(key)) + '\t';
+  }
+  std::string_view separator;
+  for (const std::string &key : own_keys()) {
+    text += separator;
+    text += key.substr(key.find('.') + 1) + ' ' + value(key);
+    separator = ", ";
+  }
+  return text;
+}
+
+std::string Settings::resource_text(const Params &place) const {
+  std::string text =
+      "[General]\n"
+      "# What is there. Names are relative to the directory in which vek is "
+      "called.\n";
+  const auto line = [&](const std::string &key, const std::string &what) {
+    text += key.substr(key.find('.') + 1) + ' ' + what + '\n';
   };
-  for (const Params &start : starts)
-    add(start);
-  for (const Params &start : starts) {
-    Params other = start;
-    other.strength = Strength::boolean;
-    add(other);
+  const auto quoted_line = [&](const char *key, const std::string &what) {
+    line(key, '"' + what + '"');
+  };
+  quoted_line("analyser", place.analyser);
+  quoted_line("datadirectory", place.data_directory);
+  quoted_line("filedirectory", place.file_directory);
+  quoted_line("inputdirectory", place.input_directory);
+  if (place.analyser_timeout != 0)
+    line("analysertimeout", std::to_string(place.analyser_timeout));
+  for (const char *key : {"fparameter", "save"})
+    line(key, value(key));
+  text += "\n# How documents are weighed.\n";
+  for (const char *key :
+       {"termselection", "selectivity", "strength", "normalize"}) {
+    line(key, value(key));
   }
-  for (const Params &start : {starts[0], starts[1], starts[5]}) {
-    Params other = start;
-    other.selectivity = 0.1;
-    all.push_back({other, Terms::all});
-    other = start;
-    other.strength = Strength::sqrt;
-    other.normalize = Normalize::linear;
-    all.push_back({other, Terms::all});
+  text +=
+      "\n# How they are judged: thresholds and probabilities come from "
+      "documents that are\n# held out in turn. maxranks is the largest number "
+      "of classes of a document.\n";
+  for (const char *key : {"heldout", "walk", "insignificant", "maxranks"})
+    line(key, value(key));
+  text += "\n# The classifier.\n";
+  line("training", value("training"));
+  text += "\n[" + value("training") + "]\n";
+  for (const std::string &key : own_keys())
+    line(key, value(key));
+  return text;
+}
+
+Params Settings::params() const {
+  Params params;
+  const std::string text = resource_text(params);
+  Messages messages;
+  RcParser(&params, text, "settings", messages).parse();
+  return params;
+}
+
+std::vector<Settings> first_settings(const Settings &own, bool with_words) {
+  const Settings good = own.with(
+      "termselection uncertainty selectivity 0 strength ltc normalize vector "
+      "winnow.negativeweights on rocchio.negativeweights on");
+  std::vector<Settings> starts;
+  for (const char *changes :
+       {"training linear linear.loss squared linear.cost 0.5",
+        "training winnow winnow.thetaplus 3 winnow.thetamin 0.5 winnow.alpha "
+        "1.1 winnow.beta 0.9 winnow.maxiters 5",
+        "training linear linear.loss hinge linear.cost 0.5",
+        "training winnow winnow.thetaplus 10 winnow.thetamin 0.3 winnow.alpha "
+        "1.05 winnow.beta 0.95 winnow.maxiters 10",
+        "training linear linear.loss logistic linear.cost 8",
+        "training rocchio rocchio.beta 16 rocchio.gamma 16",
+        "training rocchio rocchio.beta 16 rocchio.gamma 4"}) {
+    starts.push_back(good.with(changes));
   }
-  if (common.algorithm != Algorithm::sbc)
-    all.push_back({common, Terms::all});
+  std::vector<Settings> all;
+  for (const char *strength : {"strength ltc", "strength bool"}) {
+    for (const Settings &start : starts) {
+      all.push_back(start.with(strength));
+      if (with_words)
+        all.push_back(all.back().with("terms words"));
+    }
+  }
+  for (const std::size_t number : {0, 1, 5}) {
+    all.push_back(starts[number].with("selectivity 0.1"));
+    all.push_back(starts[number].with("strength sqrt normalize linear"));
+  }
+  if (own.value("training") != "sbc")
+    all.push_back(own);
   return all;
 }
 
 namespace {
 
-// The steps along one axis, of which the settings have some value.
-template <class Value, class Is, class Set>
-void add_steps(std::vector<Step> &steps, int axis, const Settings &settings,
-               std::span<const Value> values, std::ptrdiff_t furthest, Is is,
-               Set set) {
-  std::ptrdiff_t here = -1;
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    if (is(settings.params, values[i]))
-      here = std::ptrdiff_t(i);
-  }
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    const std::ptrdiff_t distance = std::abs(std::ptrdiff_t(i) - here);
-    // From a value of somebody else's every one is near.
-    if (distance == 0 || (here >= 0 && distance > furthest))
-      continue;
-    steps.push_back({axis, [set, value = values[i]](Settings &changed) {
-                       set(changed.params, value);
-                     }});
-  }
-}
+// Neighbours differ little; a step goes to the next one or two, or anywhere.
+struct Axis {
+  const char *training;  // null: any
+  int furthest;
+  std::vector<std::string_view> values;
+};
 
-constexpr std::ptrdiff_t any = 100;
-
-// Logistic regression wants costs that are that much higher.
-void set_loss(Params &params, LinearLoss loss) {
-  constexpr double factor = 8.0;
-  LinearParams &own = params.linear;
-  if (loss == LinearLoss::logistic)
-    own.cost = std::min(own.cost * factor, costs.back());
-  else if (own.loss == LinearLoss::logistic)
-    own.cost = std::max(own.cost / factor, costs.front());
-  own.loss = loss;
+const std::vector<Axis> &axes() {
+  static const std::vector<Axis> all = {
+      {"winnow",
+       1,
+       {"winnow.thetaplus 1 winnow.thetamin 1",
+        "winnow.thetaplus 1.5 winnow.thetamin 0.7",
+        "winnow.thetaplus 3 winnow.thetamin 0.5",
+        "winnow.thetaplus 5 winnow.thetamin 0.4",
+        "winnow.thetaplus 10 winnow.thetamin 0.3",
+        "winnow.thetaplus 20 winnow.thetamin 0.2"}},
+      {"winnow",
+       1,
+       {"winnow.alpha 1.02 winnow.beta 0.98",
+        "winnow.alpha 1.05 winnow.beta 0.95",
+        "winnow.alpha 1.1 winnow.beta 0.9", "winnow.alpha 1.2 winnow.beta 0.8",
+        "winnow.alpha 1.4 winnow.beta 0.7"}},
+      {"winnow",
+       1,
+       {"winnow.maxiters 3", "winnow.maxiters 5", "winnow.maxiters 10",
+        "winnow.maxiters 20", "winnow.maxiters 40"}},
+      {"rocchio",
+       1,
+       {"rocchio.beta 16 rocchio.gamma 0", "rocchio.beta 16 rocchio.gamma 2",
+        "rocchio.beta 16 rocchio.gamma 4", "rocchio.beta 16 rocchio.gamma 8",
+        "rocchio.beta 16 rocchio.gamma 16",
+        "rocchio.beta 16 rocchio.gamma 32"}},
+      {"linear",
+       2,
+       {"linear.cost 0.0625", "linear.cost 0.125", "linear.cost 0.25",
+        "linear.cost 0.5", "linear.cost 1", "linear.cost 2", "linear.cost 4",
+        "linear.cost 8", "linear.cost 16", "linear.cost 32"}},
+      // Logistic regression wants higher costs.
+      {"linear",
+       9,
+       {"linear.loss hinge linear.cost 0.5",
+        "linear.loss squared linear.cost 0.5",
+        "linear.loss logistic linear.cost 8"}},
+      {nullptr,
+       9,
+       {"strength ltc", "strength sqrt", "strength bool", "strength freq"}},
+      {nullptr, 9, {"normalize vector", "normalize linear", "normalize off"}},
+      {nullptr,
+       9,
+       {"selectivity 0", "termselection uncertainty selectivity 0.05",
+        "termselection uncertainty selectivity 0.1",
+        "termselection uncertainty selectivity 0.2",
+        "termselection infogain selectivity 0.0001",
+        "termselection infogain selectivity 0.0005"}},
+      {nullptr, 9, {"terms all", "terms words"}}};
+  return all;
 }
 
 }  // namespace
 
 std::vector<Step> steps_from(const Settings &settings, bool with_words) {
   std::vector<Step> steps;
-  int axis = 0;
-  const auto add = [&]<class Value, std::size_t size>(
-                       const std::array<Value, size> &values,
-                       std::ptrdiff_t furthest, auto is, auto set) {
-    add_steps<Value>(steps, axis++, settings, values, furthest, is, set);
-  };
-  switch (settings.params.algorithm) {
-    case Algorithm::winnow:
-      add(
-          gaps, 1,
-          [](const Params &p, Gap gap) {
-            return p.winnow.theta_plus == gap.theta_plus &&
-                   p.winnow.theta_min == gap.theta_min;
-          },
-          [](Params &p, Gap gap) {
-            p.winnow.theta_plus = gap.theta_plus;
-            p.winnow.theta_min = gap.theta_min;
-          });
-      add(
-          rates, 1,
-          [](const Params &p, Rates factors) {
-            return p.winnow.alpha == factors.alpha &&
-                   p.winnow.beta == factors.beta;
-          },
-          [](Params &p, Rates factors) {
-            p.winnow.alpha = factors.alpha;
-            p.winnow.beta = factors.beta;
-          });
-      add(
-          pass_numbers, 1,
-          [](const Params &p, std::uint32_t number) {
-            return p.winnow.max_iters == number;
-          },
-          [](Params &p, std::uint32_t number) { p.winnow.max_iters = number; });
-      break;
-    case Algorithm::rocchio:
-      add(
-          gammas, 1,
-          [](const Params &p, double gamma) {
-            return p.rocchio.beta == 16.0 && p.rocchio.gamma == gamma;
-          },
-          [](Params &p, double gamma) {
-            p.rocchio.beta = 16.0;
-            p.rocchio.gamma = gamma;
-          });
-      break;
-    case Algorithm::linear:
-      add(
-          costs, 2,
-          [](const Params &p, double cost) { return p.linear.cost == cost; },
-          [](Params &p, double cost) { p.linear.cost = cost; });
-      add(
-          losses, any,
-          [](const Params &p, LinearLoss loss) {
-            return p.linear.loss == loss;
-          },
-          set_loss);
-      break;
-    case Algorithm::sbc:
-      break;
-  }
-  add(
-      strengths, any,
-      [](const Params &p, Strength strength) { return p.strength == strength; },
-      [](Params &p, Strength strength) { p.strength = strength; });
-  add(
-      normalisations, any,
-      [](const Params &p, Normalize kind) { return p.normalize == kind; },
-      [](Params &p, Normalize kind) { p.normalize = kind; });
-  add(
-      choices, any,
-      [](const Params &p, Choice choice) {
-        return p.selectivity == choice.selectivity &&
-               (p.selectivity == 0.0 ||
-                p.term_selection == choice.term_selection);
-      },
-      [](Params &p, Choice choice) {
-        p.term_selection = choice.term_selection;
-        p.selectivity = choice.selectivity;
-      });
-  if (with_words) {
-    steps.push_back({axis, [](Settings &changed) {
-                       changed.terms = changed.terms == Terms::all
-                                           ? Terms::words
-                                           : Terms::all;
-                     }});
+  for (std::size_t i = 0; i < axes().size(); ++i) {
+    const Axis &axis = axes()[i];
+    const bool is_theirs =
+        axis.training == nullptr || axis.training == settings.value("training");
+    if (!is_theirs || (!with_words && axis.values[0] == "terms all"))
+      continue;
+    const auto here = std::ranges::find(
+        axis.values, settings.description(), [&](std::string_view changes) {
+          return settings.with(changes).description();
+        });
+    for (auto there = axis.values.begin(); there != axis.values.end();
+         ++there) {
+      // From a value that is not there all are near.
+      if (there != here && (here == axis.values.end() ||
+                            std::abs(there - here) <= axis.furthest)) {
+        steps.push_back({int(i), *there});
+      }
+    }
   }
   return steps;
-}
-
-std::string description(const Settings &settings) {
-  const Params &params = settings.params;
-  const bool selects =
-      params.selectivity > 0.0 && params.term_selection != TermSelection::none;
-  std::string text = name_of(params.algorithm);
-  text += settings.terms == Terms::all ? "\tall\t" : "\twords\t";
-  text += selects ? name_of(params.term_selection) : "none";
-  text += '\t' + number(selects ? params.selectivity : 0.0) + '\t';
-  text += name_of(params.strength) + std::string("\t");
-  text += name_of(params.normalize) + std::string("\t");
-  text += name_of(params.walk) + std::string("\t");
-  text += std::to_string(params.max_ranks) + '\t';
-  text += name_of(params.insignificant) + std::string("\t");
-  for (const std::string &own : own_settings(params))
-    text += own + ", ";
-  text.resize(text.size() - 2);
-  return text;
-}
-
-std::string resource_text(const Params &params) {
-  std::string text =
-      "[General]\n# What is there. Names are relative to the "
-      "directory in which vek is called.\n";
-  const auto line = [&](const char *key, const std::string &value) {
-    text += key + (' ' + value) + '\n';
-  };
-  line("analyser", '"' + params.analyser + '"');
-  line("datadirectory", '"' + params.data_directory + '"');
-  line("filedirectory", '"' + params.file_directory + '"');
-  line("inputdirectory", '"' + params.input_directory + '"');
-  if (params.analyser_timeout != 0)
-    line("analysertimeout", std::to_string(params.analyser_timeout));
-  if (params.f_parameter != 1.0)
-    line("fparameter", number(params.f_parameter));
-  if (params.save)
-    line("save", "on");
-  text += "\n# How documents are weighed.\n";
-  if (params.selectivity > 0.0 &&
-      params.term_selection != TermSelection::none) {
-    line("termselection", name_of(params.term_selection));
-  }
-  line("selectivity", number(params.selectivity));
-  line("strength", name_of(params.strength));
-  line("normalize", name_of(params.normalize));
-  text +=
-      "\n# How they are judged: thresholds and probabilities come from "
-      "documents that are\n# held out in turn. maxranks is the largest "
-      "number of classes of a document.\n";
-  line("heldout", std::to_string(params.held_out));
-  line("walk", name_of(params.walk));
-  line("insignificant", name_of(params.insignificant));
-  line("maxranks", std::to_string(params.max_ranks));
-  text += "\n# The classifier.\n";
-  line("training", name_of(params.algorithm));
-  text += std::string("\n[") + name_of(params.algorithm) + "]\n";
-  for (const std::string &own : own_settings(params))
-    text += own + '\n';
-  return text;
 }
 
 }  // namespace vek::tuning

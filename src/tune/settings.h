@@ -1,13 +1,13 @@
-// The settings among which a search chooses.
+// The settings among which a search chooses: a resource file in the making.
 //
 // What is tried was chosen by trials on collections of several kinds: short and
 // long texts, one class or several to a document, flat and deep. The classifier
-// sbc is not among it: its scores are no probabilities that compare across
-// classes, and on none of them was it near the others.
+// sbc is not among it: its scores do not compare across classes, and on none of
+// them was it near the others.
 #ifndef VEK_TUNE_SETTINGS_H_
 #define VEK_TUNE_SETTINGS_H_
 
-#include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,35 +16,48 @@
 
 namespace vek::tuning {
 
-// Which terms of the documents count.
-enum class Terms { all, words };  // words: those without a modifier
+// Values by key, both as a resource file has them; a key of a classifier is
+// `winnow.alpha`. Beside those keys there is `terms`: `all`, or `words` for
+// terms without a modifier.
+class Settings {
+ public:
+  // Those of `params`, with numbers of six digits.
+  explicit Settings(const Params &params);
 
-struct Settings {
-  Params params;
-  Terms terms = Terms::all;
+  // The same with other values for some keys: "strength ltc maxranks 5".
+  Settings with(std::string_view changes) const;
+  // Of a key that there is.
+  const std::string &value(const std::string &key) const {
+    return values_.at(key);
+  }
+
+  // The values, with tabs between them; of the classifiers' own keys those of
+  // the one that is chosen, as one list. Equal for equal settings.
+  std::string description() const;
+  static std::string description_head();
+
+  // The sections of a resource file, with the analyser, the directories and
+  // the number f of `place`.
+  std::string resource_text(const Params &place) const;
+  // What that file says.
+  Params params() const;
+
+ private:
+  std::vector<std::string> own_keys() const;
+
+  std::map<std::string, std::string> values_;
 };
 
-// What a search begins with, best first as far as is known: the settings at
-// hand, and those that did well elsewhere. `common` has all that is not to be
-// changed, and how to judge.
-std::vector<Settings> first_settings(const Params &common, bool with_words);
+// What a search begins with, best first as far as is known: what did well
+// elsewhere, and the settings at hand.
+std::vector<Settings> first_settings(const Settings &own, bool with_words);
 
-// A step away from some settings; steps along the same axis exclude each other.
+// Changes of some settings; those along one axis exclude each other.
 struct Step {
   int axis = 0;
-  std::function<void(Settings &settings)> take;
+  std::string_view changes;
 };
 std::vector<Step> steps_from(const Settings &settings, bool with_words);
-
-// All that can differ between two trials, for people: names and values,
-// separated by tabs, of which the last is a list. Equal for equal settings.
-std::string description(const Settings &settings);
-inline constexpr std::string_view description_head =
-    "training\tterms\ttermselection\tselectivity\tstrength\tnormalize\twalk\t"
-    "maxranks\tinsignificant\tparameters";
-
-// A resource file, without its first comment.
-std::string resource_text(const Params &params);
 
 }  // namespace vek::tuning
 

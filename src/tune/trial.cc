@@ -17,17 +17,24 @@
 namespace vek::tuning {
 namespace {
 
+bool has_words_only(const Settings &settings) {
+  return settings.value("terms") == "words";
+}
+
 class ExampleDocuments : public Documents {
  public:
-  ExampleDocuments(const Examples &examples, Terms terms, const TermSet &active)
-      : Documents(active), examples_(examples), terms_(terms) {}
+  ExampleDocuments(const Examples &examples, const Settings &settings,
+                   const TermSet &active)
+      : Documents(active),
+        examples_(examples),
+        words_only_(has_words_only(settings)) {}
   void read_profile(const std::string &name, DocProfile &profile) override {
-    examples_.read(name, terms_, profile);
+    examples_.read(name, words_only_, profile);
   }
 
  private:
   const Examples &examples_;
-  const Terms terms_;
+  const bool words_only_;
 };
 
 Decision decide(std::span<const Ranking> assigned,
@@ -92,16 +99,16 @@ std::vector<Decisions> try_out(const Examples &examples, const Trial &trial) {
   ClassTable classes;
   examples.fill(trial.nr_docs, classes);
   TermSet active_terms;
-  ExampleDocuments documents(examples, trial.settings.terms, active_terms);
+  ExampleDocuments documents(examples, trial.settings, active_terms);
   const TrainingSet set(classes, documents);
-  const Params &params = trial.settings.params;
+  const Params params = trial.settings.params();
   const Classifier &classifier = classifier_of(params.algorithm);
   const ScoreMatrix matrix = held_out_scores(
       classes, set, deal_to_parts(classes, set, trial.nr_parts), trial.nr_parts,
       classifier, params, examples.nr_terms(), 1);
   std::vector<Params> ways = {params};
-  ways.insert(ways.end(), trial.other_judging.begin(),
-              trial.other_judging.end());
+  for (const std::string &changes : trial.other_judging)
+    ways.push_back(trial.settings.with(changes).params());
   const bool has_steps = std::ranges::any_of(
       ways, [](const Params &way) { return way.walk == WalkKind::steps; });
   if (has_steps) {
@@ -128,14 +135,14 @@ double work_of(const Settings &settings, std::uint32_t nr_parts,
   constexpr double winnow_pass = 0.1;
   constexpr double machine = 0.012;
   constexpr double judge_class = 1.0;
-  const Params &params = settings.params;
+  const Params params = settings.params();
   double training = learn * size.nr_terms;
   if (params.algorithm == Algorithm::winnow) {
     training += winnow_pass * params.winnow.max_iters * size.nr_terms;
   } else if (params.algorithm == Algorithm::linear) {
     training += machine * size.nr_terms_by_son;
   }
-  if (settings.terms == Terms::words)
+  if (has_words_only(settings))
     training *= size.share_of_words;
   return double(nr_parts - 1) * training +
          judge_class * double(size.nr_docs) * double(size.nr_classes);

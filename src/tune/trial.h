@@ -5,9 +5,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
-#include "params/params.h"
 #include "tune/examples.h"
 #include "tune/settings.h"
 
@@ -17,9 +17,9 @@ struct Trial {
   Settings settings;
   std::size_t nr_docs = 0;  // the first ones
   std::uint32_t nr_parts = 0;
-  // Further ways to judge by the same scores: settings that differ in walk,
-  // insignificant, max_ranks and min_ranks alone.
-  std::vector<Params> other_judging;
+  // Further ways to judge by the same scores: changes of the settings in walk,
+  // insignificant and maxranks alone.
+  std::vector<std::string> other_judging = {};
 };
 
 // The classes of a document that were found, not found, and wrongly assigned.
