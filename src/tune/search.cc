@@ -19,7 +19,7 @@ namespace {
 constexpr double usual_work = 150e6;
 
 // Bytes of a child's largest table.
-constexpr double largest_matrix = 1e9;
+constexpr double largest_matrix = 2.5e8;
 
 // What a resource file gets for `heldout`, and the last stage works with.
 constexpr std::uint32_t usual_parts = 5;
@@ -188,15 +188,19 @@ void Search::try_all(Stage &stage, const std::vector<Settings> &all,
       continue;
     trials.push_back({settings, stage.nr_docs, stage.nr_parts, other_judging});
   }
-  show_progress();
+  double work_ended = 0.0;
+  show_progress(work_ended);
   const auto results = run_trials(examples_, trials, [&](const Trial &trial) {
-    const double work = work_in(stage, trial.settings);
     ++nr_trials_;
-    work_done_ += work;
-    stage.work_left -= work;
-    show_progress();
+    work_ended += work_in(stage, trial.settings);
+    show_progress(work_ended);
   });
   erase_progress();
+  // Not as they end: the order of a sum is part of it.
+  for (const Trial &trial : trials) {
+    work_done_ += work_in(stage, trial.settings);
+    stage.work_left -= work_in(stage, trial.settings);
+  }
   for (std::size_t i = 0; i < trials.size(); ++i) {
     if (results[i].empty()) {
       // One that was cut off has not failed.
@@ -247,13 +251,13 @@ void Search::erase_progress() const {
     std::fputs("\r\x1B[K", stderr);
 }
 
-void Search::show_progress() const {
+void Search::show_progress(double more_work) const {
   if (!is_terminal_)
     return;
   const double seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - begin_)
           .count();
-  const double share = std::min(work_done_ / work_, 1.0);
+  const double share = std::min((work_done_ + more_work) / work_, 1.0);
   std::string text = "\rvek-tune: " + std::to_string(nr_trials_) + " trials, " +
                      std::to_string(int(100.0 * share)) + " % of the work";
   if (share > 0.0) {

@@ -74,7 +74,8 @@ class Search {
   void add(Stage &stage, const Settings &settings, Decisions decisions);
   void write_line(const Stage &stage, const Settings &settings,
                   const Finding *finding_P);
-  void show_progress() const;
+  // `more_work` is done of trials under way.
+  void show_progress(double more_work) const;
   void erase_progress() const;
 
   static const Finding *find(const Stage &stage, const Settings &settings);
