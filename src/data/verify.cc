@@ -1,6 +1,5 @@
 #include "data/verify.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,9 +9,9 @@
 #include <vector>
 
 #include "base/helpers.h"
+#include "base/input_file.h"
 #include "base/progress_line.h"
 #include "data/files.h"
-#include "data/names.h"
 #include "store/datafiles.h"
 
 namespace vek::keeping {
@@ -40,11 +39,11 @@ bool Verification::is_there(const std::string &name) const {
 
 void Verification::damage(const Failure &failure, const std::string &remedy) {
   has_damage_ = true;
-  out_ << "damage: " << escaped(failure.text()) << "; " << remedy << '\n';
+  report_({failure, remedy});
 }
 
 void Verification::note(const std::string &name, const std::string &text) {
-  out_ << "note: " << escaped(path(name)) << ": " << text << '\n';
+  report_({{path(name), "", text}, ""});
 }
 
 bool Verification::run(Failure &failure) {
@@ -74,10 +73,10 @@ bool Verification::check_names(Failure &failure) {
       damage({path(name), "", "no regular file"}, "move it away");
       continue;
     }
-    const int fd =
-        retry([&] { return open(path(name).c_str(), O_RDONLY | O_CLOEXEC); });
+    failure = {path(name), "", ""};
+    const int fd = open_input(path(name), failure.reason);
     if (fd < 0)
-      return fails(path(name), failure);
+      return false;
     close(fd);
     if (is_temporary_file(name))
       note(name, "left by a broken-off run; it can be removed");
@@ -122,6 +121,8 @@ void Verification::check_store() {
     return;
   }
   check_overlaps(store);
+  if (depth_ == Depth::quick)
+    return;
   ProgressLine progress("vek-data", ProgressLine::Shown::on_terminal,
                         store.blocks().size());
   for (const auto &[name, block] : store.blocks()) {
@@ -134,8 +135,11 @@ void Verification::check_store() {
 void Verification::check_overlaps(const StoreReader &store) {
   using Place = std::pair<std::uint32_t, std::int64_t>;
   std::vector<std::pair<Place, const std::string *>> blocks;
-  for (const auto &[name, block] : store.blocks())
-    blocks.push_back({{block.repository_id, block.offset}, &name});
+  for (const auto &[name, block] : store.blocks()) {
+    // An empty one overlaps nothing.
+    if (block.size != 0)
+      blocks.push_back({{block.repository_id, block.offset}, &name});
+  }
   std::ranges::sort(blocks);
   Place end;
   const std::string *before_P = nullptr;
@@ -241,18 +245,19 @@ void Verification::check_class(const ClassFiles &files, const ClassData &data,
     damage(failure, learn_again);
     return;
   }
-  if (!profile.parse(text, nr_terms, classifier.files.columns)) {
-    damage(
-        {path(name), "", std::string("no class profile of ") + classifier.name},
-        learn_again);
+  LineFault fault;
+  if (!profile.parse(text, nr_terms, classifier.files.columns, nr_terms_,
+                     fault)) {
+    damage({path(name), fault.place(),
+            std::string("no class profile of ") + classifier.name + ": " +
+                fault.reason},
+           learn_again);
     return;
   }
   if (nr_terms != data.nr_terms) {
     damage({path(name), "line 1", "it does not belong to the class table"},
            learn_again);
   }
-  if (profile.size() != 0 && profile.largest_term() >= nr_terms_)
-    damage({path(name), "", "it has terms that are not known"}, learn_again);
   if (classifier.files.weights_suffix == nullptr)
     return;
   const std::string weights =

@@ -44,9 +44,9 @@ class TrainingSet {
 };
 
 // Deals documents to parts, 0 to nr_parts - 1: the answer has one for each
-// document. Each part gets its share of each class: the documents of a class are
-// dealt out one by one, in the order of a hash of their names. A document with
-// several classes counts for the smallest of them.
+// document. Each part gets its share of each class: the documents of a class
+// are dealt out one by one, in the order of a hash of their names. A document
+// with several classes counts for the smallest of them.
 std::vector<std::uint32_t> deal_to_parts(const ClassTable &classes,
                                          const TrainingSet &set,
                                          std::uint32_t nr_parts);

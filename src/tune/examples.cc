@@ -1,13 +1,11 @@
 #include "tune/examples.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <map>
 #include <set>
 #include <utility>
 
-#include "base/helpers.h"
+#include "base/input_file.h"
 #include "intake/lists.h"
 #include "vocabulary/atomtab.h"
 
@@ -30,8 +28,9 @@ std::uint64_t hash_of(std::string_view name) {
 
 bool Examples::read_list(const std::string &path, Failure &failure) {
   std::string text;
-  if (read_file(path, text) != ReadResult::ok) {
-    failure = {path, "", std::strerror(errno)};
+  std::string reason;
+  if (read_file(path, text, reason) != ReadResult::ok) {
+    failure = {path, "", reason};
     return false;
   }
   ListReader reader(text);

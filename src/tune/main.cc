@@ -15,6 +15,7 @@
 
 #include "base/command_line.h"
 #include "base/helpers.h"
+#include "base/input_file.h"
 #include "base/output_file.h"
 #include "data/directory_lock.h"
 #include "data/names.h"
@@ -68,8 +69,9 @@ bool read_resources(const std::string &name, Params &params, Failure &failure) {
   if (name.empty() && !file_exists(path))
     return true;
   std::string text;
-  if (read_file(path, text) != ReadResult::ok) {
-    failure = {path, "", std::strerror(errno)};
+  std::string reason;
+  if (read_file(path, text, reason) != ReadResult::ok) {
+    failure = {path, "", reason};
     return false;
   }
   FirstError messages;
@@ -77,7 +79,7 @@ bool read_resources(const std::string &name, Params &params, Failure &failure) {
   parser.parse();
   if (parser.nr_errors() == 0)
     return true;
-  std::string reason = messages.text();
+  reason = messages.text();
   const std::string prefix = "file " + path + ": ";
   if (reason.starts_with(prefix))
     reason.erase(0, prefix.size());

@@ -127,7 +127,7 @@ TEST_F(DataTest, CompactRefusesWhatItCannotKeep) {
          fs::rename("data/classes", "moved");
          fs::create_symlink("../moved", "data/classes");
        }},
-      {"data/atoms.dat: line 2: format error",
+      {"data/atoms.dat: line 2: the line is empty",
        [] { write_text("data/atoms.dat", "a\n\n"); }},
       {"data.compact/mine: it is in the way",
        [] { write_text("data.compact/mine", ""); }},
@@ -261,11 +261,12 @@ TEST_F(DataTest, EachDamageIsTold) {
        [] { fs::remove("data/classes"); }},
       {"damage: data/class1.cpf: No such",
        [] { fs::remove("data/class1.cpf"); }},
-      {"damage: data/class1.cpf: no class profile of Winnow",
+      {"damage: data/class1.cpf: line 3: no class profile of Winnow: an entry",
        [] { cut("data/class1.cpf", 20); }},
       {"damage: data/class1.cpf: line 1: it does not belong",
        [] { put_byte("data/class1.cpf", 2, '7'); }},
-      {"damage: data/class2.cpf: it has terms that are not known",
+      {"damage: data/class2.cpf: line 3: no class profile of Winnow: term 9 is "
+       "not known",
        [] {
          const std::string text = read_text("data/class2.cpf");
          put_byte("data/class2.cpf", text.rfind('\n', text.size() - 2) + 1,
