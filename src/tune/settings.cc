@@ -186,7 +186,7 @@ std::vector<Settings> first_settings(const Settings &own, bool with_words) {
         all.push_back(all.back().with("terms words"));
     }
   }
-  for (const std::size_t number : {0, 1, 5}) {
+  for (const std::size_t number : {0U, 1U, 5U}) {
     all.push_back(starts[number].with("selectivity 0.1"));
     all.push_back(starts[number].with("strength sqrt normalize linear"));
   }

@@ -85,7 +85,7 @@ TEST(TuneTrial, ErrorOfADifferenceIsThatOfItsDocuments) {
   // hundred documents, three of them to the favour of the first.
   Decisions a(100, {1, 0, 0});
   Decisions b = a;
-  for (const std::size_t i : {0, 1, 2})
+  for (const std::size_t i : {0U, 1U, 2U})
     b[i] = {0, 1, 1};
   a[3] = {0, 1, 1};
   EXPECT_DOUBLE_EQ(quality_of(a, 1.0).f, 0.99);
