@@ -136,14 +136,14 @@ bool analyse_documents(const std::vector<std::string> &names,
   const TemporaryDirectory temporary;
   std::error_code error;
   const std::string here = fs::current_path(error).string();
+  if (here.find('"') != std::string::npos) {
+    failure = {here, "", "a name with a quote cannot stand in a resource file"};
+    return false;
+  }
   if (temporary.path().empty() || error ||
       !write_collection(temporary.path(), names, params, here)) {
     failure = {"temporary directory", "",
                error ? error.message() : std::strerror(errno)};
-    return false;
-  }
-  if (here.find('"') != std::string::npos) {
-    failure = {here, "", "a name with a quote cannot stand in a resource file"};
     return false;
   }
   const int status = run_vek(temporary.path());

@@ -199,9 +199,9 @@ namespace {
 
 // Neighbours differ little; a step goes to the next one or two, or anywhere.
 struct Axis {
-  const char *training;  // null: any
-  int furthest;
-  std::vector<std::string_view> values;
+  const char *training = nullptr;  // null: any
+  int furthest = 0;
+  std::vector<std::string_view> values = {};
 };
 
 const std::vector<Axis> &axes() {
