@@ -72,6 +72,12 @@ void read_resource_file(const std::string &name, Params &settings,
   const std::string path_text = path;
   ResourceErrors errors(path_text, findings);
   RcParser(&settings, text, path.c_str(), errors).parse();
+  if (settings.incremental) {
+    findings.add(path, 0, Severity::warning,
+                 "`incremental on' adds the counts of these documents to those "
+                 "of earlier runs, and trains on these alone: to append to "
+                 "`train' is nearly always what is wanted");
+  }
 }
 
 CollectionCheck::CollectionCheck(const std::string &examples,

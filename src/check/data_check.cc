@@ -49,10 +49,12 @@ void check_rights(const std::string &directory, Findings &findings) {
   }
 }
 
-// Only a run that goes on reads class files, but for those that wait.
+// Only a run that goes on reads class files, but for those that wait; and it
+// learns anew how to judge.
 Severity severity_of(const Params &settings, const Failure &failure) {
   const std::string name = failure.file.substr(failure.file.rfind('/') + 1);
-  const bool is_read = !is_class_file(name) || settings.incremental;
+  const bool is_read =
+      !is_class_file(name) || (settings.incremental && name != judging_name);
   // Without an index vek begins a new one, and a profile that is wrong in it
   // goes unnoticed.
   const bool is_let_pass = name == "profile-store.idx" &&

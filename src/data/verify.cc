@@ -12,6 +12,7 @@
 #include "base/input_file.h"
 #include "base/progress_line.h"
 #include "data/files.h"
+#include "evaluation/judging.h"
 #include "store/datafiles.h"
 
 namespace vek::keeping {
@@ -210,6 +211,7 @@ void Verification::check_classes() {
         files, data,
         classifier_P == nullptr ? classifiers().front() : *classifier_P);
   }
+  check_judging(files, classes);
   check_spare_class_files(classes);
 }
 
@@ -270,17 +272,37 @@ void Verification::check_class(const ClassFiles &files, const ClassData &data,
   }
 }
 
+// A model that was kept without held-out documents has none, or an empty one
+// where there had been one.
+void Verification::check_judging(const ClassFiles &files,
+                                 const ClassTable &classes) {
+  if (classes.size() == 0 || files.presence(judging_name) == Presence::missing)
+    return;
+  std::string text;
+  Failure failure;
+  Judging judging;
+  if (!files.read(judging_name, text, failure)) {
+    damage(failure, learn_again);
+  } else if (!text.empty() && !judging.parse(text, classes.size())) {
+    damage({path(judging_name), "",
+            "format error, or of another number of classes"},
+           learn_again);
+  }
+}
+
 void Verification::check_spare_class_files(const ClassTable &classes) {
   for (const std::string &name : names_) {
     if (!is_class_file(name) || name == "classes")
       continue;
-    const std::string number = name.substr(5, name.size() - 9);
-    const bool is_used =
-        number.size() < 10 && std::stoul(number) < classes.size();
-    if (!is_used && classes.size() != 0)
-      note(name, "of no class; it can be removed");
-    if (classes.size() == 0)
+    if (classes.size() == 0) {
       damage({path(name), "", "there is no class table to it"}, learn_again);
+      continue;
+    }
+    if (name == judging_name)
+      continue;
+    const std::string number = name.substr(5, name.size() - 9);
+    if (number.size() >= 10 || std::stoul(number) >= classes.size())
+      note(name, "of no class; it can be removed");
   }
 }
 

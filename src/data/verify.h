@@ -53,6 +53,7 @@ class Verification {
                    const Classifier &classifier);
   const Classifier *find_classifier(const ClassFiles &files,
                                     const ClassTable &classes) const;
+  void check_judging(const ClassFiles &files, const ClassTable &classes);
   void check_spare_class_files(const ClassTable &classes);
 
   std::string path(const std::string &name) const;

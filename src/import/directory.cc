@@ -11,6 +11,7 @@
 #include <fstream>
 
 #include "base/helpers.h"
+#include "base/input_file.h"
 #include "base/output_file.h"
 
 namespace vek::importing {

@@ -6,6 +6,7 @@
 
 #include "base/bytes.h"
 #include "base/helpers.h"
+#include "base/input_file.h"
 #include "data/names.h"
 
 namespace vek::importing {

@@ -260,6 +260,13 @@ TEST_F(CollectionCheckTest, ReadsTheResourceFileThatVekReads) {
   read_resource_file("other", settings_, findings);
   EXPECT_TRUE(settings_.save);
   EXPECT_EQ(findings.exit_status(), 2);
+  write_text("again.rc", "[general] incremental on\n");
+  Findings advice;
+  read_resource_file("again", settings_, advice);
+  std::ostringstream out;
+  advice.print(out);
+  EXPECT_TRUE(out.str().starts_with("again.rc: warning: `incremental on' "))
+      << out.str();
 }
 
 }  // namespace
