@@ -9,7 +9,8 @@ namespace vek {
 // it is: it is no exception that somebody on the way, as a stream, could take
 // for something else. Some memory is kept aside, for the log, the journal and
 // the store's index, and is given back then. If it is not enough the process
-// ends at once, and what was not synced is lost.
+// ends at once, and what was not synced is lost. In any thread but the first an
+// allocation throws std::bad_alloc, as elsewhere.
 //
 // GLib's memory is not watched: the file store does that for itself.
 void watch_memory();
