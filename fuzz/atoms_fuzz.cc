@@ -25,8 +25,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
   vek::AtomTable table(pool);
   const bool good = table.parse(text);
   require(table.size() <= (size + 1) / 2);
-  if (!good)
+  if (!good) {
+    const vek::LineFault fault = table.fault(text);
+    require(fault.line == table.size() + 1 &&
+            fault.reason != "there are too many lines");
     return 0;
+  }
   require(text.find('\0') == text.npos);
   if (!text.empty() && text.back() != '\n')
     text += '\n';

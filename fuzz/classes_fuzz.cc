@@ -42,7 +42,11 @@ void check_table(const std::string &text) {
 void check_profile(const std::string &text, vek::ProfileColumns columns) {
   vek::ClassProfile profile;
   std::uint32_t nr_terms = 0;
-  const bool good = profile.parse(text, nr_terms, columns);
+  vek::LineFault fault;
+  const bool good =
+      profile.parse(text, nr_terms, columns, std::uint64_t{1} << 32, fault);
+  require(good == fault.reason.empty() &&
+          fault.line <= vek::count_lines(text) + 1);
   // Of an entry there are at least three numbers.
   require(profile.size() <= text.size() / 6);
   if (!good)

@@ -45,8 +45,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
   const bool good = table.parse(vek::fuzzing::text_of(data, size), nr_atoms);
   // The shortest line is that of four digits.
   require(table.size() <= (size + 1) / 8);
-  if (!good)
+  if (!good) {
+    const vek::LineFault fault =
+        table.fault(vek::fuzzing::text_of(data, size), nr_atoms);
+    require(fault.line == table.size() + 1 &&
+            fault.reason != "there are too many lines");
     return 0;
+  }
   check_chains(table);
   const std::string text = written(table);
   vek::TermTable again;

@@ -118,7 +118,27 @@ bool is_system_failure() {
 
 bool is_directory(const std::string &path) {
   struct stat status = {};
-  return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+  if (stat(path.c_str(), &status) != 0)
+    return false;
+  if (!S_ISDIR(status.st_mode))
+    errno = ENOTDIR;
+  return S_ISDIR(status.st_mode);
+}
+
+std::string printable(std::string_view text) {
+  constexpr char digits[] = "0123456789ABCDEF";
+  std::string out;
+  for (const char character : text) {
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte >= 0x20 && byte != 0x7F) {
+      out += character;
+      continue;
+    }
+    out += "\\x";
+    out += digits[byte / 16];
+    out += digits[byte % 16];
+  }
+  return out;
 }
 
 std::int64_t file_size(const std::string &path) {
@@ -135,37 +155,6 @@ bool sync_path(const std::string &path) {
   const KeepErrno keep;
   close(fd);
   return ok;
-}
-
-ReadResult read_file(const std::string &path, std::string &content) {
-  content.clear();
-  const int fd =
-      retry([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC); });
-  if (fd < 0)
-    return ReadResult::cannot_open;
-  struct stat status = {};
-  std::size_t room = 65536;
-  if (fstat(fd, &status) == 0 && status.st_size > 0) {
-    // One more than the file has, so that the read that finds the end needs no
-    // larger buffer. The size is a hint: the file may grow, and one in /proc
-    // claims to be empty.
-    room = static_cast<std::size_t>(status.st_size) + 1;
-  }
-  ssize_t count = 0;
-  std::size_t used = 0;
-  do {
-    if (used == content.size())
-      content.resize(used + room);
-    count = retry([&] {
-      return ::read(fd, content.data() + used, content.size() - used);
-    });
-    if (count > 0)
-      used += static_cast<std::size_t>(count);
-  } while (count > 0);
-  const KeepErrno keep;
-  content.resize(used);
-  close(fd);
-  return count < 0 ? ReadResult::read_error : ReadResult::ok;
 }
 
 // By read(), which turns an exception of the buffer into badbit.

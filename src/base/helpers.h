@@ -85,8 +85,7 @@ class Directory {
   bool read_failed_ = false;
 };
 
-// stat() succeeds for `path`. A failure leaves errno set, as it does in
-// is_directory().
+// stat() succeeds for `path`. A failure leaves errno set.
 bool file_exists(const std::string &path);
 
 // Whether there is a file at `path`. Not known, with errno set, if the system
@@ -98,8 +97,13 @@ Presence presence_of(const std::string &path);
 // file: whether it is there and readable may be known the next time.
 bool is_system_failure();
 
-// `path` exists and is a directory.
+// `path` exists and is a directory. Sets errno if not.
 bool is_directory(const std::string &path);
+
+// A name as it can be shown in one line: control characters as \x and two
+// hexadecimal digits. Names come from lists and directories, and may hold what
+// a terminal would take for a command.
+std::string printable(std::string_view text);
 
 // Size in bytes, -1 if stat() fails.
 std::int64_t file_size(const std::string &path);
@@ -107,12 +111,6 @@ std::int64_t file_size(const std::string &path);
 // Has the system put a file's content on the disk, or a directory's names.
 // Returns whether it did; errno says why not.
 bool sync_path(const std::string &path);
-
-enum class ReadResult { ok, cannot_open, read_error };
-
-// Replaces `content` by all the bytes of the file `path`. Reports nothing: the
-// caller knows what the file is for.
-ReadResult read_file(const std::string &path, std::string &content);
 
 // All that is left in a stream. If the system fails to read, badbit is set and
 // what came before that is returned.

@@ -102,7 +102,7 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::open(const std::string &path, Mode mode) {
-  const int how = mode == Mode::append ? O_APPEND : O_TRUNC;
+  const int how = mode == Mode::append ? O_APPEND | O_NONBLOCK : O_TRUNC;
   const int fd = retry([&] {
     return ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | how, 0664);
   });

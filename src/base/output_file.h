@@ -22,7 +22,8 @@ class OutputFile : public std::ostream {
   ~OutputFile() override;
 
   // Opens `path`, creating it with mode 0664 if it is missing. On failure
-  // failbit is set and errno says why. The stream must not be open.
+  // failbit is set and errno says why. The stream must not be open. A pipe
+  // without a reader is waited for, but not to append to it.
   void open(const std::string &path, Mode mode);
   bool is_open() const { return buffer_.fd() >= 0; }
 

@@ -139,6 +139,15 @@ bool take_line(std::string_view &rest, std::string_view &line) {
   return true;
 }
 
+std::string_view line_at(std::string_view text, std::size_t number) {
+  std::string_view line;
+  for (std::size_t i = 0; i <= number; ++i) {
+    if (!take_line(text, line))
+      return {};
+  }
+  return line;
+}
+
 std::size_t count_lines(std::string_view text) {
   std::size_t nr_lines = 0;
   std::string_view line;

@@ -49,6 +49,9 @@ double as_written(double value);
 // lack. Returns false if there is none.
 bool take_line(std::string_view &rest, std::string_view &line);
 
+// The line of that number, from 0; empty if there is none.
+std::string_view line_at(std::string_view text, std::size_t number);
+
 // How many lines take_line() will find.
 std::size_t count_lines(std::string_view text);
 
@@ -67,13 +70,15 @@ class FieldReader {
     return !field.empty() && result.ec == std::errc() && result.ptr == end;
   }
 
-  // The same for a finite double.
+  // The same for a double. What is not finite must be spelled as the functions
+  // above write it.
   bool read(double &value) {
     const std::string_view field = take();
     const char *end = field.data() + field.size();
     const auto result = std::from_chars(field.data(), end, value);
     return !field.empty() && result.ec == std::errc() && result.ptr == end &&
-           std::isfinite(value);
+           (std::isfinite(value) || field == "inf" || field == "-inf" ||
+            field == "nan" || field == "-nan");
   }
 
   void skip_space() {

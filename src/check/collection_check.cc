@@ -1,13 +1,19 @@
 #include "check/collection_check.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstddef>
 #include <string_view>
 #include <vector>
 
 #include "base/helpers.h"
+#include "base/input_file.h"
+#include "check/analyser_check.h"
+#include "check/data_check.h"
 #include "intake/lists.h"
 #include "intake/textfile.h"
 #include "params/rcparser.h"
@@ -16,6 +22,9 @@ namespace vek::checking {
 namespace {
 
 constexpr char resource_suffix[] = ".rc";
+
+// An analyser may have much to read before its first answer.
+constexpr std::chrono::seconds patience(60);
 
 ClassFiles class_files(const Params &settings) {
   return settings.save || settings.incremental ? ClassFiles::written
@@ -54,13 +63,21 @@ void read_resource_file(const std::string &name, Params &settings,
   if (name.empty() && !file_exists(path))
     return;
   std::string text;
-  if (read_file(path, text) != ReadResult::ok) {
-    findings.add(path, 0, Severity::stop, "the resource file cannot be read");
+  std::string reason;
+  if (vek::read_resource_file(path, text, reason) != ReadResult::ok) {
+    findings.add(path, 0, Severity::stop,
+                 "the resource file cannot be read: " + reason);
     return;
   }
   const std::string path_text = path;
   ResourceErrors errors(path_text, findings);
   RcParser(&settings, text, path.c_str(), errors).parse();
+  if (settings.incremental) {
+    findings.add(path, 0, Severity::warning,
+                 "`incremental on' adds the counts of these documents to those "
+                 "of earlier runs, and trains on these alone: to append to "
+                 "`train' is nearly always what is wanted");
+  }
 }
 
 CollectionCheck::CollectionCheck(const std::string &examples,
@@ -68,7 +85,11 @@ CollectionCheck::CollectionCheck(const std::string &examples,
     : examples_(examples),
       settings_(settings),
       findings_(findings),
-      lists_(examples, class_files(settings), collection_, findings) {}
+      lists_(examples, class_files(settings), collection_, findings),
+      data_(settings.data_directory, keeping::Verification::Depth::quick,
+            [&](const keeping::Finding &damage) {
+              add_damage(settings, damage, findings);
+            }) {}
 
 void CollectionCheck::warn(Place place, const std::string &text) {
   findings_.add(lists_.path(place.kind), place.line, Severity::warning, text);
@@ -77,24 +98,49 @@ void CollectionCheck::warn(Place place, const std::string &text) {
 bool CollectionCheck::run() {
   if (!has_directories())
     return false;
-  check_data_directory();
+  check_log(findings_);
+  check_data(settings_, data_, findings_);
   lists_.read(ListKind::train);
   lists_.read(ListKind::test);
   check_documents();
   check_profiles();
   check_input_directory();
   check_classes();
+  check_analyser();
   return true;
 }
 
-// Without a data directory there is nothing to check: vek creates it.
-void CollectionCheck::check_data_directory() {
-  Failure failure;
-  if (is_directory(settings_.data_directory) &&
-      !model_.open(settings_.data_directory, failure)) {
-    const std::string place = failure.place.empty() ? "" : failure.place + ": ";
-    findings_.add(failure.file, 0, Severity::stop, place + failure.reason);
+// Asks the analyser for the first text that a run would ask it for, or for any
+// other. Only a run with new documents depends on the answer.
+void CollectionCheck::check_analyser() {
+  const std::string &command = settings_.analyser;
+  if (command.empty())
+    return;
+  std::string path;
+  Severity severity = Severity::warning;
+  for (const auto &[name, document] : collection_.documents) {
+    const bool is_new = !data_.model().documents().contains(name);
+    if (!is_new && !path.empty())
+      continue;
+    const Path text(settings_.file_directory, name, document_suffix);
+    std::string reason;
+    const int fd = open_input(text, reason);
+    if (fd < 0)
+      continue;
+    close(fd);
+    path = text;
+    if (is_new) {
+      severity = Severity::stop;
+      break;
+    }
   }
+  const std::string fault =
+      analyser_fault(command, path,
+                     settings_.analyser_timeout == 0
+                         ? patience
+                         : std::chrono::seconds(settings_.analyser_timeout));
+  if (!fault.empty())
+    findings_.add("analyser " + quoted(command), 0, severity, fault);
 }
 
 bool CollectionCheck::has_directories() {
@@ -114,7 +160,7 @@ bool CollectionCheck::has_directories() {
 // is a profile, and then does not read it again.
 std::optional<CollectionCheck::TextProblem> CollectionCheck::text_problem(
     const std::string &name) const {
-  if (model_.documents().contains(name))
+  if (data_.model().documents().contains(name))
     return {};
   const std::string path =
       Path(settings_.file_directory, name, document_suffix);
@@ -156,7 +202,7 @@ void CollectionCheck::check_documents() {
 // once, and a stored document is not analysed again.
 void CollectionCheck::check_profiles() {
   const std::string &data = settings_.data_directory;
-  for (const auto &[name, block] : model_.documents()) {
+  for (const auto &[name, block] : data_.model().documents()) {
     const Path path(settings_.file_directory, name, document_suffix);
     if (block.size > empty_profile_size || file_size(path) == 0)
       continue;
@@ -179,7 +225,13 @@ void CollectionCheck::check_input_directory() {
   while (entries.read(entry)) {
     if (!is_input_document(entry, name))
       continue;
-    if (const auto problem = text_problem(name)) {
+    const bool is_stored = data_.model().documents().contains(name);
+    const std::string fault = request_fault(
+        name, Path(settings_.file_directory, name, document_suffix));
+    if (!fault.empty() && !is_stored)
+      findings.push_back("polling would leave out " + quoted(entry) + ": " +
+                         fault);
+    else if (const auto problem = text_problem(name)) {
       findings.push_back((problem->is_missing ? "polling would stop at "
                                               : "polling would leave out ") +
                          quoted(entry) + ": " + problem->text);

@@ -8,7 +8,7 @@
 
 #include "check/findings.h"
 #include "check/list_check.h"
-#include "model/model.h"
+#include "data/verify.h"
 #include "params/params.h"
 
 namespace vek::checking {
@@ -32,7 +32,7 @@ class CollectionCheck {
 
  private:
   bool has_directories();
-  void check_data_directory();
+  void check_analyser();
   void check_documents();
   void check_profiles();
   struct TextProblem {
@@ -51,7 +51,7 @@ class CollectionCheck {
   Findings &findings_;
   Collection collection_;
   ListCheck lists_;
-  Model model_;
+  keeping::Verification data_;
 };
 
 }  // namespace vek::checking

@@ -1,30 +1,11 @@
 #include "check/findings.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <tuple>
 
+#include "base/helpers.h"
+
 namespace vek::checking {
-namespace {
-
-// Names come from lists and may hold what a terminal takes for a command.
-std::string harmless(std::string_view text) {
-  std::string out;
-  for (const char character : text) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (byte >= 0x20 && byte != 0x7F) {
-      out += character;
-      continue;
-    }
-    std::array<char, 5> code = {};
-    std::snprintf(code.data(), code.size(), "\\x%02X", unsigned{byte});
-    out += code.data();
-  }
-  return out;
-}
-
-}  // namespace
 
 std::size_t Findings::number_of(const std::string &file) {
   // There are a few files only: no index is worth it.
@@ -48,11 +29,11 @@ void Findings::print(std::ostream &os) const {
                      return std::tie(a.file, a.line) < std::tie(b.file, b.line);
                    });
   for (const Finding &finding : sorted) {
-    os << harmless(files_[finding.file]) << ':';
+    os << printable(files_[finding.file]) << ':';
     if (finding.line != 0)
       os << finding.line << ':';
     os << (finding.severity == Severity::stop ? " stop: " : " warning: ")
-       << harmless(finding.text) << '\n';
+       << printable(finding.text) << '\n';
   }
 }
 

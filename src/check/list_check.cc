@@ -4,20 +4,6 @@
 #include "base/textio.h"
 
 namespace vek::checking {
-namespace {
-
-// Why vek cannot take the line apart. In the order in which parse_list_line()
-// finds it, so that the reason is the first one.
-std::string malformation(const std::string &line) {
-  if (line.find('\0') != std::string::npos)
-    return "there is a NUL byte";
-  if (line.find_first_not_of(' ') == std::string::npos)
-    return "the line is empty";
-  return "there is no class behind " + quoted(line);
-}
-
-}  // namespace
-
 ListCheck::ListCheck(const std::string &examples, ClassFiles class_files,
                      Collection &collection, Findings &findings)
     : examples_(examples),
@@ -45,16 +31,22 @@ void ListCheck::read(ListKind kind) {
   // change the order of files.
   findings_.name_file(path(kind));
   std::string text;
-  switch (read_file(path(kind), text)) {
+  std::string reason;
+  switch (read_list(path(kind), text, reason)) {
     case ReadResult::ok:
       break;
     case ReadResult::cannot_open:
-      warn({kind, 0}, "the list cannot be opened and counts as empty");
+      warn({kind, 0},
+           "the list cannot be opened (" + reason + ") and counts as empty");
       return;
     case ReadResult::read_error:
-      findings_.add(path(kind), 0, Severity::stop, "the list cannot be read");
+      findings_.add(path(kind), 0, Severity::stop,
+                    "the list cannot be read: " + reason);
       return;
   }
+  const std::string oddity = list_oddity(text);
+  if (!oddity.empty())
+    warn({kind, 0}, oddity);
   ListReader reader(text);
   std::string line;
   while (reader.next(line))
@@ -84,7 +76,7 @@ void ListCheck::check_line(Place place, const std::string &line) {
   ListEntry entry;
   if (!parse_list_line(line, entry)) {
     findings_.add(path(place.kind), place.line, Severity::stop,
-                  malformation(line));
+                  list_line_fault(line));
     return;
   }
   if (entry.document.empty()) {
@@ -100,7 +92,8 @@ void ListCheck::check_line(Place place, const std::string &line) {
 void ListCheck::check_bytes(Place place, const std::string &line) {
   if (line.find('\t') != std::string::npos)
     warn(place, "a tab does not separate, it is part of a name");
-  if (line.find('\r') != std::string::npos)
+  // Those at line ends are told once for the list.
+  if (line.find('\r') < line.size() - 1)
     warn(place, "a carriage return is part of a name");
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <string>
+#include <utility>
 
 #include "base/textio.h"
 
@@ -155,29 +156,48 @@ bool ClassProfile::write(std::ostream &os, std::uint32_t nr_terms,
 }
 
 bool ClassProfile::parse(std::string_view text, std::uint32_t &nr_terms,
-                         ProfileColumns columns) {
+                         ProfileColumns columns, std::uint64_t nr_known_terms,
+                         LineFault &fault) {
   FieldReader fields(text);
+  const auto refuse = [&](std::string reason) {
+    const std::string_view read =
+        text.substr(0, text.size() - fields.rest().size());
+    const auto nr_ends =
+        static_cast<std::size_t>(std::ranges::count(read, '\n'));
+    fault = {nr_ends + 1, std::move(reason)};
+    return false;
+  };
   std::uint32_t nr_entries = 0;
   if (!fields.read(nr_entries) || !fields.read(nr_terms) ||
       !fields.read(threshold_)) {
-    return false;
+    return refuse("it is no head of a class profile");
   }
   if (columns == ProfileColumns::exact_weight) {
     WeightType bias = 0.0;
     if (!fields.read(bias))
-      return false;
+      return refuse("it is no head of a class profile");
     set_bias(bias);
   }
   prepare(nr_entries);
   for (std::uint32_t i = 0; i < nr_entries; ++i) {
     std::uint32_t term = 0;
     ClassProfileEntry entry;
+    if (!read_entry(fields, term, entry, columns))
+      return refuse("an entry is damaged or missing");
+    if (term >= nr_known_terms)
+      return refuse("term " + std::to_string(term) + " is not known");
     // A term that comes twice would leave fewer entries than the file says.
-    if (!read_entry(fields, term, entry, columns) || find(term) != nullptr)
-      return false;
+    if (find(term) != nullptr)
+      return refuse("term " + std::to_string(term) + " was there before");
     (*this)[term] = entry;
   }
-  return fields.at_end();
+  return fields.at_end() || refuse("there is more than the entries");
+}
+
+bool ClassProfile::parse(std::string_view text, std::uint32_t &nr_terms,
+                         ProfileColumns columns) {
+  LineFault ignored;
+  return parse(text, nr_terms, columns, std::uint64_t{1} << 32, ignored);
 }
 
 }  // namespace vek

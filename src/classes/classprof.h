@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/failure.h"
 #include "base/helpers.h"
 #include "classes/termmap.h"
 
@@ -108,8 +109,13 @@ class ClassProfile {
              ProfileColumns columns) const;
 
   // Reads that form into the empty profile. What the file does not carry is
-  // 0. False if a number is none, out of range or not finite, if a term comes
-  // twice, and if anything follows the last entry.
+  // 0. False, with `fault` filled in, if a number is none or out of range, if a
+  // term comes twice or is not below `nr_known_terms`, and if anything follows
+  // the last entry.
+  bool parse(std::string_view text, std::uint32_t &nr_terms,
+             ProfileColumns columns, std::uint64_t nr_known_terms,
+             LineFault &fault);
+  // The same where nobody knows the terms.
   bool parse(std::string_view text, std::uint32_t &nr_terms,
              ProfileColumns columns);
 

@@ -4,10 +4,6 @@
 // class and in the rows of an inverted index. Ids are dense numbers: for a map
 // that holds a good part of them an array is smaller and faster than a hash
 // table. So a map begins as a hash table and becomes an array as it fills.
-//
-// Terms are looked up for every word of every document, in the profile of a
-// class and in the rows of an inverted index. Ids are dense numbers: where a
-// good part of them is there, an array is smaller and faster than a hash table.
 #ifndef VEK_CLASSES_TERMMAP_H_
 #define VEK_CLASSES_TERMMAP_H_
 
@@ -20,6 +16,22 @@
 #include <vector>
 
 namespace vek {
+
+// The upper half of a * term + b, with random a and b: two terms meet no more
+// often than by chance (Dietzfelbinger 1996), whatever terms a damaged or
+// hostile file names. With numbers that are known, it could name such that
+// all meet, and take minutes to be read. No result depends on the numbers.
+struct TermHash {
+  struct Key {
+    std::uint64_t factor;
+    std::uint64_t summand;
+  };
+  static const Key key;
+
+  std::size_t operator()(std::uint32_t term) const {
+    return static_cast<std::size_t>((term * key.factor + key.summand) >> 32);
+  }
+};
 
 class TermMap {
  public:
@@ -80,15 +92,6 @@ class TermMap {
   // An array is used if it has at most so many places for each term.
   static constexpr std::size_t most_spread = 8;
 
-  // Fibonacci hashing. The lower bits of a product are as alike as those of its
-  // factors; the upper ones are spread.
-  struct Hash {
-    std::size_t operator()(std::uint32_t term) const {
-      return static_cast<std::size_t>(
-          (term * std::uint64_t{0x9E3779B97F4A7C15}) >> 32);
-    }
-  };
-
   // Called each time the number of terms has doubled, so that all calls
   // together cost no more than the terms themselves.
   void look_for_density() {
@@ -101,8 +104,8 @@ class TermMap {
     far_ = {};
   }
 
-  std::vector<std::uint32_t> near_;                         // by term
-  tsl::robin_map<std::uint32_t, std::uint32_t, Hash> far_;  // all others
+  std::vector<std::uint32_t> near_;                             // by term
+  tsl::robin_map<std::uint32_t, std::uint32_t, TermHash> far_;  // all others
   std::size_t nr_terms_ = 0;
   std::size_t next_look_ = 64;
   std::uint32_t largest_ = 0;  // term that ever was there

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "base/input_file.h"
 #include "data/files.h"
 #include "store/datafiles.h"
 #include "store/filesetformat.h"
@@ -15,8 +16,9 @@ bool ClassFiles::open(const std::string &directory, Failure &failure) {
   if (presence != Presence::there)
     return presence == Presence::missing || fails(path, failure);
   std::string text;
-  if (read_file(path, text) != ReadResult::ok)
-    return fails(path, failure);
+  failure = {path, "", ""};
+  if (read_file(path, text, failure.reason) != ReadResult::ok)
+    return false;
   std::vector<FileSetMember> members;
   if (!parse_file_set(text, members)) {
     failure = {path, "", "format error"};
@@ -39,8 +41,8 @@ bool ClassFiles::read(const std::string &name, std::string &text,
                       Failure &failure) const {
   const auto place = waiting_.find(name);
   if (place == waiting_.end()) {
-    return read_file(path(name), text) == ReadResult::ok ||
-           fails(path(name), failure);
+    failure = {path(name), "", ""};
+    return read_file(path(name), text, failure.reason) == ReadResult::ok;
   }
   text = place->second;
   return true;

@@ -51,8 +51,21 @@ bool add_sizes(const std::string &directory, const StoreReader::Blocks &blocks,
   return true;
 }
 
+// Of a model that has been read. A threshold that nobody has set is 1.
+void add_judging(const Model &model, Json &info) {
+  info["classes_with_threshold"] =
+      std::ranges::count_if(model.classes(), [](const auto &entry) {
+        return entry.second.profile.threshold() != 1.0;
+      });
+  const Judging &judging = model.judging();
+  if (judging.classes.empty())
+    return;
+  info["heldout_parts"] = judging.nr_parts;
+  info["shared_probabilities"] = judging.share;
+}
+
 // Without class files there is no class.
-bool add_classes(const std::string &directory, const Model &model, Json &info,
+bool add_classes(const std::string &directory, Model &model, Json &info,
                  Failure &failure) {
   ClassFiles files;
   ClassTable classes;
@@ -67,12 +80,19 @@ bool add_classes(const std::string &directory, const Model &model, Json &info,
   info["classes"] = classes.size();
   info["classes_with_documents"] = std::ranges::count_if(
       classes, [](const auto &entry) { return entry.second.nr_docs != 0; });
-  info["classifier"] = nullptr;
   Failure unknown;
-  if (const Classifier *const classifier_P =
-          has_table ? model.find_classifier(unknown) : nullptr) {
-    info["classifier"] = classifier_P->name;
-  }
+  const Classifier *const classifier_P =
+      has_table ? model.find_classifier(unknown) : nullptr;
+  info["classifier"] = nullptr;
+  info["classes_with_threshold"] = nullptr;
+  info["heldout_parts"] = nullptr;
+  info["shared_probabilities"] = nullptr;
+  if (classifier_P == nullptr)
+    return true;
+  info["classifier"] = classifier_P->name;
+  if (!model.read_classes(*classifier_P, failure))
+    return false;
+  add_judging(model, info);
   return true;
 }
 

@@ -47,7 +47,14 @@ int status_of(bool is_done) {
 }
 
 int verify(const Arguments &arguments, Failure &failure) {
-  Verification verification(arguments.directory, std::cout);
+  Verification verification(
+      arguments.directory, Verification::Depth::full,
+      [](const Finding &finding) {
+        std::cout << (finding.is_damage() ? "damage: " : "note: ")
+                  << escaped(finding.failure.text())
+                  << (finding.is_damage() ? "; " : "") << finding.remedy
+                  << '\n';
+      });
   if (!verification.run(failure))
     return exit_failed;
   return verification.has_damage() ? exit_damaged : exit_good;

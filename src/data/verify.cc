@@ -1,6 +1,5 @@
 #include "data/verify.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,9 +9,10 @@
 #include <vector>
 
 #include "base/helpers.h"
+#include "base/input_file.h"
 #include "base/progress_line.h"
 #include "data/files.h"
-#include "data/names.h"
+#include "evaluation/judging.h"
 #include "store/datafiles.h"
 
 namespace vek::keeping {
@@ -40,11 +40,11 @@ bool Verification::is_there(const std::string &name) const {
 
 void Verification::damage(const Failure &failure, const std::string &remedy) {
   has_damage_ = true;
-  out_ << "damage: " << escaped(failure.text()) << "; " << remedy << '\n';
+  report_({failure, remedy});
 }
 
 void Verification::note(const std::string &name, const std::string &text) {
-  out_ << "note: " << escaped(path(name)) << ": " << text << '\n';
+  report_({{path(name), "", text}, ""});
 }
 
 bool Verification::run(Failure &failure) {
@@ -74,10 +74,10 @@ bool Verification::check_names(Failure &failure) {
       damage({path(name), "", "no regular file"}, "move it away");
       continue;
     }
-    const int fd =
-        retry([&] { return open(path(name).c_str(), O_RDONLY | O_CLOEXEC); });
+    failure = {path(name), "", ""};
+    const int fd = open_input(path(name), failure.reason);
     if (fd < 0)
-      return fails(path(name), failure);
+      return false;
     close(fd);
     if (is_temporary_file(name))
       note(name, "left by a broken-off run; it can be removed");
@@ -122,6 +122,8 @@ void Verification::check_store() {
     return;
   }
   check_overlaps(store);
+  if (depth_ == Depth::quick)
+    return;
   ProgressLine progress("vek-data", ProgressLine::Shown::on_terminal,
                         store.blocks().size());
   for (const auto &[name, block] : store.blocks()) {
@@ -134,8 +136,11 @@ void Verification::check_store() {
 void Verification::check_overlaps(const StoreReader &store) {
   using Place = std::pair<std::uint32_t, std::int64_t>;
   std::vector<std::pair<Place, const std::string *>> blocks;
-  for (const auto &[name, block] : store.blocks())
-    blocks.push_back({{block.repository_id, block.offset}, &name});
+  for (const auto &[name, block] : store.blocks()) {
+    // An empty one overlaps nothing.
+    if (block.size != 0)
+      blocks.push_back({{block.repository_id, block.offset}, &name});
+  }
   std::ranges::sort(blocks);
   Place end;
   const std::string *before_P = nullptr;
@@ -206,6 +211,7 @@ void Verification::check_classes() {
         files, data,
         classifier_P == nullptr ? classifiers().front() : *classifier_P);
   }
+  check_judging(files, classes);
   check_spare_class_files(classes);
 }
 
@@ -241,18 +247,19 @@ void Verification::check_class(const ClassFiles &files, const ClassData &data,
     damage(failure, learn_again);
     return;
   }
-  if (!profile.parse(text, nr_terms, classifier.files.columns)) {
-    damage(
-        {path(name), "", std::string("no class profile of ") + classifier.name},
-        learn_again);
+  LineFault fault;
+  if (!profile.parse(text, nr_terms, classifier.files.columns, nr_terms_,
+                     fault)) {
+    damage({path(name), fault.place(),
+            std::string("no class profile of ") + classifier.name + ": " +
+                fault.reason},
+           learn_again);
     return;
   }
   if (nr_terms != data.nr_terms) {
     damage({path(name), "line 1", "it does not belong to the class table"},
            learn_again);
   }
-  if (profile.size() != 0 && profile.largest_term() >= nr_terms_)
-    damage({path(name), "", "it has terms that are not known"}, learn_again);
   if (classifier.files.weights_suffix == nullptr)
     return;
   const std::string weights =
@@ -265,17 +272,37 @@ void Verification::check_class(const ClassFiles &files, const ClassData &data,
   }
 }
 
+// A model that was kept without held-out documents has none, or an empty one
+// where there had been one.
+void Verification::check_judging(const ClassFiles &files,
+                                 const ClassTable &classes) {
+  if (classes.size() == 0 || files.presence(judging_name) == Presence::missing)
+    return;
+  std::string text;
+  Failure failure;
+  Judging judging;
+  if (!files.read(judging_name, text, failure)) {
+    damage(failure, learn_again);
+  } else if (!text.empty() && !judging.parse(text, classes.size())) {
+    damage({path(judging_name), "",
+            "format error, or of another number of classes"},
+           learn_again);
+  }
+}
+
 void Verification::check_spare_class_files(const ClassTable &classes) {
   for (const std::string &name : names_) {
     if (!is_class_file(name) || name == "classes")
       continue;
-    const std::string number = name.substr(5, name.size() - 9);
-    const bool is_used =
-        number.size() < 10 && std::stoul(number) < classes.size();
-    if (!is_used && classes.size() != 0)
-      note(name, "of no class; it can be removed");
-    if (classes.size() == 0)
+    if (classes.size() == 0) {
       damage({path(name), "", "there is no class table to it"}, learn_again);
+      continue;
+    }
+    if (name == judging_name)
+      continue;
+    const std::string number = name.substr(5, name.size() - 9);
+    if (number.size() >= 10 || std::stoul(number) >= classes.size())
+      note(name, "of no class; it can be removed");
   }
 }
 

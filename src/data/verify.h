@@ -1,10 +1,12 @@
-// Looks at every file of a data directory against every other.
+// Looks at every file of a data directory against every other. vek-check does
+// so too, before a run.
 #ifndef VEK_DATA_VERIFY_H_
 #define VEK_DATA_VERIFY_H_
 
 #include <cstdint>
-#include <ostream>
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "base/failure.h"
 #include "data/class_files.h"
@@ -13,19 +15,31 @@
 
 namespace vek::keeping {
 
+// Damage, with its remedy; or a note, with none, of what a broken-off run has
+// left and the next one puts right.
+struct Finding {
+  Failure failure;
+  std::string remedy;
+
+  bool is_damage() const { return !remedy.empty(); }
+};
+
 class Verification {
  public:
-  // Findings go to `out`, a line for each: "damage: FILE: PLACE: what; remedy"
-  // or, for what a broken-off run has left and the next one puts right, the
-  // same with "note: ".
-  Verification(const std::string &directory, std::ostream &out)
-      : directory_(directory), out_(out) {}
+  using Report = std::function<void(const Finding &finding)>;
+  // `quick` leaves out the documents' profiles, which take long.
+  enum class Depth { quick, full };
+
+  Verification(const std::string &directory, Depth depth, Report report)
+      : directory_(directory), depth_(depth), report_(std::move(report)) {}
 
   // False, with `failure` filled in, if the directory or a file in it may not
   // be opened: then nothing can be said.
   bool run(Failure &failure);
 
   bool has_damage() const { return has_damage_; }
+  // Vocabulary and names of documents, as far as they are good.
+  const Model &model() const { return model_; }
 
  private:
   bool check_names(Failure &failure);
@@ -39,6 +53,7 @@ class Verification {
                    const Classifier &classifier);
   const Classifier *find_classifier(const ClassFiles &files,
                                     const ClassTable &classes) const;
+  void check_judging(const ClassFiles &files, const ClassTable &classes);
   void check_spare_class_files(const ClassTable &classes);
 
   std::string path(const std::string &name) const;
@@ -47,7 +62,8 @@ class Verification {
   void note(const std::string &name, const std::string &text);
 
   const std::string &directory_;
-  std::ostream &out_;
+  const Depth depth_;
+  const Report report_;
   std::vector<std::string> names_;
   Model model_;
   // Terms of the vocabulary; no id is too large while that is not known.

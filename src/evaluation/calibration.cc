@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <limits>
 #include <numeric>
+#include <tuple>
+#include <utility>
 
 #include "base/exponential.h"
 #include "base/logarithm.h"
@@ -12,8 +14,10 @@
 namespace vek {
 namespace {
 
-// A curve's parameters: the slopes, then the intercept.
-constexpr std::size_t nr_parameters = Calibration::nr_pieces + 1;
+// A curve's parameters, which multiply what is known of a document: the slopes
+// and the inclusion, none of which is negative, then the intercept.
+constexpr std::size_t nr_slopes = Calibration::nr_pieces + 1;
+constexpr std::size_t nr_parameters = nr_slopes + 1;
 using Parameters = std::array<WeightType, nr_parameters>;
 
 // The sum of the logarithms of many numbers, by that of their product.
@@ -48,27 +52,28 @@ std::array<WeightType, Calibration::nr_pieces> pieces_of(WeightType z) {
           std::max(z - knot, 0.0)};
 }
 
+// A deviation of 0 counts as 1, and so does one that is but the rounding of
+// the mean: numbers that are all the same say nothing.
+std::pair<WeightType, WeightType> mean_and_deviation(
+    std::span<const WeightType> values) {
+  const auto n = static_cast<WeightType>(values.size());
+  WeightType mean = 0.0;
+  WeightType squares = 0.0;
+  for (const WeightType value : values)
+    mean += value / n;
+  for (const WeightType value : values)
+    squares += (value - mean) * (value - mean) / n;
+  const WeightType deviation = std::sqrt(squares);
+  return {mean, deviation > 1e-12 * std::abs(mean) ? deviation : 1.0};
+}
+
 // One class's curve while it is fitted. A document has the probability
 //   e^v / (rest + e^v)
 // with the curve's value v, and `rest` 1 or the sum of e^v of its brothers.
 class CurveFit {
  public:
-  explicit CurveFit(const Calibration &start) : start_(start) {
-    std::ranges::copy(start.slopes, parameters_.begin());
-    parameters_.back() = start.intercept;
-    prior_ = parameters_;
-  }
-
-  // `share` is what the class has of the document: 1, or less of one that is in
-  // several sons, or 0.
-  void add(WeightType score, WeightType share) {
-    const WeightType z = std::isfinite(score)
-                             ? start_.factor * score + start_.offset
-                             : Calibration::hopeless;
-    pieces_.push_back(pieces_of(bounded(z)));
-    shares_.push_back(share);
-    powers_.push_back(exponential(value(parameters_, pieces_.back())));
-  }
+  CurveFit(const Calibration &start, const CalibrationColumn &column,
+           std::span<const WeightType> weights);
 
   std::size_t size() const { return pieces_.size(); }
   // e^v of a document.
@@ -85,13 +90,15 @@ class CurveFit {
     Calibration calibration = start_;
     std::copy_n(parameters_.begin(), calibration.slopes.size(),
                 calibration.slopes.begin());
-    calibration.intercept = parameters_.back();
+    calibration.inclusion = parameters_[nr_slopes - 1] / deviation_;
+    calibration.intercept = parameters_.back() - calibration.inclusion * mean_;
     return calibration;
   }
 
  private:
-  using Pieces = std::array<WeightType, Calibration::nr_pieces>;
+  using Pieces = std::array<WeightType, nr_slopes>;
 
+  void add(WeightType score, WeightType inclusive, WeightType share);
   static WeightType value(const Parameters &parameters, const Pieces &pieces) {
     WeightType sum = parameters.back();
     for (std::size_t k = 0; k < pieces.size(); ++k)
@@ -112,6 +119,9 @@ class CurveFit {
                      std::vector<WeightType> &powers) const;
 
   Calibration start_;
+  // Of the inclusive values, which are fitted in units of these.
+  WeightType mean_ = 0.0;
+  WeightType deviation_ = 1.0;
   Parameters parameters_ = {};
   Parameters prior_ = {};
   std::vector<Pieces> pieces_;
@@ -119,6 +129,40 @@ class CurveFit {
   std::vector<WeightType> powers_;
   std::vector<WeightType> trial_;
 };
+
+CurveFit::CurveFit(const Calibration &start, const CalibrationColumn &column,
+                   std::span<const WeightType> weights)
+    : start_(start) {
+  std::ranges::copy(start.slopes, parameters_.begin());
+  parameters_.back() = start.intercept;
+  prior_ = parameters_;
+  if (!column.inclusive.empty())
+    std::tie(mean_, deviation_) = mean_and_deviation(column.inclusive);
+  const auto nr_docs =
+      column.scores.size() - std::size_t(std::ranges::count(weights, 0.0));
+  pieces_.reserve(nr_docs);
+  shares_.reserve(nr_docs);
+  powers_.reserve(nr_docs);
+  for (std::size_t i = 0; i < column.scores.size(); ++i) {
+    if (weights[i] == 0.0)
+      continue;
+    add(column.scores[i],
+        column.inclusive.empty() ? mean_ : column.inclusive[i],
+        column.is_member[i] != 0 ? weights[i] : 0.0);
+  }
+}
+
+// `share` is what the class has of the document: 1, or less of one that is in
+// several sons, or 0.
+void CurveFit::add(WeightType score, WeightType inclusive, WeightType share) {
+  const WeightType z = std::isfinite(score)
+                           ? start_.factor * score + start_.offset
+                           : Calibration::hopeless;
+  const auto [low, middle, high] = pieces_of(bounded(z));
+  pieces_.push_back({low, middle, high, (inclusive - mean_) / deviation_});
+  shares_.push_back(share);
+  powers_.push_back(exponential(value(parameters_, pieces_.back())));
+}
 
 // Solves the symmetric positive definite system for the parameters that are
 // free, by elimination without pivots; the others get 0.
@@ -155,7 +199,9 @@ Parameters CurveFit::newton_step(std::span<const WeightType> rests) const {
     const WeightType p = powers_[i] / (rests[i] + powers_[i]);
     const WeightType error = p - shares_[i];
     const WeightType weight = p * (1.0 - p);
-    const Parameters x = {pieces_[i][0], pieces_[i][1], pieces_[i][2], 1.0};
+    Parameters x = {};
+    std::ranges::copy(pieces_[i], x.begin());
+    x.back() = 1.0;
     for (std::size_t k = 0; k < nr_parameters; ++k) {
       gradient[k] += error * x[k];
       for (std::size_t j = k; j < nr_parameters; ++j)
@@ -170,8 +216,7 @@ Parameters CurveFit::newton_step(std::span<const WeightType> rests) const {
       curvature[k][j] = curvature[j][k];
     // A slope of 0 that wants to be less stays (Bertsekas, Projected Newton
     // methods, 1982).
-    free[k] = k == Calibration::nr_pieces || parameters_[k] > 0.0 ||
-              gradient[k] < 0.0;
+    free[k] = k == nr_slopes || parameters_[k] > 0.0 || gradient[k] < 0.0;
   }
   return solve(curvature, gradient, free);
 }
@@ -202,7 +247,7 @@ WeightType CurveFit::improve(std::span<const WeightType> rests) {
     WeightType moved = 0.0;
     for (std::size_t k = 0; k < nr_parameters; ++k) {
       candidate[k] -= length * step[k];
-      if (k < Calibration::nr_pieces)
+      if (k < nr_slopes)
         candidate[k] = std::max(candidate[k], 0.0);
       moved = std::max(moved, std::abs(candidate[k] - parameters_[k]));
     }
@@ -265,14 +310,15 @@ void fit_together(std::vector<CurveFit> &fits) {
 
 }  // namespace
 
-WeightType Calibration::logit(WeightType score) const {
+WeightType Calibration::logit(WeightType score, WeightType inclusive) const {
   if (!std::isfinite(score))
     return hopeless;
   const auto pieces = pieces_of(bounded(factor * score + offset));
-  WeightType sum = intercept;
+  WeightType sum = intercept + inclusion * inclusive;
   for (std::size_t k = 0; k < pieces.size(); ++k)
     sum += slopes[k] * pieces[k];
-  return bounded(sum);
+  // A stored curve can have numbers of any size.
+  return std::isnan(sum) ? hopeless : bounded(sum);
 }
 
 // The fit of Platt's two parameters is that of a curve whose pieces have one
@@ -288,9 +334,6 @@ Calibration fit_logistic(const CalibrationColumn &column) {
     return calibration;
   const WeightType target_of_members = (nr_members + 1.0) / (nr_members + 2.0);
   const WeightType target_of_others = 1.0 / (nr_others + 2.0);
-  // In units in which scores have the mean 0 and the deviation 1.
-  WeightType mean = 0.0;
-  WeightType deviation = 0.0;
   std::vector<WeightType> x;
   std::vector<WeightType> targets;
   for (std::size_t i = 0; i < column.scores.size(); ++i) {
@@ -302,16 +345,10 @@ Calibration fit_logistic(const CalibrationColumn &column) {
   }
   if (x.empty())
     return calibration;
-  const auto n = static_cast<WeightType>(x.size());
-  for (const WeightType value : x)
-    mean += value / n;
-  for (const WeightType value : x)
-    deviation += (value - mean) * (value - mean) / n;
-  deviation = std::sqrt(deviation);
+  // In units in which scores have the mean 0 and the deviation 1.
+  const auto [mean, deviation] = mean_and_deviation(x);
   if (!std::isfinite(deviation) || !std::isfinite(mean))
     return calibration;
-  if (deviation == 0.0)
-    deviation = 1.0;
   WeightType a = 0.0;
   WeightType b = natural_logarithm((nr_members + 1.0) / (nr_others + 1.0));
   for (WeightType &value : x)
@@ -392,12 +429,7 @@ std::vector<Calibration> fit_sons(std::span<const CalibrationColumn> columns,
   }
   for (const CalibrationColumn &column : columns) {
     result.push_back(fit_logistic(column));
-    fits.emplace_back(result.back());
-    for (std::size_t i = 0; i < nr_docs; ++i) {
-      if (parts[i] != 0.0)
-        fits.back().add(column.scores[i],
-                        column.is_member[i] != 0 ? parts[i] : 0.0);
-    }
+    fits.emplace_back(result.back(), column, parts);
     if (!share && !fits.back().is_hopeless())
       fit_alone(fits.back());
   }
@@ -406,6 +438,16 @@ std::vector<Calibration> fit_sons(std::span<const CalibrationColumn> columns,
   for (std::size_t son = 0; son < columns.size(); ++son)
     result[son] = fits[son].result();
   return result;
+}
+
+WeightType inclusive_value(std::span<const WeightType> logits) {
+  if (logits.empty())
+    return 0.0;
+  const WeightType largest = *std::ranges::max_element(logits);
+  WeightType sum = 0.0;
+  for (const WeightType logit : logits)
+    sum += exponential(logit - largest);
+  return largest + natural_logarithm(sum);
 }
 
 void logits_to_probabilities(std::span<WeightType> values, bool share) {

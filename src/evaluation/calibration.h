@@ -5,12 +5,18 @@
 // outputs for support vector machines, 1999, with his targets for few
 // documents). Scores are seldom logistic to the ends, so the curve may then
 // bend where its probability is about 1/8 and 7/8: its logit is a line in three
-// pieces. Where a document has one class, the sons of a father share the
-// probability of 1 (a softmax of their logits; Guo, Pleiss, Sun and Weinberger,
-// On calibration of modern neural networks, ICML 2017, who call it vector
-// scaling), and their curves are fitted to that together. What few documents
-// say cannot bend a curve far: each parameter is drawn to where it began by a
-// normal prior of variance 1.
+// pieces. A class with sons also hears them: to its logit comes a part of their
+// inclusive value, the logarithm of the sum of e^logit (the nested logit model;
+// McFadden, Modelling the choice of residential location, 1978). For a group
+// may be so wide that its own terms tell little, while its sons are easy to
+// tell.
+//
+// Where a document has one class, the sons of a father share the probability of
+// 1 (a softmax of their logits; Guo, Pleiss, Sun and Weinberger, On calibration
+// of modern neural networks, ICML 2017, who call it vector scaling), and their
+// curves are fitted to that together. What few documents say cannot bend a
+// curve far: each parameter is drawn to where it began by a normal prior of
+// variance 1.
 //
 // All fits are maxima of a likelihood that has only one, by Newton's method
 // with steps that never lessen it; all sums have one order.
@@ -40,17 +46,22 @@ struct Calibration {
   // that of the first is -knot.
   std::array<WeightType, nr_pieces> slopes = {1.0, 1.0, 1.0};
   WeightType intercept = -knot;
+  // How much of the inclusive value is added, at least 0.
+  WeightType inclusion = 0.0;
 
-  // What the score says; a score that is no number says `hopeless`.
-  WeightType logit(WeightType score) const;
+  // What the score says, and the inclusive value of the sons (of a leaf, 0); a
+  // score that is no number says `hopeless`.
+  WeightType logit(WeightType score, WeightType inclusive) const;
 
   bool operator==(const Calibration &) const = default;
 };
 
 // What the curve of one class is fitted to: the score of each document that is
-// in the father, and whether it is in the class.
+// in the father, the inclusive value of the class's sons (none for a leaf), and
+// whether the document is in the class.
 struct CalibrationColumn {
   std::vector<WeightType> scores;
+  std::vector<WeightType> inclusive;
   std::vector<std::uint8_t> is_member;
 };
 
@@ -63,6 +74,9 @@ Calibration fit_logistic(const CalibrationColumn &column);
 // 1, and documents that are in no son are left out.
 std::vector<Calibration> fit_sons(std::span<const CalibrationColumn> columns,
                                   bool share);
+
+// ln(sum of e^value); of no values, 0.
+WeightType inclusive_value(std::span<const WeightType> logits);
 
 // Turns logits into probabilities: each by itself, or with `share` so that they
 // add up to 1.

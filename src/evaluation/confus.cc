@@ -1,5 +1,6 @@
 #include "evaluation/confus.h"
 
+#include <algorithm>
 #include <iomanip>
 
 #include "base/require.h"
@@ -42,7 +43,8 @@ bool divide(std::uint32_t a, std::uint32_t b, WeightType &value) {
 }  // namespace
 
 WeightType f_measure(WeightType precision, WeightType recall, double f) {
-  const double square = f * f;
+  // Beyond this it is the recall alone.
+  const double square = std::min(f * f, 1e100);
   const double divisor = square * precision + recall;
   if (divisor == 0.0)
     return 0.0;

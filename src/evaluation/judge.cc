@@ -10,6 +10,20 @@ namespace {
 // Less is not worth a word in a rank file.
 constexpr WeightType least_probability = 0.001;
 
+// Takes each leaf that a walk enters.
+class LeafKeeper : public WalkObserver {
+ public:
+  explicit LeafKeeper(Ranks &leaves) : leaves_(leaves) {}
+  void entered(const ClassData &data, const Ranking &ranking,
+               WeightType /*threshold*/) override {
+    if (data.sons.empty())
+      leaves_.push_back(ranking);
+  }
+
+ private:
+  Ranks &leaves_;
+};
+
 }  // namespace
 
 Judge::Judge(const ClassTable &classes, const Scoring &scoring,
@@ -24,11 +38,15 @@ void Judge::judge(DocProfile &doc, Answer &answer, WalkObserver *observer_P) {
   const ClassData &top = classes_.get_data(0);
   if (params_.walk == WalkKind::path) {
     judge_path(doc, answer, observer_P);
-  } else {
-    walk_.score_sons(top, doc, answer.scores);
-    answer.significant =
-        walk_.classify(top, doc, answer.scores, answer.ranks, observer_P);
+    return;
   }
+  walk_.score_sons(top, doc, answer.scores);
+  LeafKeeper keeper(answer.leaves);
+  if (keeps_leaves_ && observer_P == nullptr)
+    observer_P = &keeper;
+  answer.significant =
+      walk_.classify(top, doc, answer.scores, answer.ranks, observer_P);
+  answer.leaves.sort();
 }
 
 void Judge::judge_scores(std::span<const WeightType> row, Answer &answer) {
@@ -36,6 +54,16 @@ void Judge::judge_scores(std::span<const WeightType> row, Answer &answer) {
   walk_.take_scores(row.data());
   judge(none, answer);
   walk_.take_scores(nullptr);
+}
+
+WeightType Judge::threshold(const ClassData &leaf) const {
+  // Without calibration a share has no threshold: the leaf's own score decides.
+  return has_probabilities() ? judging_.classes[leaf.id].threshold
+                             : walk_.decision_threshold(leaf);
+}
+
+bool Judge::has_probabilities() const {
+  return params_.walk == WalkKind::path && !judging_.classes.empty();
 }
 
 std::span<const Ranking> Judge::assigned(const Answer &answer) const {
@@ -50,7 +78,7 @@ std::span<const Ranking> Judge::assigned(const Answer &answer) const {
 void Judge::judge_path(DocProfile &doc, Answer &answer,
                        WalkObserver *observer_P) {
   require(!classes_.get_data(0).sons.empty(), "class_data_P->sons.size() > 0");
-  const bool is_calibrated = !judging_.classes.empty();
+  const bool is_calibrated = has_probabilities();
   evidence_.resize(classes_.size());
   probabilities_.resize(classes_.size());
   for (std::uint32_t id = 0; id < classes_.size(); ++id) {
@@ -84,17 +112,16 @@ void Judge::judge_path(DocProfile &doc, Answer &answer,
   answer.scores.sort();
   for (const Ranking &ranking : answer.scores) {
     const ClassData &leaf = *ranking.class_data_P;
-    // Without calibration a probability has no threshold, and the leaf's own
-    // score decides.
-    const bool passes =
-        is_calibrated ? ranking.score > judging_.classes[leaf.id].threshold
-                      : evidence_[leaf.id] > walk_.decision_threshold(leaf);
+    const WeightType score = is_calibrated ? ranking.score : evidence_[leaf.id];
+    const bool passes = score > threshold(leaf);
     answer.significant = answer.significant || passes;
     if (answer.ranks.size() < params_.max_ranks &&
         (passes || answer.ranks.size() < params_.min_ranks)) {
       answer.ranks.push_back(ranking);
     }
   }
+  if (keeps_leaves_)
+    answer.leaves = answer.scores;
   const auto first_unlikely =
       std::ranges::find_if(answer.scores, [](const Ranking &ranking) {
         return !(ranking.score >= least_probability);
@@ -104,11 +131,8 @@ void Judge::judge_path(DocProfile &doc, Answer &answer,
       answer.scores.end());
   if (observer_P != nullptr) {
     for (const Ranking &ranking : answer.ranks) {
-      const std::uint32_t id = ranking.class_data_P->id;
-      observer_P->entered(
-          *ranking.class_data_P, ranking,
-          is_calibrated ? judging_.classes[id].threshold
-                        : walk_.decision_threshold(*ranking.class_data_P));
+      observer_P->entered(*ranking.class_data_P, ranking,
+                          threshold(*ranking.class_data_P));
     }
   }
 }

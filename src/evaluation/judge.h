@@ -27,6 +27,8 @@ struct Answer {
   Ranks scores;
   // The leaves that were found, best first: scaled scores, or probabilities.
   Ranks ranks;
+  // All leaves, best first, if the judge keeps them; otherwise empty.
+  Ranks leaves;
   // By steps, some class on the way scored above its threshold; by the path,
   // some leaf has a probability above its threshold.
   bool significant = false;
@@ -49,6 +51,14 @@ class Judge {
   // each class, by class id.
   void judge_scores(std::span<const WeightType> row, Answer &answer);
 
+  // From now on answers have all leaves.
+  void keep_leaves() { keeps_leaves_ = true; }
+
+  // What the leaf's score has to exceed in an answer.
+  WeightType threshold(const ClassData &leaf) const;
+  // Scores are probabilities.
+  bool has_probabilities() const;
+
   // The classes that the document gets: those found, if it is significant, and
   // otherwise none or the best one, as the parameters have it.
   std::span<const Ranking> assigned(const Answer &answer) const;
@@ -59,6 +69,7 @@ class Judge {
   const ClassTable &classes_;
   const Params &params_;
   const Judging &judging_;
+  bool keeps_leaves_ = false;
   Walk walk_;
   std::vector<WeightType> values_;         // of the sons of a father
   std::vector<WeightType> evidence_;       // by class id

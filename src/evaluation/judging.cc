@@ -15,12 +15,12 @@ bool read_class(FieldReader &fields, ClassJudging &record) {
   WeightType *const numbers[] = {&calibration.factor,    &calibration.offset,
                                  &calibration.slopes[0], &calibration.slopes[1],
                                  &calibration.slopes[2], &calibration.intercept,
-                                 &record.threshold};
+                                 &calibration.inclusion, &record.threshold};
   for (WeightType *number_P : numbers) {
     if (!fields.read(*number_P) || !std::isfinite(*number_P))
       return false;
   }
-  return true;
+  return record.threshold >= 0.0 && record.threshold <= 1.0;
 }
 
 // A father stands before its sons in the order of ids.
@@ -51,8 +51,8 @@ std::string Judging::text() const {
     const Calibration &calibration = record.calibration;
     for (const WeightType number :
          {calibration.factor, calibration.offset, calibration.slopes[0],
-          calibration.slopes[1], calibration.slopes[2],
-          calibration.intercept}) {
+          calibration.slopes[1], calibration.slopes[2], calibration.intercept,
+          calibration.inclusion}) {
       append_exact_real(text, number);
       text += '\t';
     }
@@ -89,14 +89,27 @@ bool Judging::parse(std::string_view text, std::size_t nr_classes) {
 void path_probabilities(const ClassTable &classes, const Judging &judging,
                         std::span<const WeightType> evidence,
                         std::span<WeightType> probabilities) {
+  // Upwards first: a class hears its sons, which stand behind it.
+  std::vector<WeightType> logits(classes.size());
+  std::vector<WeightType> inclusive(classes.size());
+  std::vector<WeightType> values;
+  for (auto id = static_cast<std::uint32_t>(classes.size()); id-- > 0;) {
+    const ClassData &data = classes.get_data(id);
+    values.clear();
+    for (const ClassData *son_P : data.sons)
+      values.push_back(logits[son_P->id]);
+    // An only son has no logit, and hands on what it hears.
+    inclusive[id] = data.sons.size() == 1 ? inclusive[data.sons.front()->id]
+                                          : inclusive_value(values);
+    logits[id] =
+        judging.classes[id].calibration.logit(evidence[id], inclusive[id]);
+  }
   go_down(classes, probabilities,
           [&](const std::vector<ClassData *> &sons,
-              std::vector<WeightType> &values) {
-            for (std::size_t i = 0; i < sons.size(); ++i) {
-              const std::uint32_t id = sons[i]->id;
-              values[i] = judging.classes[id].calibration.logit(evidence[id]);
-            }
-            logits_to_probabilities(values, judging.share);
+              std::vector<WeightType> &probabilities_of_sons) {
+            for (std::size_t i = 0; i < sons.size(); ++i)
+              probabilities_of_sons[i] = logits[sons[i]->id];
+            logits_to_probabilities(probabilities_of_sons, judging.share);
           });
 }
 

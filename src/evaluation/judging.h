@@ -37,8 +37,8 @@ struct Judging {
 
   // The text form: `vek-judging 1`, nr_parts, 1 or 0 for `share` and the number
   // of classes, then a line for each class by id: factor, offset, three slopes,
-  // intercept and threshold. Numbers have all their digits, and tabs between
-  // them.
+  // intercept, inclusion and threshold. Numbers have all their digits, and tabs
+  // between them.
   std::string text() const;
   // Reads that form. False, and nothing learnt, if the text is not of it, or is
   // about another number of classes than `nr_classes`.

@@ -74,12 +74,16 @@ void ClassScorer::find_evidence(const DocProfile &doc,
   // As multiply(), with sums of logarithms.
   const WeightType unknown = natural_logarithm(unknown_term_factor);
   std::vector<WeightType> sums(index_.nr_classes());
+  std::size_t nr_terms = 0;
   for (const DocProfileEntry &entry : doc) {
-    for (WeightType &sum : sums)
-      sum += unknown;
     const std::uint32_t row = index_.row_of(entry.term);
+    // What no class knows tells nothing, and has been dropped from some
+    // documents.
     if (row == InvertedIndex::no_row)
       continue;
+    ++nr_terms;
+    for (WeightType &sum : sums)
+      sum += unknown;
     index_.for_each_in_row(row, [&](std::size_t place, std::uint32_t number) {
       // A weight of 0 counts as one that is very small.
       if (is_known_[place] != 0) {
@@ -98,9 +102,9 @@ void ClassScorer::find_evidence(const DocProfile &doc,
     if (i != best)
       second = std::max(second, sums[i]);
   }
-  const WeightType nr_terms = double(std::max<std::size_t>(doc.size(), 1));
   for (std::size_t i = 0; i < sums.size(); ++i)
-    evidence[i] = (sums[i] - (i == best ? second : sums[best])) / nr_terms;
+    evidence[i] = (sums[i] - (i == best ? second : sums[best])) /
+                  double(std::max<std::size_t>(nr_terms, 1));
 }
 
 }  // namespace vek

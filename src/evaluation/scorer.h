@@ -31,7 +31,7 @@ class ClassScorer {
   // Sets evidence[i] to what probabilities are made from: the score, if it is a
   // sum. A product soon falls below the least double, and says more the longer
   // the document is; then it is the logarithm of the odds of the class against
-  // the best of the others, for one term of the document in the mean.
+  // the best of the others, for one term that some class knows in the mean.
   void find_evidence(const DocProfile &doc,
                      std::vector<WeightType> &evidence) const;
 

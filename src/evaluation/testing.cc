@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "base/progress.h"
+#include "evaluation/predictions.h"
 
 namespace vek {
 namespace {
@@ -50,6 +51,12 @@ bool test_document(const Testing &testing, const std::string &name,
   rank_file << answer.scores.line(name, testing.classes);
   if (!answer.scores.empty() && !rank_file)
     return false;
+  if (testing.predictions_P != nullptr) {
+    *testing.predictions_P << prediction_line(name, filed_in, answer,
+                                              testing.judge, testing.classes);
+    if (!*testing.predictions_P)
+      return false;
+  }
   const std::span<const Ranking> assigned = testing.judge.assigned(answer);
   std::vector<std::uint32_t> ids;
   for (const ClassData *filed_P : filed_in)

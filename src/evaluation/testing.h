@@ -23,6 +23,8 @@ struct Testing {
   Judge &judge;
   const Params &params;
   Messages &messages;
+  // Gets the lines of predictions, if it is not null.
+  std::ostream *predictions_P = nullptr;
 };
 
 // Counts what a document was assigned to against the ids of the classes in

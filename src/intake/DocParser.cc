@@ -27,6 +27,7 @@ bool DocParser::parse() {
       advance();
     }
   }
+  report_hidden_errors();
   return !is_full_;
 }
 

@@ -1,5 +1,8 @@
 #include "intake/collection.h"
 
+#include <cerrno>
+
+#include "base/failure.h"
 #include "base/helpers.h"
 #include "log/log.h"
 
@@ -28,6 +31,28 @@ void check_class_names(const std::string &path, const std::string &list,
   }
 }
 
+// A list that is not there, or may not be read, counts as empty; a failure that
+// may be gone the next time must not make classes disappear.
+bool read_if_possible(const std::string &list, std::string &text) {
+  std::string reason;
+  const ReadResult result = read_list(list, text, reason);
+  if (result == ReadResult::ok)
+    return true;
+  if (result == ReadResult::cannot_open && !is_system_failure()) {
+    if (errno != ENOENT) {
+      warning("file %s: %s, the list counts as empty", list.c_str(),
+              reason.c_str());
+    }
+    return false;
+  }
+  report_file_error(list,
+                    result == ReadResult::cannot_open
+                        ? FileError::open_for_reading
+                        : FileError::read,
+                    reason);
+  abort_run();
+}
+
 }  // namespace
 
 void collect_documents(const std::string &examples, ClassTable &classes,
@@ -48,7 +73,7 @@ void collect_documents(const std::string &examples, ClassTable &classes,
   if (top_id != 0) {
     error("Cannot profile \"%s\" with the same data as \"%s\"", name.c_str(),
           classes.get_name(0).c_str());
-    abort_run();
+    abort_run(no_cause);
   }
   // Training documents first, so that classes get their ids in the order in
   // which the training list names them.
@@ -61,7 +86,8 @@ std::set<std::string> listed_documents(const std::string &examples) {
   std::set<std::string> names;
   for (const ListKind kind : {ListKind::train, ListKind::test}) {
     std::string text;
-    read_file(Path(examples, list_name(kind), ""), text);
+    std::string reason;
+    read_list(Path(examples, list_name(kind), ""), text, reason);
     ListReader reader(text);
     std::string line;
     ListEntry entry;
@@ -80,26 +106,20 @@ void collect_list(const std::string &examples, std::uint32_t top_id,
   }
   const Path list(examples, list_name(kind), "");
   std::string text;
-  const ReadResult result = read_file(list, text);
-  if (result == ReadResult::cannot_open) {
-    // A list that is not there, or may not be read, counts as empty; a failure
-    // that may be gone the next time must not make classes disappear.
-    if (!is_system_failure())
-      return;
-    report_file_error(list, FileError::open_for_reading);
-    abort_run();
-  }
-  if (result == ReadResult::read_error) {
-    report_file_error(list, FileError::read);
-    abort_run();
-  }
+  if (!read_if_possible(list, text))
+    return;
+  const std::string oddity = list_oddity(text);
+  if (!oddity.empty())
+    warning("file %s: %s", list.c_str(), oddity.c_str());
   ListReader reader(text);
   std::string line;
   ListEntry entry;
   while (reader.next(line)) {
     if (!parse_list_line(line, entry)) {
-      report_file_error(list, FileError::format);
-      abort_run();
+      const LineFault fault{reader.line_number(),
+                            printable(list_line_fault(line))};
+      report_file_error(list, FileError::format, fault.text());
+      abort_run(no_cause);
     }
     for (const std::string &path : entry.classes) {
       const std::size_t nr_classes = classes.size();

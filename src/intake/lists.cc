@@ -1,11 +1,32 @@
 #include "intake/lists.h"
 
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+
 #include "base/helpers.h"
 
 namespace vek {
 
 const char *list_name(ListKind kind) {
   return kind == ListKind::train ? "train" : "test";
+}
+
+ReadResult read_list(const std::string &path, std::string &text,
+                     std::string &reason) {
+  constexpr std::uint64_t largest_list = std::uint64_t{1} << 32;
+  return read_file(path, text, reason, largest_list);
+}
+
+std::string list_oddity(std::string_view text) {
+  std::string oddity;
+  if (text.starts_with("\xEF\xBB\xBF"))
+    oddity = "a byte-order mark is part of the first name";
+  if (text.find("\r\n") != std::string_view::npos) {
+    oddity += oddity.empty() ? "" : ", and ";
+    oddity += "the lines end in CR LF: the carriage returns are parts of names";
+  }
+  return oddity;
 }
 
 bool ListReader::next(std::string &line) {
@@ -41,6 +62,16 @@ bool parse_list_line(const std::string &line, ListEntry &entry) {
   return true;
 }
 
+// In the order in which parse_list_line() finds it, so that the reason is the
+// first one.
+std::string list_line_fault(const std::string &line) {
+  if (line.find('\0') != std::string::npos)
+    return "there is a NUL byte";
+  if (line.find_first_not_of(' ') == std::string::npos)
+    return "the line is empty";
+  return "there is no class behind `" + line + "'";
+}
+
 void clean_class_name(std::string &field) {
   // A rank file has a score behind each colon, so that it can be used as a list
   // as it is.
@@ -54,6 +85,16 @@ void clean_class_name(std::string &field) {
 bool is_input_document(const std::string &entry, std::string &name) {
   strip_suffix(name, entry, document_suffix);
   return !entry.starts_with('.') && ends_with(entry, document_suffix);
+}
+
+std::string request_fault(const std::string &name, const std::string &path) {
+  const auto is_control = [](char character) {
+    const auto byte = static_cast<unsigned char>(character);
+    return byte < 0x20 || byte == 0x7F;
+  };
+  if (std::ranges::any_of(name, is_control))
+    return "its name has a control character";
+  return path.size() < PATH_MAX ? "" : "the path of its text is too long";
 }
 
 }  // namespace vek

@@ -1,6 +1,5 @@
 #include "intake/textfile.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,21 +7,15 @@
 #include <cstring>
 
 #include "base/helpers.h"
+#include "base/input_file.h"
 
 namespace vek {
 
 TextFile::TextFile(const std::string &path)
-    : descriptor_(retry([&] {
-        return ::open(path.c_str(),
-                      O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-      })) {
+    : descriptor_(open_input(path, problem_)) {
   struct stat status = {};
-  if (descriptor_ < 0 || fstat(descriptor_, &status) != 0) {
+  if (descriptor_ >= 0 && fstat(descriptor_, &status) != 0)
     problem_ = std::strerror(errno);
-  } else if (!S_ISREG(status.st_mode)) {
-    problem_ = "no regular file";
-    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-  }
   size_ = status.st_size;
 }
 

@@ -29,9 +29,10 @@ class TextFile {
   std::int64_t size() const { return size_; }
 
  private:
+  // In this order: opening the file sets the problem.
+  std::string problem_;
   int descriptor_ = -1;
   std::int64_t size_ = 0;
-  std::string problem_;
 };
 
 }  // namespace vek

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <ostream>
 #include <vector>
 
@@ -46,6 +47,8 @@ CalibrationColumn part_of(const CalibrationColumn &column,
   for (const std::size_t place : places) {
     part.scores.push_back(column.scores[place]);
     part.is_member.push_back(column.is_member[place]);
+    if (!column.inclusive.empty())
+      part.inclusive.push_back(column.inclusive[place]);
   }
   return part;
 }
@@ -67,6 +70,47 @@ WeightType logit_of(WeightType probability) {
   const WeightType p =
       std::clamp(probability, least_threshold, 1.0 - least_threshold);
   return natural_logarithm(p / (1.0 - p));
+}
+
+// Fits the curves of the sons and returns the class's inclusive value for each
+// document.
+std::vector<WeightType> fit_father(
+    const TrainingSet &set, const ScoreMatrix &matrix, const ClassData &father,
+    const std::map<std::uint32_t, std::vector<WeightType>> &inclusive,
+    Judging &judging) {
+  const std::size_t nr_docs = set.documents().size();
+  std::vector<std::size_t> places;
+  for (const auto &[name, sons] : father.train_docs)
+    places.push_back(set.place_of(name));
+  std::vector<CalibrationColumn> columns;
+  for (const ClassData *son_P : father.sons) {
+    columns.push_back(column_of(*son_P, set, matrix));
+    if (!son_P->sons.empty())
+      columns.back().inclusive = inclusive.at(son_P->id);
+  }
+  // An only son is certain, and hands on what it hears.
+  if (columns.size() == 1) {
+    return columns[0].inclusive.empty() ? std::vector<WeightType>(nr_docs)
+                                        : columns[0].inclusive;
+  }
+  std::vector<CalibrationColumn> parts;
+  for (const CalibrationColumn &column : columns)
+    parts.push_back(part_of(column, places));
+  const std::vector<Calibration> curves = fit_sons(parts, judging.share);
+  for (std::size_t i = 0; i < curves.size(); ++i)
+    judging.classes[father.sons[i]->id].calibration = curves[i];
+  std::vector<WeightType> result(nr_docs);
+  std::vector<WeightType> logits(curves.size());
+  for (std::size_t doc = 0; doc < nr_docs; ++doc) {
+    for (std::size_t i = 0; i < curves.size(); ++i) {
+      const CalibrationColumn &column = columns[i];
+      logits[i] = curves[i].logit(
+          column.scores[doc],
+          column.inclusive.empty() ? 0.0 : column.inclusive[doc]);
+    }
+    result[doc] = inclusive_value(logits);
+  }
+  return result;
 }
 
 }  // namespace
@@ -117,19 +161,13 @@ Judging learn_judging(const ClassTable &classes, const TrainingSet &set,
   judging.nr_parts = nr_parts;
   judging.share = params.max_ranks == 1;
   judging.classes.resize(classes.size());
-  for (const auto &[key, father] : classes) {
-    // An only son is certain.
-    if (father.sons.size() < 2)
-      continue;
-    std::vector<std::size_t> places;
-    for (const auto &[name, sons] : father.train_docs)
-      places.push_back(set.place_of(name));
-    std::vector<CalibrationColumn> columns;
-    for (const ClassData *son_P : father.sons)
-      columns.push_back(part_of(column_of(*son_P, set, matrix), places));
-    const std::vector<Calibration> curves = fit_sons(columns, judging.share);
-    for (std::size_t i = 0; i < curves.size(); ++i)
-      judging.classes[father.sons[i]->id].calibration = curves[i];
+  // From below: the inclusive value of a class is known before its curve is
+  // fitted. Of each class that has sons, by document.
+  std::map<std::uint32_t, std::vector<WeightType>> inclusive;
+  for (auto id = static_cast<std::uint32_t>(classes.size()); id-- > 0;) {
+    const ClassData &father = classes.get_data(id);
+    if (!father.sons.empty())
+      inclusive[id] = fit_father(set, matrix, father, inclusive, judging);
   }
   // The probabilities of all leaves.
   ScoreMatrix paths{matrix.nr_classes, {}};

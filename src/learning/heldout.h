@@ -44,8 +44,11 @@ class TrainingSet {
 };
 
 // Deals documents to parts, 0 to nr_parts - 1: the answer has one for each
-// document. Each part gets its share of each class: the documents of a class are
-// dealt out one by one, in the order of a hash of their names. A document with
+// document. Documents that are nearly alike go to one part (by MinHash of their
+// terms; Broder, On the resemblance and containment of documents, 1997): what a
+// document scores where its double was learnt tells nothing of new ones. Each
+// part gets its share of each class, or up to half as much again: the documents
+// of a class are dealt out in the order of a hash of their names. One with
 // several classes counts for the smallest of them.
 std::vector<std::uint32_t> deal_to_parts(const ClassTable &classes,
                                          const TrainingSet &set,
@@ -67,8 +70,9 @@ struct ScoreMatrix {
 };
 
 // Trains each part's classes with the documents of all other parts and fills in
-// the rows of its own, several parts at a time if there are several threads.
-// Class table and documents stay as they are.
+// the rows of its own, several parts at a time if there are several threads. A
+// part for which a thread has no memory is done again when the others are
+// through. Class table and documents stay as they are.
 ScoreMatrix held_out_scores(const ClassTable &classes, const TrainingSet &set,
                             const std::vector<std::uint32_t> &parts,
                             std::uint32_t nr_parts,

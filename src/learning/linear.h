@@ -31,10 +31,10 @@
 
 namespace vek {
 
-// Trains all fathers of the class table. The same documents give the same weights, whatever was trained before
-// in the process: it seeds the generator of rand(), which the library uses,
-// and so one thread at a time does this. It also takes over what the library
-// prints.
+// Trains all fathers of the class table. The same documents give the same
+// weights, whatever was trained before in the process: it seeds the generator
+// of rand(), which the library uses, and so one thread at a time does this. It
+// also takes over what the library prints.
 void train_linear(const Training &training);
 
 // The one weight of an entry.

@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <sstream>
 #include <utility>
@@ -56,6 +57,7 @@ void show(std::string_view prefix, std::string_view text) {
 }
 
 unsigned verbosity = 0;
+void (*work_at_end_P)() = nullptr;
 
 bool within_verbosity(unsigned level) {
   return level >= 1 && level <= verbosity;
@@ -94,8 +96,11 @@ Log::~Log() {
 void Log::open(const std::string &file_name) {
   name_ = file_name;
   is_waiting_ = is_in_use();
-  if (!is_waiting_)
-    create();
+  if (!is_waiting_ && !create()) {
+    explain(name_, std::strerror(errno));
+    show("", "ERROR: cannot open log file " + name_ + "\naborting...");
+    std::exit(1);
+  }
   // ctime() may look for a time zone file that is not there.
   const KeepErrno keep;
   const std::time_t now = std::time(nullptr);
@@ -126,13 +131,9 @@ bool Log::is_in_use() {
          errno == EWOULDBLOCK;
 }
 
-void Log::create() {
+bool Log::create() {
   file_.open(name_, OutputFile::Mode::truncate);
-  if (file_.is_open())
-    return;
-  std::fprintf(stderr, "ERROR: cannot open log file %s\naborting...\n",
-               name_.c_str());
-  std::exit(1);
+  return file_.is_open();
 }
 
 void Log::flush() {
@@ -153,8 +154,9 @@ void Log::write(Kind kind, std::string_view text) {
     if (is_in_use())
       return;
     is_waiting_ = false;
-    create();
-    file_ << std::exchange(waiting_text_, {});
+    // Perhaps at the very end of the process, so a failure cannot end it.
+    if (create())
+      file_ << std::exchange(waiting_text_, {});
     flush();
     return;
   }
@@ -213,13 +215,27 @@ void error(const char *format, ...) {
 }
 
 void abort_run() {
-  const int code = errno;
+  abort_run(errno);
+}
+
+void abort_run(int cause) {
   std::string text = "aborting...";
-  if (code != 0)
-    text += " (errno = " + std::to_string(code) + ")";
-  log_file.write(code != 0 ? Log::Kind::error : Log::Kind::plain, text);
+  if (cause != 0)
+    text += " (errno = " + std::to_string(cause) + ")";
+  log_file.write(cause != 0 ? Log::Kind::error : Log::Kind::plain, text);
   show("", text);
-  std::exit(code != 0 ? code : 1);
+  end_run(cause != 0 ? cause : 1);
+}
+
+void end_run(int status) {
+  // Taken away first: the work may end up here.
+  if (const auto work = std::exchange(work_at_end_P, nullptr))
+    work();
+  std::exit(status);
+}
+
+void at_end(void (*work)()) {
+  work_at_end_P = work;
 }
 
 void report_file_error(const char *file_name, FileError code) {
@@ -239,8 +255,31 @@ void report_file_error(const char *file_name, FileError code) {
         format.substr(place + 2).c_str());
 }
 
-void report_file_error(const std::string &file_name, FileError code) {
+void report_file_error(const std::string &file_name, FileError code,
+                       const std::string &reason) {
+  if (!reason.empty())
+    explain(file_name, reason);
+  else if (code != FileError::format && errno != 0)
+    explain(file_name, std::strerror(errno));
   report_file_error(file_name.c_str(), code);
+}
+
+void explain(const std::string &file_name, const std::string &reason) {
+  log_if_verbose(1, "file " + file_name + ": " + reason);
+}
+
+void must_read(const std::string &path, std::string &content,
+               std::uint64_t largest) {
+  std::string reason;
+  const ReadResult result = read_file(path, content, reason, largest);
+  if (result == ReadResult::ok)
+    return;
+  report_file_error(path,
+                    result == ReadResult::cannot_open
+                        ? FileError::open_for_reading
+                        : FileError::read,
+                    reason);
+  abort_run();
 }
 
 bool file_is_there(const std::string &path) {

@@ -8,9 +8,11 @@
 #ifndef VEK_LOG_LOG_H_
 #define VEK_LOG_LOG_H_
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
+#include "base/input_file.h"
 #include "base/messages.h"
 #include "base/output_file.h"
 
@@ -31,10 +33,10 @@ class Log {
   enum class Kind { plain, warning, error };
 
   // Opens `file_name`, truncating it, and writes the date, the version and a
-  // blank line. If that fails, says so on the screen and exits with 1. While
-  // another run has the file, it is left alone: messages are kept in memory,
-  // and come into it with the first one after that run's end. If there is none,
-  // the screen is told.
+  // blank line. If that fails, says so on the screen, with -v behind the
+  // reason, and exits with 1. While another run has the file, it is left alone:
+  // messages are kept in memory, and come into it with the first one after that
+  // run's end. If there is none, the screen is told.
   void open(const std::string &file_name);
 
   // Writes one message and its line end. Without effect if the log is not open
@@ -44,7 +46,7 @@ class Log {
 
  private:
   bool is_in_use();
-  void create();
+  bool create();
   void flush();
 
   std::string name_;
@@ -74,9 +76,20 @@ void log_if_verbose(unsigned level, std::string_view text);
 [[gnu::format(printf, 1, 2)]] void warning(const char *format, ...);
 [[gnu::format(printf, 1, 2)]] void error(const char *format, ...);
 
-// Ends the run by exit(), so that the global objects are destroyed in order,
-// with errno as the status, or 1 if errno is 0.
+// Ends the run by end_run(), with errno as the status, or 1 if errno is 0.
 [[noreturn]] void abort_run();
+// The same with `cause` for errno: where no call of the system has failed, what
+// an earlier one left in errno is not the reason.
+[[noreturn]] void abort_run(int cause);
+inline constexpr int no_cause = 0;
+
+// The only way by which a run that has opened a data directory ends. Does what
+// at_end() was given, and then ends the process by exit(), so that the global
+// objects are destroyed in order. If that work fails and comes here again, its
+// status counts and exit() comes at once: exit() may not be called from what it
+// calls itself.
+[[noreturn]] void end_run(int status);
+void at_end(void (*work)());
 
 // What can be wrong with a file; each has its words in log.cc.
 enum class FileError {
@@ -92,9 +105,21 @@ enum class FileError {
 };
 
 // Reports only; callers go on to abort_run(). A null name gives the words
-// without a name. A code outside the enumeration reports nothing.
+// without a name. A code outside the enumeration reports nothing. With -v the
+// reason stands in front, in a line of its own: without one, it is that of
+// errno, but for a format error.
 void report_file_error(const char *file_name, FileError code);
-void report_file_error(const std::string &file_name, FileError code);
+void report_file_error(const std::string &file_name, FileError code,
+                       const std::string &reason = {});
+
+// Why `file_name` is about to be reported, in words: with -v, on screen and in
+// the file. For messages that say the same to scripts at any setting.
+void explain(const std::string &file_name, const std::string &reason);
+
+// read_file() of what a run cannot do without: ends the run with a report if
+// that fails.
+void must_read(const std::string &path, std::string &content,
+               std::uint64_t largest = largest_input);
 
 // As file_exists(), where a run must not take a file for missing that it only
 // cannot look at: if stat() fails for any other reason, the run ends with a

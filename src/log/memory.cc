@@ -39,6 +39,10 @@ namespace {
 // While exit() is under way it must not be called again: the reserve may be
 // enough to go on.
 void end_run() {
+  // The others know better what to do without (learning/heldout.cc), and exit()
+  // is for the first alone.
+  if (gettid() != getpid())
+    throw std::bad_alloc();
   if (reserve_P == nullptr)
     end_at_once();
   const bool was_ending = is_ending;

@@ -3,7 +3,6 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <ctime>
 
 #include "log/log.h"
@@ -68,7 +67,7 @@ void stop_if_requested() {
   if (requested == 0)
     return;
   is_stopping = true;
-  std::exit(128 + requested);
+  end_run(128 + requested);
 }
 
 bool is_stopped_by_terminal() {

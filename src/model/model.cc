@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/helpers.h"
+#include "base/input_file.h"
 #include "base/textio.h"
 #include "store/datafiles.h"
 #include "store/filesetformat.h"
@@ -17,10 +18,8 @@ namespace {
 
 bool read(const std::string &path, std::string &text, Failure &failure) {
   const KeepErrno keep;
-  if (read_file(path, text) == ReadResult::ok)
-    return true;
-  failure = {path, "", std::strerror(errno)};
-  return false;
+  failure = {path, "", ""};
+  return read_file(path, text, failure.reason) == ReadResult::ok;
 }
 
 // False, with `failure` filled in, if the system fails to say.
@@ -33,10 +32,8 @@ bool look_for(const std::string &path, bool &is_there, Failure &failure) {
   return presence != Presence::unknown;
 }
 
-// The first damaged line of a table's file is the one behind those that were
-// entered.
-Failure damaged_line(const std::string &path, std::size_t nr_entered) {
-  return {path, "line " + std::to_string(nr_entered + 1), "format error"};
+Failure failure_at(const std::string &path, const LineFault &fault) {
+  return {path, fault.place(), fault.reason};
 }
 
 // How many tabs the first line has, and how many end the fields of a line with
@@ -123,13 +120,13 @@ bool Model::read_vocabulary(Failure &failure) {
     texts[i].resize(sizes[i]);
   }
   if (!atoms_.parse(texts[0])) {
-    failure = damaged_line(paths[0], atoms_.size());
+    failure = failure_at(paths[0], atoms_.fault(texts[0]));
     return false;
   }
   // After the atoms, on which its terms depend; and both before the journal,
   // whose ids follow theirs.
   if (!terms_.parse(texts[1], atoms_.size())) {
-    failure = damaged_line(paths[1], terms_.size());
+    failure = failure_at(paths[1], terms_.fault(texts[1], atoms_.size()));
     return false;
   }
   if (has_journal && !enter_journal(journal, atoms_, terms_)) {
@@ -185,15 +182,12 @@ bool Model::read_classes(const Classifier &classifier, Failure &failure) {
     const std::string name = class_file_name(data.id, class_profile_suffix);
     if (!read_class_file(name, text, failure))
       return false;
-    if (!data.profile.parse(text, data.nr_terms, classifier.files.columns)) {
-      failure = {Path(directory_, name, ""), "",
-                 std::string("no class profile of ") + classifier.name};
-      return false;
-    }
-    if (data.profile.size() > 0 &&
-        data.profile.largest_term() >= terms_.size()) {
-      failure = {Path(directory_, name, ""), "",
-                 "it has terms that are not known"};
+    LineFault fault;
+    if (!data.profile.parse(text, data.nr_terms, classifier.files.columns,
+                            terms_.size(), fault)) {
+      fault.reason = std::string("no class profile of ") + classifier.name +
+                     ": " + fault.reason;
+      failure = failure_at(Path(directory_, name, ""), fault);
       return false;
     }
     if (classifier.files.weights_suffix == nullptr)

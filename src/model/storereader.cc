@@ -1,6 +1,5 @@
 #include "model/storereader.h"
 
-#include <fcntl.h>
 #include <glib.h>
 #include <unistd.h>
 
@@ -13,6 +12,7 @@
 #include <utility>
 
 #include "base/helpers.h"
+#include "base/input_file.h"
 #include "store/datafiles.h"
 #include "store/indexformat.h"
 
@@ -102,9 +102,12 @@ IndexState read_index_file(const std::string &base, const std::string &path,
   const Presence presence = presence_of(path);
   if (presence == Presence::missing)
     return IndexState::missing;
-  std::string text;
-  if (presence == Presence::unknown || read_file(path, text) != ReadResult::ok)
+  if (presence == Presence::unknown)
     return fail(IndexState::unknown, path, std::strerror(errno), failure);
+  std::string text;
+  std::string reason;
+  if (read_file(path, text, reason) != ReadResult::ok)
+    return fail(IndexState::unknown, path, reason, failure);
   return text.empty() ? IndexState::missing
                       : read_index_text(base, path, text, blocks, failure);
 }
@@ -140,9 +143,8 @@ bool StoreReader::read(const Block &block, std::string &bytes,
                        Failure &failure) const {
   const KeepErrno keep;
   const std::string path = repository_path(base_.c_str(), block.repository_id);
-  const int fd = retry(
-      // Without waiting, should something have put a pipe in the file's place.
-      [&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); });
+  std::string reason;
+  const int fd = open_input(path, reason);
   bytes.resize(block.size);
   std::size_t done = 0;
   // As after a read: above 0, all well so far; 0, the file ended; -1, an error.
@@ -156,7 +158,7 @@ bool StoreReader::read(const Block &block, std::string &bytes,
     done += count > 0 ? static_cast<std::size_t>(count) : 0;
   }
   if (count < 0)
-    failure = {path, "", std::strerror(errno)};
+    failure = {path, "", fd < 0 ? reason : std::strerror(errno)};
   if (count == 0)
     failure = {path, "byte " + std::to_string(block.offset), "it ends there"};
   if (fd >= 0)

@@ -67,6 +67,8 @@ std::string Params::general_text(std::string_view algorithm_name) const {
     out << "Walk              path\n";
   if (insignificant == Insignificant::best)
     out << "Insignificant     best\n";
+  if (predictions)
+    out << "Predictions       on\n";
   return std::move(out).str();
 }
 

@@ -130,6 +130,8 @@ struct Params {
   std::uint32_t held_out = 0;
   WalkKind walk = WalkKind::steps;
   Insignificant insignificant = Insignificant::none;
+  // Write predictions beside each rank file.
+  bool predictions = false;
 
   Normalize normalize = Normalize::off;
   Strength strength = Strength::freq;

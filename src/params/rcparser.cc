@@ -103,6 +103,8 @@ constexpr std::array general_keys = {
                 ChoiceValue{"normalize mode expected", normalize_options}},
     ResourceKey{Token::heldout,
                 NumberValue{[](Params &p) { return &p.held_out; }}},
+    ResourceKey{Token::predictions,
+                OnOffValue{[](Params &p) { return &p.predictions; }}},
     ResourceKey{Token::walk,
                 ChoiceValue{"`steps' or `path' expected", walk_options}},
     ResourceKey{Token::insignificant, ChoiceValue{"`none' or `best' expected",
@@ -177,6 +179,12 @@ const Element *find_keyword(std::span<const Element> table, int token) {
 
 std::span<const ResourceSection> resource_sections() {
   return section_table;
+}
+
+ReadResult read_resource_file(const std::string &path, std::string &text,
+                              std::string &reason) {
+  constexpr std::uint64_t largest_resource_file = std::uint64_t{1} << 26;
+  return read_file(path, text, reason, largest_resource_file);
 }
 
 RcParser::RcParser(Params *params_P, std::string_view input,

@@ -22,6 +22,7 @@
 #include <string_view>
 #include <variant>
 
+#include "base/input_file.h"
 #include "params/params.h"
 #include "params/scanner.h"
 
@@ -70,6 +71,10 @@ struct ResourceSection {
 };
 
 std::span<const ResourceSection> resource_sections();
+
+// read_file() of a resource file, which has at most 64 MiB.
+ReadResult read_resource_file(const std::string &path, std::string &text,
+                              std::string &reason);
 
 class RcParser : public Scanner {
  public:

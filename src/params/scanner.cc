@@ -298,14 +298,26 @@ void Scanner::parse_error(const char *message) {
     return;
   ++nr_errors_;
   const std::string found(at_end() ? "<EOF>" : text());
-  messages_.error(formatted("file %s: line %u: before `%s': parse error: %s",
-                            file_name_, line_, found.c_str(), message));
+  report(formatted("file %s: line %u: before `%s': parse error: %s", file_name_,
+                   line_, found.c_str(), message));
   in_error_ = true;
 }
 
-void Scanner::lexical_error(const char *message) const {
-  messages_.error(
-      formatted("file %s: line %u: %s", file_name_, line_, message));
+void Scanner::lexical_error(const char *message) {
+  report(formatted("file %s: line %u: %s", file_name_, line_, message));
+}
+
+void Scanner::report(const std::string &text) {
+  ++nr_reports_;
+  if (mode_ == Mode::resource || nr_reports_ <= max_shown_errors)
+    messages_.error(text);
+}
+
+void Scanner::report_hidden_errors() const {
+  if (mode_ == Mode::document && nr_reports_ > max_shown_errors) {
+    messages_.error(formatted("file %s: %u errors, of which %u are shown",
+                              file_name_, nr_reports_, max_shown_errors));
+  }
 }
 
 void Scanner::skip_to(int code) {

@@ -120,6 +120,7 @@ struct Token {
     squared = 318,
     logistic = 319,
     analysertimeout = 320,
+    predictions = 321,
   };
 };
 
@@ -168,6 +169,7 @@ inline constexpr std::array keyword_table = {
     Keyword{"on", Token::on},
     Keyword{"path", Token::path},
     Keyword{"pivoted", Token::pivoted},
+    Keyword{"predictions", Token::predictions},
     Keyword{"rocchio", Token::rocchio},
     Keyword{"save", Token::save},
     Keyword{"sbc", Token::sbc},
@@ -242,15 +244,21 @@ class Scanner {
   void parse_error(const char *message);
   // Reports `message` at the current line. Neither counts nor asks for
   // recovery.
-  void lexical_error(const char *message) const;
+  void lexical_error(const char *message);
   // An error was reported and recovery is pending.
   bool has_error() const { return in_error_; }
   void clear_error() { in_error_ = false; }
   // Recovery: goes on to the next token `code`, which stays unread, or to the
   // end, then clears the error. Does not move if the current token is `code`.
   void skip_to(int code);
-  // Parse errors reported so far.
+  // Parse errors so far.
   std::uint32_t nr_errors() const { return nr_errors_; }
+
+  // Errors of a document that are shown one by one. An analyser that has gone
+  // wrong can make one of each byte.
+  static constexpr std::uint32_t max_shown_errors = 1000;
+  // To be called at the end: where there were more, says how many.
+  void report_hidden_errors() const;
 
  private:
   // Each takes what stands at the current position and returns whether it
@@ -264,6 +272,7 @@ class Scanner {
 
   bool take(int code, const char *end_P);
   bool take_character();
+  void report(const std::string &text);
   void skip_blanks();
   bool skip_comment();
   void skip_blanks_and_comments();
@@ -276,6 +285,7 @@ class Scanner {
   int token_ = Token::end;
   std::uint32_t line_ = 1;
   std::uint32_t nr_errors_ = 0;
+  std::uint32_t nr_reports_ = 0;  // of either kind of error
   const Mode mode_;
   bool in_error_ = false;
   // No LF is left ahead, so that no # can start a comment. Without

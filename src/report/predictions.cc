@@ -10,6 +10,7 @@
 #include <tuple>
 
 #include "base/helpers.h"
+#include "base/input_file.h"
 #include "base/textio.h"
 
 namespace vek::reporting {

@@ -3,16 +3,20 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstring>
 #include <ctime>
 #include <locale>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <thread>
 
 #include "base/helpers.h"
 #include "evaluation/judge.h"
+#include "evaluation/predictions.h"
 #include "evaluation/testing.h"
 #include "intake/collection.h"
+#include "learning/bounds.h"
 #include "learning/calibrate.h"
 #include "learning/classifiers.h"
 #include "learning/heldout.h"
@@ -110,6 +114,7 @@ void learn() {
   } else {
     learn_with_held_out(training);
   }
+  warn_of_boundless_weights(training);
   report_statistics();
 }
 
@@ -121,13 +126,21 @@ void close_scores() {
     warning("error writing file `%s'", scores_name);
 }
 
+// Nothing learnt and nothing kept is no model: written, it would pass for one,
+// and take the place of a good one.
 void write_classes() {
+  if (class_table.size() < 2) {
+    warning("no documents and no model: class files are not written");
+    return;
+  }
   data_base.write(classifier().files,
                   judging.classes.empty() ? std::string() : judging.text());
 }
 
 void test_and_poll() {
   Judge judge(class_table, classifier().scoring, params, judging);
+  if (params.predictions)
+    judge.keep_leaves();
   test_classes(judge);
   close_scores();
   report_statistics();
@@ -139,6 +152,30 @@ void test_and_poll() {
   stop_if_requested();
   poll_input(judge);
   data_base.save_vocabulary();
+}
+
+// To be called before the model is read. Where words for it follow anyhow, only
+// with -v.
+void tell_missing_model() {
+  if (data_base.has_classes())
+    return;
+  const std::string text = "no model in data directory `" +
+                           params.data_directory +
+                           "': it takes a run with `save on' or -xt";
+  const bool is_told =
+      data_base.has_data() ? !learns() || params.incremental : !has_examples();
+  if (is_told)
+    log_if_verbose(1, text);
+  else if (!learns())
+    warning("%s", text.c_str());
+}
+
+bool asks_for_words(int argument_count, char **argument_vector) {
+  return std::any_of(argument_vector, argument_vector + argument_count,
+                     [](std::string_view argument) {
+                       return argument.starts_with("-v") ||
+                              argument == "--verbose";
+                     });
 }
 
 void close_log() {
@@ -154,7 +191,10 @@ void close_log() {
 int run(int argument_count, char **argument_vector) {
   // Whatever a library left behind before the run is no part of its result.
   errno = 0;
+  // The options are not read yet, as errors in them belong into the log.
+  set_verbosity(asks_for_words(argument_count, argument_vector) ? 1 : 0);
   log_file.open(log_name);
+  set_verbosity(0);
   process_command_line(argument_count, argument_vector);
   start_statistics();
   start_analyser();
@@ -201,19 +241,20 @@ void read_resources() {
     path = Path("", options.rc_file(), resource_suffix);
   }
   if (read_parameters(path) != 0)
-    abort_run();
+    abort_run(no_cause);
 }
 
 unsigned read_parameters(const std::string &path) {
   std::string content;
-  const ReadResult result = read_file(path, content);
+  std::string reason;
+  const ReadResult result = read_resource_file(path, content, reason);
   if (result == ReadResult::cannot_open) {
-    report_file_error(path, FileError::open_for_reading);
+    report_file_error(path, FileError::open_for_reading, reason);
     abort_run();
   }
   logf_if_verbose(2, "reading parameters from file `%s'", path.c_str());
   if (result == ReadResult::read_error) {
-    report_file_error(path, FileError::read);
+    report_file_error(path, FileError::read, reason);
     abort_run();
   }
   LogMessages messages;
@@ -247,6 +288,7 @@ void start_analyser() {
 
 void open_data_base() {
   data_base.open(params.data_directory, options.patience());
+  tell_missing_model();
   const ClassFileFormat &format = classifier().files;
   if (learns()) {
     data_base.read(params.incremental, format);
@@ -281,11 +323,21 @@ void test_classes(Judge &judge) {
   logf_always(1, "testing %s on `%s' with %zu documents...", classifier().name,
               class_table.get_name(0).c_str(), top.test_docs.size());
   LogMessages messages;
-  if (!test_top_class({class_table, data_base, judge, params, messages},
+  std::optional<RankFile> predictions;
+  if (params.predictions) {
+    predictions.emplace(options.examples_directory(), RankFile::Announce::no,
+                        RankFile::Kind::predictions);
+    predictions->stream() << predictions_header;
+  }
+  if (!test_top_class({class_table, data_base, judge, params, messages,
+                       predictions ? &predictions->stream() : nullptr},
                       file.stream())) {
+    explain(file.path(), std::strerror(errno));
     abort_run();
   }
   file.finish();
+  if (predictions)
+    predictions->finish();
 }
 
 void poll_input(Judge &judge) {
@@ -293,7 +345,7 @@ void poll_input(Judge &judge) {
     return;
   if (class_table.size() < 2) {
     error("no class profiles available");
-    abort_run();
+    abort_run(no_cause);
   }
   poll_directory(params.input_directory, judge);
 }

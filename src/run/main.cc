@@ -4,6 +4,7 @@
 
 #include <csignal>
 
+#include "log/log.h"
 #include "log/memory.h"
 #include "log/stop.h"
 #include "run/driver.h"
@@ -31,5 +32,5 @@ int main(int argument_count, char **argument_vector) {
   std::signal(SIGPIPE, SIG_IGN);
   vek::watch_memory();
   vek::watch_stop_signals();
-  return vek::run(argument_count, argument_vector);
+  vek::end_run(vek::run(argument_count, argument_vector));
 }

@@ -2,8 +2,11 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstring>
+#include <optional>
 
 #include "base/helpers.h"
+#include "evaluation/predictions.h"
 #include "intake/lists.h"
 #include "intake/textfile.h"
 #include "run/globals.h"
@@ -12,6 +15,18 @@
 
 namespace vek {
 namespace {
+
+// One odd name must not keep all others from being sorted. A document that is
+// stored needs no request.
+bool is_possible(const std::string &name) {
+  const std::string fault =
+      request_fault(name, Path(params.file_directory, name, document_suffix));
+  if (fault.empty() || data_base.exists(name))
+    return true;
+  warning("polled document `%s' is left out: %s", printable(name).c_str(),
+          fault.c_str());
+  return false;
+}
 
 std::size_t nr_new_documents(const std::string &directory) {
   const KeepErrno keep;
@@ -55,14 +70,28 @@ void poll_directory(const std::string &input, Judge &judge) {
   if (names.empty())
     return;
   RankFile file(options.examples_directory(), RankFile::Announce::yes);
+  std::optional<RankFile> predictions;
+  if (params.predictions) {
+    predictions.emplace(options.examples_directory(), RankFile::Announce::yes,
+                        RankFile::Kind::predictions);
+    predictions->stream() << predictions_header;
+  }
   for (const std::string &name : names) {
-    Ranks ranks;
-    classify_new_document(name, judge, ranks);
-    file.stream() << ranks.line(name, class_table);
-    if (!ranks.empty() && !file.stream())
+    Answer answer;
+    classify_new_document(name, judge, answer);
+    file.stream() << answer.ranks.line(name, class_table);
+    if (!answer.ranks.empty() && !file.stream()) {
+      explain(file.path(), std::strerror(errno));
       abort_run();
+    }
+    if (predictions) {
+      predictions->stream()
+          << prediction_line(name, {}, answer, judge, class_table);
+    }
   }
   file.finish();
+  if (predictions)
+    predictions->finish();
 }
 
 void collect_input_documents(const std::string &directory,
@@ -77,7 +106,7 @@ void collect_input_documents(const std::string &directory,
   std::string entry;
   std::string name;
   while (entries.read(entry)) {
-    if (!is_input_document(entry, name))
+    if (!is_input_document(entry, name) || !is_possible(name))
       continue;
     if (has_unreadable_text(name))
       continue;
@@ -94,10 +123,9 @@ void collect_input_documents(const std::string &directory,
 }
 
 bool classify_new_document(const std::string &name, Judge &judge,
-                           Ranks &ranks) {
-  Answer answer;
+                           Answer &answer) {
   judge.judge(*document_profile(name), answer);
-  ranks = std::move(answer.ranks);
+  const Ranks &ranks = answer.ranks;
   const bool significant = answer.significant;
   const char *verdict = significant ? "significant" : "not significant";
   if (ranks.empty()) {

@@ -22,9 +22,10 @@ void poll_directory(const std::string &input, Judge &judge);
 void collect_input_documents(const std::string &directory,
                              std::vector<std::string> &names);
 
-// Classifies a document against the whole hierarchy, analysing it first if need
+// Judges a document against the whole hierarchy, analysing it first if need
 // be. Returns whether it is significant.
-bool classify_new_document(const std::string &name, Judge &judge, Ranks &ranks);
+bool classify_new_document(const std::string &name, Judge &judge,
+                           Answer &answer);
 
 }  // namespace vek
 

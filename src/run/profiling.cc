@@ -15,7 +15,7 @@ void analyse_document(const std::string &name, TermBag &bag) {
   DocParser parser(atom_table, bag, text, name.c_str(), messages);
   if (!parser.parse()) {
     error("no more atoms can be numbered");
-    abort_run();
+    abort_run(no_cause);
   }
 }
 
@@ -24,7 +24,7 @@ void add_to_profile(const TermBag &bag, DocProfile &profile) {
     const std::uint32_t term = term_table.enter(pair.head, pair.mod);
     if (term == EmptyAtom) {
       error("no more terms can be numbered");
-      abort_run();
+      abort_run(no_cause);
     }
     profile.add_term(term, count);
   }

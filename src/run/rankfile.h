@@ -14,15 +14,22 @@ namespace vek {
 class RankFile {
  public:
   enum class Announce { no, yes };
+  // rank<N>.dat, or predictions<N>.tsv beside it.
+  enum class Kind { ranks, predictions };
 
-  // Takes the next number, 0 in the first file of a run, and opens the file in
-  // the directory under its temporary name, which is logged first if wanted.
-  RankFile(const std::string &directory, Announce announce);
+  // Takes the next number of its kind, 0 in the first file of a run, and opens
+  // the file in the directory under its temporary name, which is logged first
+  // if wanted.
+  RankFile(const std::string &directory, Announce announce,
+           Kind kind = Kind::ranks);
   std::ostream &stream() { return stream_; }
-  // Closes the file and gives it its final name.
+  // Under which it is written.
+  const std::string &path() const { return temporary_path_; }
+  // Puts the file on the disk and gives it its final name.
   void finish();
 
  private:
+  const std::string directory_;
   std::string temporary_path_;
   std::string path_;
   OutputFile stream_;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/helpers.h"
+#include "base/input_file.h"
 #include "base/textio.h"
 #include "log/log.h"
 

@@ -114,14 +114,12 @@ void AtomicFiles::write_all_in_place() {
   std::string text;
   // From the disk and not from memory, so that a run and recover() take the
   // same way.
-  const ReadResult result = read_file(path_, text);
-  if (result != ReadResult::ok) {
-    fail(path_, result == ReadResult::cannot_open ? FileError::open_for_reading
-                                                  : FileError::read);
-  }
+  must_read(path_, text);
   std::vector<FileSetMember> members;
-  if (!parse_file_set(text, members))
-    fail(path_, FileError::format);
+  if (!parse_file_set(text, members)) {
+    report_file_error(path_, FileError::format, "it is damaged");
+    abort_run(no_cause);
+  }
   for (const FileSetMember &member : members)
     write_in_place(Path(directory_, member.name, ""), member.content);
   // Removed only when all files are on the disk, or a crash could lose some.

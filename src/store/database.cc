@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "base/helpers.h"
+#include "base/input_file.h"
 #include "base/require.h"
 #include "log/log.h"
 #include "log/memory.h"
@@ -26,18 +27,6 @@ struct FreeBlock {
   void operator()(void *block_P) const { g_free(block_P); }
 };
 using Block = std::unique_ptr<void, FreeBlock>;
-
-// What a run cannot do without.
-std::string must_read(const std::string &path) {
-  std::string text;
-  const ReadResult result = read_file(path, text);
-  if (result == ReadResult::ok)
-    return text;
-  report_file_error(path, result == ReadResult::cannot_open
-                              ? FileError::open_for_reading
-                              : FileError::read);
-  abort_run();
-}
 
 // Whose journal is to be saved when the process ends.
 DataBase *open_data_base_P = nullptr;
@@ -86,7 +75,7 @@ void DataBase::open(const std::string &directory,
   // The tables are destroyed before this object, so its destructor comes too
   // late to save what they hold.
   if (open_data_base_P == nullptr)
-    std::atexit(save_at_exit);
+    at_end(save_at_end);
   open_data_base_P = this;
 }
 
@@ -112,8 +101,7 @@ void DataBase::lock(std::chrono::seconds patience) {
     if (Clock::now() >= end) {
       error("data directory `%s' is in use by %s", data_dir_.c_str(),
             user.c_str());
-      errno = EWOULDBLOCK;
-      abort_run();
+      abort_run(EWOULDBLOCK);
     }
     if (!is_told) {
       logf_always(1, "waiting for data directory `%s', in use by %s",
@@ -131,16 +119,11 @@ void DataBase::read(bool with_classes, const ClassFileFormat &format) {
     journal_.prepare_tables();
   if (has_data_) {
     log_always(1, "reading profiles...");
-    if (!atoms_.parse(atoms_file_.load()))
-      atoms_file_.reject();
-    atoms_file_.accept(atoms_.size());
+    read_atoms();
     // The very first writing of the tables may have been stopped between the
     // two.
-    if (!has_journal || has_terms_file()) {
-      if (!terms_.parse(terms_file_.load(), atoms_.size()))
-        terms_file_.reject();
-      terms_file_.accept(terms_.size());
-    }
+    if (!has_journal || has_terms_file())
+      read_terms();
   }
   if (has_journal)
     journal_.enter_pending();
@@ -150,6 +133,20 @@ void DataBase::read(bool with_classes, const ClassFileFormat &format) {
   logf_always(2, "read %u terms", terms_.size());
   if (with_classes)
     read_classes(format);
+}
+
+void DataBase::read_atoms() {
+  const std::string text = atoms_file_.load();
+  if (!atoms_.parse(text))
+    atoms_file_.reject(atoms_.fault(text));
+  atoms_file_.accept(atoms_.size());
+}
+
+void DataBase::read_terms() {
+  const std::string text = terms_file_.load();
+  if (!terms_.parse(text, atoms_.size()))
+    terms_file_.reject(terms_.fault(text, atoms_.size()));
+  terms_file_.accept(terms_.size());
 }
 
 bool DataBase::has_terms_file() const {
@@ -164,20 +161,26 @@ bool DataBase::has_classes() const {
 
 void DataBase::read_classes(const ClassFileFormat &format) {
   const std::string path = classes_path(data_dir_);
-  const ClassTable::Parsed parsed = classes_.parse(must_read(path));
+  std::string text;
+  must_read(path, text);
+  const ClassTable::Parsed parsed = classes_.parse(text);
   require(parsed != ClassTable::Parsed::repeated_class, "p.second");
   if (parsed != ClassTable::Parsed::good) {
-    report_file_error(path, FileError::read);
-    abort_run();
+    // The first line has the number of classes.
+    const LineFault fault{classes_.size() + 2, "it is damaged"};
+    report_file_error(path, FileError::read, fault.text());
+    abort_run(no_cause);
   }
   log_always(1, "reading class profiles...");
   for (auto &[key, data] : classes_) {
     const Path profile(data_dir_,
                        class_file_name(data.id, class_profile_suffix), "");
-    if (!data.profile.parse(must_read(profile), data.nr_terms,
-                            format.columns)) {
-      report_file_error(profile, FileError::read);
-      abort_run();
+    must_read(profile, text);
+    LineFault fault;
+    if (!data.profile.parse(text, data.nr_terms, format.columns, terms_.size(),
+                            fault)) {
+      report_file_error(profile, FileError::read, fault.text());
+      abort_run(no_cause);
     }
   }
   logf_always(2, "read %zu classes", classes_.size());
@@ -198,11 +201,13 @@ bool DataBase::read_class_weights(ClassData &data,
                   "");
   const KeepErrno keep;
   std::string text;
-  if (read_file(path, text) != ReadResult::ok) {
+  std::string reason;
+  if (read_file(path, text, reason) != ReadResult::ok) {
     if (is_system_failure()) {
-      report_file_error(path, FileError::read);
+      report_file_error(path, FileError::read, reason);
       abort_run();
     }
+    explain(path, reason);
     warning("cannot read classifier weights from file `%s', using 0",
             path.c_str());
     return false;
@@ -220,7 +225,7 @@ bool DataBase::read_judging(std::string &text) {
   const KeepErrno keep;
   if (!has_data_ || !file_is_there(path))
     return false;
-  text = must_read(path);
+  must_read(path, text);
   return true;
 }
 
@@ -230,7 +235,7 @@ void DataBase::write(const ClassFileFormat &format,
   if (!classes_.all_names_storable(bad_id)) {
     error("class name `%s' cannot be stored, class files are not written",
           classes_.get_name(bad_id).c_str());
-    abort_run();
+    abort_run(no_cause);
   }
   log_always(1, "writing class profiles...");
   class_files_.begin();
@@ -288,13 +293,13 @@ bool DataBase::save_journal() {
   if (!has_vocabulary_ || journal_.save())
     return true;
   journal_failed_ = true;
-  report_file_error(journal_path(data_dir_), FileError::write);
+  report_file_error(std::string(journal_path(data_dir_)), FileError::write);
   return false;
 }
 
 // The tables are destroyed before the store is closed, and the log too. So all
 // is saved here, and closing finds nothing left to do.
-void DataBase::save_at_exit() {
+void DataBase::save_at_end() {
   give_back_reserve();
   const KeepErrno keep;
   DataBase *const data_base_P = open_data_base_P;
@@ -338,8 +343,9 @@ bool DataBase::exists(const std::string &name) const {
 void DataBase::refuse_orphaned_terms() const {
   if (!has_orphaned_terms_)
     return;
-  report_file_error(terms_file_.name(), FileError::format);
-  abort_run();
+  report_file_error(terms_file_.name(), FileError::format,
+                    "there is no atoms.dat to it");
+  abort_run(no_cause);
 }
 
 void DataBase::put(const std::string &name, const DocProfile &profile) {
@@ -350,7 +356,7 @@ void DataBase::put(const std::string &name, const DocProfile &profile) {
   if (!profile.write(block)) {
     error("could not build stream for profile of document \"%s\"",
           name.c_str());
-    abort_run();
+    abort_run(no_cause);
   }
   set_room_aside();
   filestore_put_file(profile_store_P_, name.c_str(), block.data(),
@@ -381,14 +387,14 @@ void DataBase::read_profile(const std::string &name, DocProfile &profile) {
   if (!filestore_get_file(profile_store_P_, name.c_str(), &data_P, &size)) {
     error("could not retrieve profile for \"%s\" from profile store",
           name.c_str());
-    abort_run();
+    abort_run(no_cause);
   }
   const Block block(data_P);
   if (size < sizeof(std::uint32_t) ||
       !profile.read(block.get(), static_cast<unsigned>(size))) {
     error("could not build profile from stored data for document \"%s\"",
           name.c_str());
-    abort_run();
+    abort_run(no_cause);
   }
   if (profile.drop_unknown(terms_.size()) != 0) {
     warning("stored profile of document \"%s\" has terms that are not known",

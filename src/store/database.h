@@ -41,9 +41,9 @@ class DataBase : public Documents {
   // Creates the directory if need be (one level), locks it for this process
   // alone and opens what is in it. Where another process has it, waits up to
   // `patience`, and then ends the run with EWOULDBLOCK before anything is read.
-  // Where it cannot be locked there is a warning. At the end of the process,
-  // before any object is destroyed, what the vocabulary's files lack is saved;
-  // so there can be one at a time.
+  // Where it cannot be locked there is a warning. At the end of the run, by
+  // end_run(), what the vocabulary's files lack is saved; so there can be one
+  // at a time.
   void open(const std::string &directory, std::chrono::seconds patience = {});
 
   // Reads atoms and terms, as far as their files exist, and, if asked to, the
@@ -57,6 +57,8 @@ class DataBase : public Documents {
   // alone then.
   void read_weights(const ClassFileFormat &format);
 
+  // The directory is none that counts as new.
+  bool has_data() const { return has_data_; }
   // There is a class table to be read.
   bool has_classes() const;
 
@@ -94,9 +96,11 @@ class DataBase : public Documents {
  private:
   void lock(std::chrono::seconds patience);
   void set_room_aside();
-  static void save_at_exit();
+  static void save_at_end();
   bool save_journal();
 
+  void read_atoms();
+  void read_terms();
   bool read_class_weights(ClassData &data, const ClassFileFormat &format);
   void refuse_orphaned_terms() const;
   bool has_terms_file() const;

@@ -11,6 +11,7 @@
 #include <sstream>
 
 #include "base/helpers.h"
+#include "base/input_file.h"
 
 namespace vek {
 namespace {

@@ -12,7 +12,9 @@
 #include <string>
 
 #include "base/helpers.h"
+#include "base/messages.h"
 #include "base/require.h"
+#include "log/log.h"
 #include "store/indexformat.h"
 #include "store/indexupdate.h"
 #include "store/storeio.h"
@@ -52,26 +54,26 @@ using vek::open_file;
 // Ends the program over what the store cannot hold or be.
 [[noreturn, gnu::format(printf, 2, 3)]] void refuse(const std::string &what,
                                                     const char *format, ...) {
-  std::fprintf(stderr, "%s: ", what.c_str());
   std::va_list values;
   va_start(values, format);
-  std::vfprintf(stderr, format, values);
+  const std::string text = what + ": " + vek::formatted_list(format, values);
   va_end(values);
-  std::fputc('\n', stderr);
-  std::exit(1);
+  std::fprintf(stderr, "%s\n", text.c_str());
+  vek::log_file.write(vek::Log::Kind::error, text);
+  vek::end_run(1);
 }
 
 std::string damaged(const char *idx_path) {
   return std::string("filestore_open: damaged index file `") + idx_path + "'";
 }
 
-[[noreturn]] void report_fault(const vek::IndexFault &fault,
+[[noreturn]] void report_fault(const vek::IndexFault &fault, int idx_fd,
                                const char *idx_path) {
   using Kind = vek::IndexFault::Kind;
   if (fault.kind == Kind::cannot_read)
-    fail(fault.primitive);
+    fail(fault.primitive, idx_fd);
   if (fault.kind == Kind::ends_early) {
-    vek::check_read(fault.primitive, static_cast<gssize>(fault.count),
+    vek::check_read(fault.primitive, idx_fd, static_cast<gssize>(fault.count),
                     fault.wanted);
     refuse(damaged(idx_path), "it ends too early");
   }
@@ -84,7 +86,7 @@ void open_repository(FileStore *fstore, guint32 id, gint64 block_end,
   const std::string path = vek::repository_path(fstore->name, id);
   repository.fd = open_file(path.c_str(), 0);
   if (repository.fd < 0)
-    fail("filestore_open");
+    fail("filestore_open", path);
   repository.size = vek::length_of("filestore_open", repository.fd);
   if (block_end > repository.size) {
     refuse(damaged(idx_path),
@@ -108,7 +110,7 @@ void load_index(FileStore *res, const char *idx_path) {
   vek::require(summary.repository_id < MAX_NR_STORES,
                "node->repository_id < MAX_NR_STORES");
   if (!complete)
-    report_fault(fault, idx_path);
+    report_fault(fault, res->idx_fd, idx_path);
   for (guint32 id = 0; id < res->nr_stores; ++id) {
     open_repository(res, id, summary.block_ends[id], idx_path);
   }
@@ -119,7 +121,7 @@ void create_index(FileStore *res, const char *idx_path) {
     close(res->idx_fd);
   res->idx_fd = open_file(idx_path, O_CREAT);
   if (res->idx_fd < 0)
-    fail("filestore_open");
+    fail("filestore_open", idx_path);
 }
 
 // ---- Writing the index, into memory.
@@ -156,7 +158,7 @@ FileStoreRepository &begin_repository(FileStore *fstore) {
   // Not truncated: what a run without a sync left there is overwritten.
   repository.fd = open_file(path.c_str(), O_CREAT);
   if (repository.fd < 0)
-    fail("filestore_put_file");
+    fail("filestore_put_file", path);
   repository.size = 0;
   // Counted last, because exit() may write the index, which must not name a
   // missing file.
@@ -205,12 +207,6 @@ FileStoreNode *find_node(FileStore *fstore, const char *fname) {
   return static_cast<FileStoreNode *>(g_tree_lookup(fstore->tree, fname));
 }
 
-gboolean list_func(gpointer key, gpointer, gpointer data) {
-  auto *names_P = static_cast<GList **>(data);
-  *names_P = g_list_prepend(*names_P, key);
-  return FALSE;
-}
-
 gboolean fs_free_func(gpointer key, gpointer value, gpointer) {
   g_assert(key);
   g_assert(value);
@@ -233,7 +229,7 @@ FileStore *filestore_open(const char *fname) {
   // Only an index that is not there is none. One that cannot be opened would
   // be overwritten as a new one.
   if (res->idx_fd < 0 && errno != ENOENT)
-    fail("filestore_open");
+    fail("filestore_open", idx_path);
   res->idx_fd = vek::restore_index(fname, res->idx_fd);
   const gint64 length =
       res->idx_fd < 0 ? 0 : vek::length_of("filestore_open", res->idx_fd);
@@ -347,15 +343,6 @@ gboolean filestore_get_file(FileStore *fstore, const char *fname,
   const int fd = fstore->stores[node_P->repository_id].fd;
   *data_ptr = vek::read_data(fd, node_P->offset, node_P->size);
   return TRUE;
-}
-
-GList *filestore_get_filenames(FileStore *fstore) {
-  g_assert(fstore);
-  need_memory("filestore_get_filenames",
-              static_cast<gsize>(g_tree_nnodes(fstore->tree)) * 64);
-  GList *names_P = nullptr;
-  traverse(fstore, list_func, G_POST_ORDER, &names_P);
-  return g_list_reverse(names_P);
 }
 
 const FileStoreNode *filestore_get_node(FileStore *fstore, const char *fname) {

@@ -13,11 +13,12 @@
 // 1. A null pointer as an argument is a programming error: g_assert() stops
 //    the program with the argument's name.
 // 2. There are no error results. A failed system call ends the program by
-//    perror() and exit(1), or exit(ENOSPC) for a full disk, and the reason is
-//    in the log too; so does, with a message of its own, what the format
-//    cannot hold and an index that is damaged. A read or write that moves too
-//    few bytes only warns on standard error, and the rest is moved after it.
-// 3. After such an exit() destructors may still call filestore_close(): it
+//    perror() and status 1, or ENOSPC for a full disk; so does, with a message
+//    of its own, what the format cannot hold and an index that is damaged. A
+//    read or write that moves too few bytes only warns on standard error, and
+//    the rest is moved after it. The log has all this too, with the file's
+//    name.
+// 3. After such an end destructors may still call filestore_close(): it
 //    saves the blocks that were put before, unless writing the index is what
 //    failed.
 // 4. Names are strings of any bytes but NUL, the empty one included.
@@ -93,10 +94,6 @@ void filestore_put_file(FileStore *fstore, const char *fname, const void *data,
 // an unknown name and leaves both untouched.
 gboolean filestore_get_file(FileStore *fstore, const char *fname,
                             void **data_ptr, size_t *len_ptr);
-
-// All names, in the order of the index file. The caller owns the list
-// (g_list_free()), the store the strings; they live until it is closed.
-GList *filestore_get_filenames(FileStore *fstore);
 
 // Null for an unknown name.
 const FileStoreNode *filestore_get_node(FileStore *fstore, const char *fname);

@@ -19,11 +19,11 @@ namespace {
 // ---- Writing an index from memory.
 
 // Warns of a write that ended before byte `end`, unless it ended with a field.
-void warn_of_cut(const GString *image, gsize end) {
+void warn_of_cut(int fd, const GString *image, gsize end) {
   const IndexField field = index_field_at(image, end);
   if (end == field.start)
     return;
-  check_write(field.primitive, static_cast<gssize>(end - field.start),
+  check_write(field.primitive, fd, static_cast<gssize>(end - field.start),
               field.size);
 }
 
@@ -37,10 +37,10 @@ void write_index(int fd, const GString *image) {
     if (count == 0)
       errno = EIO;
     if (count <= 0)
-      fail(index_field_at(image, done).primitive);
+      fail(index_field_at(image, done).primitive, fd);
     done += static_cast<gsize>(count);
     if (done < image->len)
-      warn_of_cut(image, done);
+      warn_of_cut(fd, image, done);
   }
 }
 
@@ -55,7 +55,7 @@ void reserve_room(int fd, gsize size) {
   // Any other failure says that room cannot be reserved here, not that there is
   // none.
   if (result != 0 && (errno == ENOSPC || errno == EDQUOT)) {
-    fail("filestore_sync");
+    fail("filestore_sync", fd);
   }
   errno = errno_before;
 }
@@ -84,11 +84,11 @@ void flush_directory(const char *base) {
   // A directory that may not be read cannot be flushed, and some file systems
   // flush none.
   if (fd < 0 && errno != EACCES)
-    fail("filestore_sync");
+    fail("filestore_sync", path);
   if (fd >= 0) {
     if (retry([=] { return fsync(fd); }) != 0 && errno != EINVAL &&
         errno != ENOTSUP) {
-      fail("filestore_sync");
+      fail("filestore_sync", path);
     }
     close(fd);
   }
@@ -116,7 +116,7 @@ bool save_copy(const char *base, const GString *image) {
                   !copy_is_denied());
   if (!has_room) {
     if (!copy_is_denied())
-      fail("filestore_sync");
+      fail("filestore_sync", path);
     if (fd >= 0) {
       close(fd);
       unlink(path.c_str());
@@ -129,9 +129,9 @@ bool save_copy(const char *base, const GString *image) {
   // the name of a copy is a complete one.
   flush(fd);
   if (close(fd) != 0 && errno != EINTR)
-    fail("filestore_sync");
+    fail("filestore_sync", path);
   if (std::rename(path.c_str(), index_copy_path(base).c_str()) != 0)
-    fail("filestore_sync");
+    fail("filestore_sync", path);
   // And the name before the index is overwritten, or a crash could leave
   // neither.
   flush_directory(base);
@@ -143,7 +143,7 @@ bool save_copy(const char *base, const GString *image) {
 void remove_copy(const char *base) {
   const int errno_before = errno;
   if (unlink(index_copy_path(base).c_str()) != 0 && errno != ENOENT)
-    fail("filestore_sync");
+    fail("filestore_sync", index_copy_path(base));
   errno = errno_before;
 }
 
@@ -213,7 +213,7 @@ void take_copy(int idx_fd, const GString *image) {
   write_image(idx_fd, image);
   // The index may be longer than the copy, with damaged bytes behind.
   if (ftruncate(idx_fd, static_cast<off_t>(image->len)) != 0)
-    fail("filestore_open");
+    fail("filestore_open", idx_fd);
   flush(idx_fd);
 }
 
@@ -223,7 +223,7 @@ int restore_index(const char *base, int idx_fd) {
   const int errno_before = errno;
   const int fd = open_file(index_copy_path(base).c_str(), 0);
   if (fd < 0 && errno != ENOENT)
-    fail("filestore_open");
+    fail("filestore_open", index_copy_path(base));
   if (fd >= 0) {
     GString *image = read_copy(fd);
     close(fd);
@@ -236,7 +236,7 @@ int restore_index(const char *base, int idx_fd) {
       if (idx_fd < 0)
         idx_fd = open_file(index_path(base).c_str(), O_CREAT);
       if (idx_fd < 0)
-        fail("filestore_open");
+        fail("filestore_open", index_path(base));
       take_copy(idx_fd, image);
     }
     g_string_free(image, TRUE);

@@ -29,6 +29,11 @@ std::uint64_t size_or_zero(const std::string &path) {
   return 0;
 }
 
+[[noreturn]] void reject(const std::string &path, const std::string &reason) {
+  report_file_error(path, FileError::format, reason);
+  abort_run(no_cause);
+}
+
 std::uint64_t nr_digits(std::uint32_t number) {
   std::uint64_t count = 1;
   while (number >= 10) {
@@ -51,22 +56,11 @@ bool Journal::exists() const {
   return file_is_there(path_);
 }
 
-void Journal::reject(const std::string &path) const {
-  report_file_error(path, FileError::format);
-  abort_run();
-}
-
 // Reads the file into `text`, in which the atoms of `content` then lie.
 void Journal::load(std::string &text, JournalContent &content) const {
-  const ReadResult result = read_file(path_, text);
-  if (result != ReadResult::ok) {
-    report_file_error(path_, result == ReadResult::cannot_open
-                                 ? FileError::open_for_reading
-                                 : FileError::read);
-    abort_run();
-  }
+  must_read(path_, text);
   if (!parse_journal(text, content))
-    reject(path_);
+    reject(path_, "it is damaged");
 }
 
 void Journal::prepare_tables() {
@@ -84,16 +78,13 @@ void Journal::prepare_tables() {
   for (const Table &table : tables) {
     const std::uint64_t size = size_or_zero(table.path);
     if (size < table.size)
-      reject(table.path);
+      reject(table.path, "it is shorter than the journal says");
+    if (size == table.size)
+      continue;
     std::string content;
-    if (size > table.size && read_file(table.path, content) != ReadResult::ok) {
-      report_file_error(table.path, FileError::read);
-      abort_run();
-    }
-    if (size > table.size &&
-        !fits_journal(content, table.size, table.nr_pending)) {
-      reject(path_);
-    }
+    must_read(table.path, content);
+    if (!fits_journal(content, table.size, table.nr_pending))
+      reject(path_, "it does not fit " + table.path);
   }
   for (const Table &table : tables) {
     if (size_or_zero(table.path) > table.size &&
@@ -109,7 +100,7 @@ void Journal::enter_pending() {
   JournalContent journal;
   load(text, journal);
   if (!enter_journal(journal, atoms_, terms_))
-    reject(path_);
+    reject(path_, "it does not fit the tables");
   nr_atoms_saved_ = atoms_.size();
   nr_terms_saved_ = terms_.size();
 }

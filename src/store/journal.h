@@ -69,7 +69,6 @@ class Journal {
   JournalContent content() const;
   void load(std::string &text, JournalContent &content) const;
   bool write_file(const std::string &text) const;
-  [[noreturn]] void reject(const std::string &path) const;
 
   AtomTable &atoms_;
   TermTable &terms_;

@@ -2,7 +2,6 @@
 
 #include <cassert>
 
-#include "base/helpers.h"
 #include "log/log.h"
 
 namespace vek {
@@ -24,17 +23,14 @@ void TableFile::set_name(const std::string &name) {
 std::string TableFile::load() {
   assert(!name_.empty());
   std::string content;
-  const ReadResult result = read_file(name_, content);
-  if (result == ReadResult::cannot_open)
-    fail(name_, FileError::open_for_reading);
-  if (result == ReadResult::read_error)
-    fail(name_, FileError::read);
+  must_read(name_, content);
   lacks_line_end_ = !content.empty() && content.back() != '\n';
   return content;
 }
 
-void TableFile::reject() const {
-  fail(name_, FileError::format);
+void TableFile::reject(const LineFault &fault) const {
+  report_file_error(name_, FileError::format, fault.text());
+  abort_run(no_cause);
 }
 
 void TableFile::begin(OutputFile &out, std::uint32_t nr_records,

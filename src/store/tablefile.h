@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/failure.h"
 #include "base/output_file.h"
 
 namespace vek {
@@ -33,7 +34,7 @@ class TableFile {
 
   // The bytes of load() turned out to be damaged: reports a format error and
   // ends the run.
-  [[noreturn]] void reject() const;
+  [[noreturn]] void reject(const LineFault &fault) const;
 
   // Opens the file, creating it if it is missing, and appends the records from
   // nr_written() up to `nr_records`; append_record(std::string &out,

@@ -79,8 +79,10 @@ std::string_view AtomTable::text(std::uint32_t atom_id) const {
 bool AtomTable::parse(std::string_view content) {
   assert(empty());
   // No atom holds a zero byte: analysis text ends at the first one.
-  if (content.find('\0') != std::string_view::npos)
-    return false;
+  const std::size_t zero = content.find('\0');
+  const bool is_good = zero == std::string_view::npos;
+  if (!is_good)
+    content = content.substr(0, content.rfind('\n', zero) + 1);
   const std::size_t nr_lines = count_lines(content);
   // Counted first, so that neither array is copied while it grows, and a file
   // with more lines than ids is refused before memory is taken.
@@ -103,7 +105,17 @@ bool AtomTable::parse(std::string_view content) {
         return false;
     }
   }
-  return true;
+  return is_good;
+}
+
+LineFault AtomTable::fault(std::string_view content) const {
+  const std::string_view line = line_at(content, size());
+  const bool has_zero = line.find('\0') != std::string_view::npos;
+  return {std::size_t{size()} + 1, line.empty() ? "the line is empty"
+                                   : has_zero   ? "there is a NUL byte"
+                                   : find(line) == EmptyAtom
+                                       ? "there are too many lines"
+                                       : "the atom was there before"};
 }
 
 void AtomTable::append_line(std::string &out, std::uint32_t atom_id) const {

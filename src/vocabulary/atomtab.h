@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/failure.h"
 #include "vocabulary/idindex.h"
 #include "vocabulary/stringpool.h"
 
@@ -50,9 +51,11 @@ class AtomTable {
 
   // Enters the content of a file in the empty table. Returns false if it is
   // damaged: an empty line, a line that was there before, a zero byte. The
-  // table then holds the lines before that, or for a zero byte none. A last
-  // line without its line end counts.
+  // table then holds the lines before that. A last line without its line end
+  // counts.
   bool parse(std::string_view content);
+  // Where and why parse() has just refused that content.
+  LineFault fault(std::string_view content) const;
 
   // Adds to `out` the line of the file that stands for an atom, whose id must
   // be below size().

@@ -155,6 +155,23 @@ bool TermTable::parse(std::string_view content, std::uint32_t nr_atoms) {
   return is_good;
 }
 
+LineFault TermTable::fault(std::string_view content,
+                           std::uint32_t nr_atoms) const {
+  Term term = {};
+  const bool is_line = parse_line(line_at(content, size()), term);
+  const bool is_there =
+      is_line &&
+      index_.find(Slot{pair_key(term.head, term.mod), 0}.hash(),
+                  [&](const Slot &other) {
+                    return other.key == pair_key(term.head, term.mod);
+                  }) != nullptr;
+  return {std::size_t{size()} + 1, !is_line ? "the line is not four numbers"
+                                   : !has_known_atoms(term, nr_atoms)
+                                       ? "there is no such atom"
+                                   : is_there ? "the term was there before"
+                                              : "there are too many lines"};
+}
+
 void TermTable::append_line(std::string &out, std::uint32_t term_id) const {
   const Term &term = get_term(term_id);
   append_number(out, term.head);

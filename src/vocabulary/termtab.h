@@ -18,6 +18,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/failure.h"
 #include "vocabulary/atomtab.h"
 #include "vocabulary/idindex.h"
 
@@ -63,6 +64,8 @@ class TermTable {
   // no head, or an atom that the atom table does not hold. The table then holds
   // the lines before that.
   bool parse(std::string_view content, std::uint32_t nr_atoms);
+  // Where and why parse() has just refused that content.
+  LineFault fault(std::string_view content, std::uint32_t nr_atoms) const;
 
   // Adds to `out` the line of the file that stands for a term, as get_term()
   // has it.

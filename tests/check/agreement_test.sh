@@ -55,4 +55,8 @@ agree 'a x\\\nb y\n' 'incremental on'
 agree 'a x\\\\\nb y\n' 'save on'
 agree 'a x\nb y\n' 'save of'
 agree 'a x\nb y\n' 'filedirectory "texts"'
+agree 'a x\nb y\n' 'analyser "./none"'
+agree 'a x\nb y\n' 'analyser "/bin/true"'
+agree 'a x\nb y\n' 'datadirectory "no/data"'
+agree 'a x\nb y\n' 'datadirectory "train"'
 exit $failed

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "store/directorylock.h"
 #include "store/filestore.h"
 #include "support/temporary_directory.h"
 
@@ -25,6 +26,7 @@ class CollectionCheckTest : public ::testing::Test {
     for (const char name : "abcdefgh"s)
       write_text("files/"s + name + ".txt", "");
     write_lists(good_train, good_test);
+    settings_.analyser = "";
   }
 
   static void write_lists(const std::string &train, const std::string &test) {
@@ -67,7 +69,8 @@ TEST_F(CollectionCheckTest, FindsWhatIsWrongWithALineOrAClass) {
        "document's name is empty\n"
        "./train:5: stop: file `files' cannot be read: no regular file\n"},
       {"g x\r\n", "",
-       "./train:5: warning: a carriage return is part of a name\n"
+       "./train: warning: the lines end in CR LF: the carriage returns are "
+       "parts of names\n"
        "./train:5: warning: class `x\\x0D' has training documents only\n"},
       {"\tg x\n", "",
        "./train:5: warning: a tab does not separate, it is part of a name\n"
@@ -112,11 +115,13 @@ TEST_F(CollectionCheckTest, MissesListsAndDirectories) {
   EXPECT_EQ(check(),
             "./train:1: warning: class `x' is the only one below the top "
             "class: there is nothing to tell it from\n"
-            "./test: warning: the list cannot be opened and counts as empty\n"
+            "./test: warning: the list cannot be opened (No such file or "
+            "directory) and counts as empty\n"
             "./test: warning: there is no document to test on\n");
   std::filesystem::create_directory("test");
-  EXPECT_NE(check().find("./test: stop: the list cannot be read\n"),
-            std::string::npos);
+  EXPECT_NE(
+      check().find("./test: stop: the list cannot be read: no regular file\n"),
+      std::string::npos);
   std::filesystem::remove("test");
   std::filesystem::rename("files", "texts");
   settings_.file_directory = "texts";
@@ -169,6 +174,82 @@ TEST_F(CollectionCheckTest, FindsDocumentsWithoutTextOrProfile) {
             std::string::npos);
 }
 
+TEST_F(CollectionCheckTest, TellsOnceOfCarriageReturnsAndAMark) {
+  write_lists(
+      "\xEF\xBB\xBF"
+      "a x\r\nb x\r\nc y\r\rd\n",
+      good_test);
+  const std::string text = check();
+  EXPECT_TRUE(text.starts_with(
+      "./train: warning: a byte-order mark is part of the first name, and the "
+      "lines end in CR LF: the carriage returns are parts of names\n"))
+      << text;
+  EXPECT_NE(text.find("./train:3: warning: a carriage return"), text.npos);
+  EXPECT_EQ(text.find("./train:2: warning: a carriage return"), text.npos);
+}
+
+TEST_F(CollectionCheckTest, AsksTheAnalyser) {
+  const struct {
+    std::string script;
+    std::string finding;  // behind "analyser `./analyser x': stop: "
+  } cases[] = {
+      {"read -r path && cat \"$path\" && printf '\\001'", ""},
+      {"read -r path && exit 3",
+       "it ended with status 3 before its answer to "
+       "`files/a.txt' was complete"},
+      {"kill -9 $$", "it was ended by signal 9 before its answer"},
+      {"exec sleep 9 >/dev/null", "it closed its output before its answer"},
+  };
+  settings_.analyser = "./analyser x";
+  for (const auto &[script, finding] : cases) {
+    write_text("analyser", "#!/bin/sh\n" + script + '\n');
+    std::filesystem::permissions("analyser", std::filesystem::perms(0700));
+    const std::string text = check();
+    if (finding.empty())
+      EXPECT_EQ(text, "");
+    else
+      EXPECT_TRUE(text.starts_with("analyser `./analyser x': stop: " + finding))
+          << text;
+  }
+  settings_.analyser = "cat";
+  EXPECT_TRUE(check().starts_with(
+      "analyser `cat': stop: it cannot be started: No such file or directory"));
+}
+
+TEST_F(CollectionCheckTest, LooksAtTheDataDirectory) {
+  const auto expect = [&](const std::string &directory,
+                          const std::string &finding) {
+    settings_.data_directory = directory;
+    EXPECT_TRUE(check().starts_with(finding)) << check();
+  };
+  expect("none/data", "none/data: stop: it cannot be created: No such file");
+  expect("train", "train: stop: it is no directory\n");
+  std::filesystem::create_directory("data");
+  expect("data", "");
+  write_text("data/terms.dat", "");
+  write_text("data/atoms.dat", "word\nword\n");
+  expect("data", "data/atoms.dat: stop: line 2: the atom was there before; ");
+  write_text("data/atoms.dat", "word\n");
+  write_text("data/class0.cpf", "");
+  write_text("data/profile-store.idx", "\0\0\0\0\0\0\0\0"s);
+  const std::string finding = "there is no class table to it; learn again with";
+  expect("data", "data/class0.cpf: warning: " + finding);
+  settings_.incremental = true;
+  expect("data", "data/class0.cpf: stop: " + finding);
+  DirectoryLock lock;
+  lock.take("data", DirectoryLock::Mode::exclusive);
+  expect("data", "data: stop: process ");
+}
+
+TEST_F(CollectionCheckTest, FindsNamesThatCannotBePolledAndNoLog) {
+  write_text("input/in/a\nb.txt", "");
+  std::filesystem::create_directory("vek.log");
+  EXPECT_EQ(check(),
+            "vek.log: stop: Is a directory\n"
+            "input/in: warning: polling would leave out `a\\x0Ab.txt': its "
+            "name has a control character\n");
+}
+
 TEST_F(CollectionCheckTest, ReadsTheResourceFileThatVekReads) {
   Findings findings;
   read_resource_file("", settings_, findings);
@@ -179,6 +260,13 @@ TEST_F(CollectionCheckTest, ReadsTheResourceFileThatVekReads) {
   read_resource_file("other", settings_, findings);
   EXPECT_TRUE(settings_.save);
   EXPECT_EQ(findings.exit_status(), 2);
+  write_text("again.rc", "[general] incremental on\n");
+  Findings advice;
+  read_resource_file("again", settings_, advice);
+  std::ostringstream out;
+  advice.print(out);
+  EXPECT_TRUE(out.str().starts_with("again.rc: warning: `incremental on' "))
+      << out.str();
 }
 
 }  // namespace

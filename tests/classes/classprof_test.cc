@@ -105,10 +105,31 @@ TEST(ClassProfile, ReadsNoDamagedFile) {
       {Columns::updates, "1\t0\t1\n5\t6\t7\t2147483647\t-2147483648\n", true},
       {Columns::updates, "1\t0\t1\n5\t6\t7\t2147483648\t0\n"},
       {Columns::updates, "1\t0\t1\n5\t6\t7\t0\t-2147483649\n"},
-      {Columns::weight, "1\t0\t1\n5\t6\t7\tinf\n"},
+      {Columns::weight, "1\t0\tnan\n5\t6\t7\t-inf\n", true},
+      {Columns::weight, "1\t0\t1\n5\t6\t7\tinfinity\n"},
+      {Columns::weight, "1\t0\t1\n5\t6\t7\tnan(1)\n"},
+      {Columns::weight, "1\t0\t1\n5\t6\t7\t1e999\n"},
   };
   for (const auto &[columns, text, readable] : cases)
     EXPECT_EQ(reads(text, columns), readable) << text;
+}
+
+TEST(ClassProfile, SaysWhereAndWhyItReadsNoFurther) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"2\t0\t1\n5\t6\t7\n9\t1\t1\n", ""},
+      {"2\t0\n", "line 2: it is no head of a class profile"},
+      {"2\t0\t1\n5\t6\t7\n", "line 3: an entry is damaged or missing"},
+      {"2\t0\t1\n5\t6\t7\n5\t1\t1\n", "line 3: term 5 was there before"},
+      {"2\t0\t1\n5\t6\t7\n10\t1\t1\n", "line 3: term 10 is not known"},
+      {"0\t0\t1\n5\t6\t7\n", "line 2: there is more than the entries"}};
+  for (const auto &[text, reason] : cases) {
+    ClassProfile profile;
+    std::uint32_t nr_terms = 0;
+    LineFault fault;
+    EXPECT_EQ(profile.parse(text, nr_terms, Columns::frequencies, 10, fault),
+              reason.empty());
+    EXPECT_EQ(fault.line == 0 ? "" : fault.text(), reason);
+  }
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <sstream>
 
 namespace vek {
@@ -37,6 +38,16 @@ TEST(WeightFile, HoldsWeightsInFullPrecisionByTerm) {
   EXPECT_EQ(profile.threshold(), 0.7);
 }
 
+TEST(WeightFile, KeepsWeightsBeyondAllBounds) {
+  const char *text = "2\t-inf\n2\tinf\tnan\n70\t-nan\t-0\n";
+  ClassProfile profile = make_profile();
+  profile.set_threshold(-std::numeric_limits<double>::infinity());
+  ASSERT_TRUE(parse_winnow_weights(text, profile));
+  std::ostringstream os;
+  write_winnow_weights(os, profile);
+  EXPECT_EQ(os.str(), text);
+}
+
 TEST(WeightFile, RefusesOtherTextsAndLeavesWeightsOfZero) {
   for (const char *text : {
            "", "2\n2\t1\t1\n70\t1\t1\n",
@@ -45,7 +56,7 @@ TEST(WeightFile, RefusesOtherTextsAndLeavesWeightsOfZero) {
            "2\t1\n2\t1\t1\n71\t1\t1\n",          // another term
            "2\t1\n70\t1\t1\n2\t1\t1\n",          // out of order
            "2\t1\n2\t1\t1\n70\t1\n",             // cut
-           "2\t1\n2\t1\tinf\n70\t1\t1\n",
+           "2\t1\n2\t1\tINF\n70\t1\t1\n",
            "2\t1\n2\t1\t1\n70\t1\t1\n3",  // more behind it
        }) {
     ClassProfile profile = make_profile();

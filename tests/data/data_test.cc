@@ -23,7 +23,8 @@ TEST_F(DataTest, TellsWhatIsThere) {
   EXPECT_EQ(without_dates(vek_data("info data").output),
             "documents\t5\ndocuments_without_terms\t1\nterms\t6\natoms\t5\n"
             "classes\t3\nclasses_with_documents\t3\nclassifier\tWinnow\n"
-            "bytes\t" +
+            "classes_with_threshold\t1\nheldout_parts\t2\n"
+            "shared_probabilities\ttrue\nbytes\t" +
                 std::to_string([] {
                   std::size_t size = 0;
                   for (const auto &[name, text] : files_of("data"))
@@ -127,7 +128,7 @@ TEST_F(DataTest, CompactRefusesWhatItCannotKeep) {
          fs::rename("data/classes", "moved");
          fs::create_symlink("../moved", "data/classes");
        }},
-      {"data/atoms.dat: line 2: format error",
+      {"data/atoms.dat: line 2: the line is empty",
        [] { write_text("data/atoms.dat", "a\n\n"); }},
       {"data.compact/mine: it is in the way",
        [] { write_text("data.compact/mine", ""); }},
@@ -261,11 +262,12 @@ TEST_F(DataTest, EachDamageIsTold) {
        [] { fs::remove("data/classes"); }},
       {"damage: data/class1.cpf: No such",
        [] { fs::remove("data/class1.cpf"); }},
-      {"damage: data/class1.cpf: no class profile of Winnow",
-       [] { cut("data/class1.cpf", 20); }},
+      {"damage: data/class1.cpf: line 3: no class profile of Winnow: an entry",
+       [] { cut("data/class1.cpf", 27); }},
       {"damage: data/class1.cpf: line 1: it does not belong",
        [] { put_byte("data/class1.cpf", 2, '7'); }},
-      {"damage: data/class2.cpf: it has terms that are not known",
+      {"damage: data/class2.cpf: line 3: no class profile of Winnow: term 9 is "
+       "not known",
        [] {
          const std::string text = read_text("data/class2.cpf");
          put_byte("data/class2.cpf", text.rfind('\n', text.size() - 2) + 1,
@@ -276,6 +278,8 @@ TEST_F(DataTest, EachDamageIsTold) {
          fs::copy_file("data/class2.cwt", "data/class1.cwt",
                        fs::copy_options::overwrite_existing);
        }},
+      {"damage: data/classes.cal: format error",
+       [] { cut("data/classes.cal", 30); }},
       {"damage: data/class-files.dat: format error",
        [] { write_text("data/class-files.dat", "vek files 1\nclasses 9\n"); }},
       {"damage: data/journal.dat: no regular file",

@@ -67,7 +67,9 @@ class SmallData : public testing::Test {
     write_text("files/b1.txt", "bread \"gas oven\"");
     write_text("files/none.txt", "");
     write_text("files/c1.txt", "bread race new");
-    write_text("vek.rc", "[general] analyser \"\" termselection none save on");
+    write_text("vek.rc",
+               "[general] analyser \"\" termselection none save on "
+               "heldout 2");
     EXPECT_EQ(run_vek().status, 0);
     fs::copy("data", "before");
   }

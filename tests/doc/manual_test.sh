@@ -2,7 +2,8 @@
 # What the programs say of their options, what the manual pages say, what the
 # completions offer and what the programs take are the same.
 #
-#   manual_test.sh DOC-DIRECTORY VEK VEK-ANALYSE VEK-CHECK VEK-DATA VEK-REPORT
+#   manual_test.sh DOC-DIRECTORY VEK VEK-ANALYSE VEK-CHECK VEK-DATA VEK-IMPORT
+#     VEK-REPORT VEK-TUNE
 set -eu
 export LC_ALL=C
 doc=$(realpath "$1")
@@ -10,7 +11,9 @@ vek=$(realpath "$2")
 analyse=$(realpath "$3")
 check=$(realpath "$4")
 data=$(realpath "$5")
-report=$(realpath "$6")
+import=$(realpath "$6")
+report=$(realpath "$7")
+tune=$(realpath "$8")
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -37,11 +40,11 @@ options_of_page() { # PAGE
 }
 options_of_completion() { # FILE
   case $1 in
-    *.bash) tr "\\\\'" '\n' <"$1" | sed -n 's/^n\{0,1\}\(--*[A-Za-z]*\)$/\1/p' ;;
+    *.bash) tr "\\\\'" '\n' <"$1" | sed -n 's/^n\{0,1\}\(--*[A-Za-z-]*\)$/\1/p' ;;
     *.fish)
       grep '^complete ' "$1" | sed -n 's/.* -[so] \([A-Za-z]*\).*/-\1/p'
-      grep '^complete ' "$1" | sed -n 's/.* -l \([A-Za-z]*\).*/--\1/p' ;;
-    *.zsh) grep -o "[{,')]--*[A-Za-z][A-Za-z]*" "$1" | cut -c2- ;;
+      grep '^complete ' "$1" | sed -n 's/.* -l \([A-Za-z-]*\).*/--\1/p' ;;
+    *.zsh) grep -o "[{,')]--*[A-Za-z][A-Za-z-]*" "$1" | cut -c2- ;;
   esac
 }
 compare() { # NAME OF WHAT
@@ -50,7 +53,7 @@ compare() { # NAME OF WHAT
   diff wanted found >difference || fail "$1: $(cat difference)"
 }
 
-for program in "$vek" "$analyse" "$check" "$data" "$report"; do
+for program in "$vek" "$analyse" "$check" "$data" "$import" "$report" "$tune"; do
   name=$(basename "$program")
   options_of_help "$program" | sort -u >wanted
   [ "$(wc -l <wanted)" -ge 6 ] || fail "$name -h: no options found"

@@ -58,6 +58,9 @@ TEST(Confusion, ReportsCountsAndMeasures) {
 TEST(FMeasure, WeighsPrecisionAgainstRecall) {
   // Another order of multiplying ends in other bits.
   EXPECT_EQ(f_measure(0.8, 0.9, 3.0), 0.888888888888889);
+  // Its square is beyond all numbers: only recall counts.
+  EXPECT_EQ(f_measure(0.8, 0.9, 1e200), 0.9);
+  EXPECT_EQ(f_measure(0.0, 0.9, 1e200), 0.0);
 }
 
 }  // namespace

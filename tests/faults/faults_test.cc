@@ -421,6 +421,19 @@ TEST_P(FaultTest, MemoryEndsAnywhere) {
 }
 #endif
 
+// Power cuts go through `data` alone.
+TEST_P(FaultTest, RankFilesAreOnTheDiskBeforeTheyGetTheirName) {
+  ++nr_failures_;
+  bool is_synced = false;
+  for (const std::string &line : calls_) {
+    if (line.starts_with("call fsync ") && line.find("/rank") != line.npos)
+      is_synced = true;
+    if (line.starts_with("call rename ") && line.find("/rank") != line.npos) {
+      EXPECT_TRUE(std::exchange(is_synced, false)) << line;
+    }
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Run, FaultTest, testing::ValuesIn(scenarios),
                          [](const auto &instance) {
                            return std::string(instance.param.name);

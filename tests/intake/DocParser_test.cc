@@ -182,5 +182,20 @@ TEST(TermBag, CountsAsAMapDoes) {
     ASSERT_EQ(bag.count(pair), count);
 }
 
+// Errors of the scanner count as well.
+TEST(AnalysisText, WithMoreThanAThousandErrorsHasTheRestCounted) {
+  for (const std::size_t nr_errors : {999U, 1000U, 1001U, 200000U}) {
+    StringPool pool;
+    AtomTable atoms(pool);
+    const Parse parse(atoms, "\"\n" + repeat("[]", nr_errors - 1), "doc");
+    EXPECT_EQ(parse.nr_errors, nr_errors - 1);
+    const std::string &text = parse.messages.text;
+    EXPECT_EQ(std::ranges::count(text, '\n'), std::min(long(nr_errors), 1001L));
+    EXPECT_EQ(text.ends_with("ERROR: file doc: " + std::to_string(nr_errors) +
+                             " errors, of which 1000 are shown\n"),
+              nr_errors > 1000);
+  }
+}
+
 }  // namespace
 }  // namespace vek

@@ -69,6 +69,27 @@ TEST(ListLine, IsADocumentAndItsCleanedClasses) {
     EXPECT_EQ(parsed(line), entry) << line;
 }
 
+TEST(List, IsOddWithAMarkInFrontOrCarriageReturns) {
+  const std::string mark = "\xEF\xBB\xBF";
+  const std::string of_mark = "a byte-order mark is part of the first name";
+  const std::string of_returns =
+      "the lines end in CR LF: the carriage returns are parts of names";
+  const std::pair<std::string, std::string> cases[] = {
+      {"a\rb\n" + mark, ""},
+      {mark + "a x\n", of_mark},
+      {"a x\r\nb x\r\n", of_returns},
+      {mark + "a x\r\n", of_mark + ", and " + of_returns}};
+  for (const auto &[text, oddity] : cases)
+    EXPECT_EQ(list_oddity(text), oddity) << text;
+}
+
+TEST(Request, HoldsNoControlCharacterAndNoPathThatIsTooLong) {
+  EXPECT_EQ(request_fault("\xC3\xA4 b", std::string(4095, 'x')), "");
+  EXPECT_NE(request_fault("a", std::string(4096, 'x')), "");
+  for (const char *name : {"a\nb", "\t", "\x7F"})
+    EXPECT_NE(request_fault(name, name), "");
+}
+
 TEST(BaseName, IsTheLastComponentWithItsSlash) {
   const std::pair<const char *, const char *> cases[] = {
       {"/a.b/c d", "c d"}, {"/a/b/", "b/"}, {"a", "a"},

@@ -67,7 +67,9 @@ TEST_F(ModelTest, JournalCounts) {
 TEST_F(ModelTest, ClassesHaveKnownTerms) {
   EXPECT_EQ(look(true), "house;big house;");
   std::filesystem::remove("data/atoms.dat");
-  EXPECT_EQ(look(true), "data/class0.cpf: it has terms that are not known");
+  EXPECT_EQ(look(true),
+            "data/class0.cpf: line 2: no class profile of Rocchio: term 1 is "
+            "not known");
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // Runs over files in processes of their own, so that a case can follow them
-// from run to run: exit() destroys what a run has, as it does in vek.
+// from run to run: end_run() ends them as it does vek.
 #ifndef VEK_TESTS_STORE_DATA_RUN_H_
 #define VEK_TESTS_STORE_DATA_RUN_H_
 
@@ -35,7 +35,7 @@ RunResult run_in_child(Body body) {
     set_verbosity(0);
     errno = 0;
     body();
-    std::exit(0);
+    end_run(0);
   }
   int status = 0;
   waitpid(pid, &status, 0);

@@ -44,23 +44,25 @@ TEST(AtomTable, TellsTextsApartAndKeepsThemInPlace) {
 TEST(AtomTable, ReadsTheLinesOfItsFileUpToADamagedOne) {
   const std::string odd = "big \\\"house\"\n\x01\r\xFF\n \n";
   const struct {
-    std::string content, lines;
-    bool good;
-  } cases[] = {{"", "", true},
-               {odd, odd, true},
-               {"a\nb", "a\nb\n", true},
-               {"\n", "", false},
-               {"a\n\nb\n", "a\n", false},
-               {"a\n\n", "a\n", false},
-               {"a\nb\na\n", "a\nb\n", false},
-               {"a\na", "a\n", false},
-               // Looked for in all of it first.
-               {"a\nb\0c\n"s, "", false},
-               {"\0"s, "", false}};
-  for (const auto &[content, lines, good] : cases) {
+    std::string content, lines, fault;
+  } cases[] = {{"", "", ""},
+               {odd, odd, ""},
+               {"a\nb", "a\nb\n", ""},
+               {"\n", "", "line 1: the line is empty"},
+               {"a\n\nb\n", "a\n", "line 2: the line is empty"},
+               {"a\n\n", "a\n", "line 2: the line is empty"},
+               {"a\nb\na\n", "a\nb\n", "line 3: the atom was there before"},
+               {"a\na", "a\n", "line 2: the atom was there before"},
+               {"a\nb\0c\nd\n"s, "a\n", "line 2: there is a NUL byte"},
+               {"a\n\nb\0\n"s, "a\n", "line 2: the line is empty"},
+               {"\0"s, "", "line 1: there is a NUL byte"}};
+  for (const auto &[content, lines, fault] : cases) {
     StringPool pool;
     AtomTable table(pool);
-    EXPECT_EQ(table.parse(content), good) << content;
+    EXPECT_EQ(table.parse(content), fault.empty()) << content;
+    if (!fault.empty()) {
+      EXPECT_EQ(table.fault(content).text(), fault);
+    }
     std::string written;
     for (std::uint32_t id = 0; id < table.size(); ++id)
       table.append_line(written, id);

@@ -7,6 +7,7 @@
 #include <random>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace vek {
 namespace {
@@ -67,16 +68,21 @@ TEST(TermTable, ReadsTheLinesOfItsFileUpToADamagedOne) {
     EXPECT_TRUE(table.parse(content, 10)) << content;
     EXPECT_EQ(written(table), lines);
   }
-  for (const std::string line :
-       {"\n", "1 2 0\n", "1 2 0 0 \n", "1 2 0 0 0\n", " 1 2 0 0\n",
-        "1  2 0 0\n", "1\t2 0 0\n", "1 2 0 0\r\n", "1 -2 0 0\n",
-        "1 2 0 4294967296\n", "1 x 0 0\n",
-        // A head that is none, atoms that do not exist, a pair told twice.
-        "4294967295 2 0 0\n", "10 2 0 0\n", "1 10 0 0\n", "1 4294967294 0 0\n",
-        "8 9 0 0\n"}) {
-    TermTable table;
-    EXPECT_FALSE(table.parse("8 9 0 0\n" + line + "3 4 0 0\n", 10)) << line;
-    EXPECT_EQ(table.size(), 1U) << line;
+  const std::pair<std::string, std::vector<std::string>> bad[] = {
+      {"the line is not four numbers",
+       {"", "1 2 0", "1 2 0 0 ", "1 2 0 0 0", " 1 2 0 0", "1  2 0 0",
+        "1\t2 0 0", "1 2 0 0\r", "1 -2 0 0", "1 2 0 4294967296", "1 x 0 0"}},
+      {"there is no such atom",
+       {"4294967295 2 0 0", "10 2 0 0", "1 10 0 0", "1 4294967294 0 0"}},
+      {"the term was there before", {"8 9 0 0"}}};
+  for (const auto &[reason, lines] : bad) {
+    for (const std::string &line : lines) {
+      TermTable table;
+      const std::string content = "8 9 0 0\n" + line + "\n3 4 0 0\n";
+      EXPECT_FALSE(table.parse(content, 10)) << line;
+      EXPECT_EQ(table.size(), 1U) << line;
+      EXPECT_EQ(table.fault(content, 10).text(), "line 2: " + reason) << line;
+    }
   }
 }
 
