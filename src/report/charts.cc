@@ -155,7 +155,8 @@ std::vector<ScoreChart> chart_scores(const Predictions &predictions,
       continue;
     std::vector<std::uint32_t> filed_in = doc.filed_in;
     std::ranges::sort(filed_in);
-    filed_in.erase(std::ranges::unique(filed_in).begin(), filed_in.end());
+    filed_in.erase(std::unique(filed_in.begin(), filed_in.end()),
+                   filed_in.end());
     for (const std::uint32_t id : filed_in)
       ++nr_members[id];
     for (const Scored &candidate : doc.candidates) {

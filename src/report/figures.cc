@@ -16,9 +16,22 @@ std::optional<double> divide(std::uint64_t a, std::uint64_t b) {
 }
 
 Ids without_repeats(Ids ids) {
-  ids.erase(std::ranges::unique(ids).begin(), ids.end());
+  ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
   return ids;
 }
+
+// The table takes a place by the low bits, in which many pairs are equal.
+struct PairHash {
+  std::size_t operator()(std::uint64_t pair) const {
+    pair = (pair ^ pair >> 32) * 0x9E3779B97F4A7C15;  // 2^64 / golden ratio
+    return pair ^ pair >> 32;
+  }
+};
+
+// Pairs grow with the square of what one document has, and of the classes.
+constexpr std::size_t most_of_document = 100;
+constexpr std::size_t most_counted = 2'000'000;
+constexpr std::size_t most_told = 100'000;
 
 void count_document(const Prediction &doc, const Verdict &verdict,
                     Figures &figures) {
@@ -162,23 +175,26 @@ std::vector<Verdict> judge_all(const Predictions &predictions) {
 std::vector<Confusion> find_confusions(const Predictions &predictions,
                                        const std::vector<Verdict> &verdicts,
                                        bool &is_complete) {
-  constexpr std::size_t most_pairs = 8'000'000;
   const Ids nothing = {Confusion::no_class};
-  tsl::robin_map<std::uint64_t, std::uint64_t> counts;
+  tsl::robin_map<std::uint64_t, std::uint64_t, PairHash> counts;
   is_complete = true;
   for (std::size_t i = 0; i < verdicts.size(); ++i) {
     if (!predictions.documents[i].is_judged())
       continue;
     const Verdict &verdict = verdicts[i];
-    const Ids from = without_repeats(verdict.missed.empty() ? verdict.correct
-                                                            : verdict.missed);
-    const Ids to = without_repeats(verdict.wrong);
+    Ids from = without_repeats(verdict.missed.empty() ? verdict.correct
+                                                      : verdict.missed);
+    Ids to = without_repeats(verdict.wrong);
     if (verdict.missed.empty() && to.empty())
       continue;
+    for (Ids *ids_P : {&from, &to}) {
+      is_complete = is_complete && ids_P->size() <= most_of_document;
+      ids_P->resize(std::min(ids_P->size(), most_of_document));
+    }
     for (const std::uint32_t filed_in : from) {
       for (const std::uint32_t got : to.empty() ? nothing : to) {
         const std::uint64_t pair = std::uint64_t{filed_in} << 32 | got;
-        if (counts.size() < most_pairs || counts.contains(pair))
+        if (counts.size() < most_counted || counts.contains(pair))
           ++counts[pair];
         else
           is_complete = false;
@@ -195,6 +211,8 @@ std::vector<Confusion> find_confusions(const Predictions &predictions,
     return std::tuple(b.nr_documents, a.filed_in, a.got) <
            std::tuple(a.nr_documents, b.filed_in, b.got);
   });
+  is_complete = is_complete && confusions.size() <= most_told;
+  confusions.resize(std::min(confusions.size(), most_told));
   return confusions;
 }
 

@@ -93,8 +93,9 @@ struct Confusion {
 // Each class that a document got wrongly, with each one that it missed, or, if
 // it missed none, with each of its own. A class that was missed where nothing
 // wrong was got makes a pair with no_class. Most frequent first, then by ids.
-// To bound memory, `is_complete` is false and further pairs are left out when
-// there are many millions of them.
+// Time and memory are bounded: of more than 100 classes of a document, more
+// than two million different pairs, or more than 100,000 in the result the rest
+// is left out, and `is_complete` is false.
 std::vector<Confusion> find_confusions(const Predictions &predictions,
                                        const std::vector<Verdict> &verdicts,
                                        bool &is_complete);

@@ -86,7 +86,7 @@ class JsonWriter {
   }
   template <typename Range>
   void counts(const Range &range) {
-    list(range, [this](auto value) { count(value); });
+    list(range, [this](auto value) { this->count(value); });
   }
 
   std::size_t size() const { return out_.size(); }

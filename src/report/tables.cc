@@ -155,7 +155,7 @@ Table pair_table(const Judged &run) {
   if (table.rows.empty())
     table.note = "No document was misjudged.";
   if (!is_complete)
-    table.note = "There are more pairs than could be counted.";
+    table.note = "There are more pairs than could be counted or told.";
   return table;
 }
 

@@ -39,7 +39,7 @@ def write_run(name, shift):
             scores = {c: 0.5 for c in CLASSES}
             scores[filed], scores[got] = 0.9, 0.9 if is_none else 1.5
             order = sorted(CLASSES, key=lambda c: -scores[c])
-            print(f"</script><b>{i}" if i % 9 == 0 else f"doc-{i}", filed,
+            print(f"</script/><b>{i}" if i % 9 == 0 else f"doc-{i}", filed,
                   *(("", "", "", "") if is_none else (got, "1.5", "1", "0.8")),
                   order.index(filed) + 1, int(not is_none),
                   " ".join(f"{c}:{scores[c]}" for c in order),

@@ -59,11 +59,12 @@
 
   // What is in the first list more often than in the second.
   function without(list, others) {
-    const rest = others.slice();
+    const rest = new Map();
+    for (const id of others) rest.set(id, (rest.get(id) || 0) + 1);
     return list.filter((id) => {
-      const place = rest.indexOf(id);
-      if (place >= 0) rest.splice(place, 1);
-      return place < 0;
+      const left = rest.get(id) || 0;
+      rest.set(id, left - 1);
+      return left <= 0;
     });
   }
   const records = (ids, scores, thresholds) => ids.map((id, i) => ({
@@ -546,6 +547,9 @@
 
   // ---- Documents.
 
+  // Entries of a list, for documents that are in hundreds of classes.
+  const mostOfDocument = 20;
+
   // Why a document got what it got, in words.
   function reasons(doc) {
     const list = [];
@@ -568,6 +572,7 @@
         ? ` is wrong: ${score(g.score)} is above its threshold ${score(g.threshold)}.`
         : ` is wrong: it was taken as the best one, though ${score(g.score)} is not above its threshold ${score(g.threshold)}.`]);
     }
+    if (list.length > mostOfDocument) list.splice(mostOfDocument, Infinity, `And ${list.length - mostOfDocument} more.`);
     if (!doc.significant) list.push("No score is above its threshold.");
     return list;
   }
@@ -576,7 +581,7 @@
     const filed = new Set(doc.filed);
     const got = new Set(doc.got.map((g) => g.id));
     const shown = (doc.candidates.length ? doc.candidates : doc.got)
-      .filter((c, i) => i < 6 || filed.has(c.id) || got.has(c.id));
+      .filter((c, i) => i < 6 || filed.has(c.id) || got.has(c.id)).slice(0, 3 * mostOfDocument);
     const high = Math.max(...shown.map((c) => Math.max(c.score || 0, c.threshold || 0)), 1e-9) * 1.05;
     const place = (value) => Math.min(Math.max((value || 0) / high, 0), 1);
     const kind = (id) => (!filed.size ? (got.has(id) ? "correct" : "")
@@ -599,10 +604,11 @@
     const chips = doc.outcome === "new" ? doc.got.map((g) => chip(g.id, "", "→", "got "))
       : [doc.correct.map((id) => chip(id, "correct", "✓", "correct: ")),
         doc.missed.map((id) => chip(id, "missed", "−", "missed: ")),
-        doc.wrong.map((id) => chip(id, "wrong", "+", "wrong: "))];
+        doc.wrong.map((id) => chip(id, "wrong", "+", "wrong: "))].flat();
+    const more = chips.length - mostOfDocument;
     const fold = h("details", {}, h("summary", {},
       h("span", { class: "doc-name" }, h("span", { class: "fold" }), h("span", { class: "dot " + doc.outcome, title: outcomes[doc.outcome] }), bdi(doc.name)),
-      h("span", { class: "chips" }, chips, doc.got.length === 0 && h("span", { class: "none" }, "got no class"))));
+      h("span", { class: "chips" }, chips.slice(0, mostOfDocument), more > 0 && ` and ${more} more`, doc.got.length === 0 && h("span", { class: "none" }, "got no class"))));
     fold.addEventListener("toggle", () => {
       if (!fold.open || fold.children.length > 1) return;
       const why = reasons(doc);
