@@ -3,10 +3,6 @@
 // Code that learns, tests and parses is used by programs with a log and by
 // programs without one, so it is given the place for its messages. In vek they
 // go to the log (log/log.h); this class itself drops them.
-//
-// What learns, tests and parses is used by programs with a log and by programs
-// without one, so it is handed the place for its words. In vek they go to the
-// log (log/log.h); this class itself drops them.
 #ifndef VEK_BASE_MESSAGES_H_
 #define VEK_BASE_MESSAGES_H_
 

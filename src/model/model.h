@@ -7,13 +7,6 @@
 // does for vek. Nothing here logs, writes, creates or ends the process: a
 // failure is returned with its file, place and reason. No run should use the
 // directory at the same time.
-//
-// Everything is read into the memory of this object, but the documents'
-// profiles, which are read one by one. What a broken-off run has left, as the
-// journal of the vocabulary or class files that are half replaced, counts as it
-// does for vek. Nothing here logs, writes, creates or ends the process: a
-// failure is returned with its file, place and reason. The directory should not
-// be in the hands of a run at the same time.
 #ifndef VEK_MODEL_MODEL_H_
 #define VEK_MODEL_MODEL_H_
 
