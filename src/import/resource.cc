@@ -56,10 +56,19 @@ std::string resource_text(const std::string &language, std::size_t nr_classes) {
                          : "# One class to a document.\n";
   text += "maxranks " + std::to_string(nr_classes) + "\n";
   text +=
+      "# What scores mean is learnt from held-out documents; leaves are "
+      "compared "
+      "by\n"
+      "# the probability of their path; and each document belongs somewhere.\n"
+      "heldout 5\n"
+      "walk path\n"
+      "insignificant best\n"
+      "# For vek-report.\n"
+      "predictions on\n"
       "\n"
       "[Winnow]\n"
       "# A thick threshold, and small steps.\n"
-      "thetaplus 10\n"
+      "thetaplus 5\n"
       "thetamin 0.3\n"
       "alpha 1.05\n"
       "beta 0.95\n"
