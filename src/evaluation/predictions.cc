@@ -61,8 +61,8 @@ std::string prediction_line(const std::string &name,
   line += answer.significant ? "\t1" : "\t0";
   // A document can be filed twice in a class.
   std::ranges::sort(true_places);
-  const auto repeated = std::ranges::unique(true_places);
-  true_places.erase(repeated.begin(), repeated.end());
+  true_places.erase(std::unique(true_places.begin(), true_places.end()),
+                    true_places.end());
   for (const std::size_t place : true_places)
     candidates.push_back(answer.leaves[place]);
   append_cell(line, candidates, [&](const Ranking &one) {
