@@ -81,7 +81,7 @@ std::vector<std::size_t> group_alike(const TrainingSet &set) {
   };
   std::array<tsl::robin_map<std::uint64_t, std::size_t>, nr_bands> seen;
   for (std::size_t i = 0; i < leaders.size(); ++i) {
-    std::array<std::uint64_t, nr_bands * nr_rows> minima = {};
+    std::array<std::uint64_t, nr_bands *nr_rows> minima = {};
     minima.fill(~std::uint64_t{0});
     for (const DocProfileEntry &entry : set.documents()[i].profile) {
       std::uint64_t hash = entry.term;
