@@ -72,6 +72,7 @@ std::uint64_t mixed(std::uint64_t x) {
 std::vector<std::size_t> group_alike(const TrainingSet &set) {
   constexpr std::size_t nr_bands = 6;
   constexpr std::size_t nr_rows = 3;
+  constexpr std::size_t nr_minima = nr_bands * nr_rows;
   std::vector<std::size_t> leaders(set.documents().size());
   std::iota(leaders.begin(), leaders.end(), std::size_t{0});
   const auto leader_of = [&](std::size_t i) {
@@ -81,7 +82,7 @@ std::vector<std::size_t> group_alike(const TrainingSet &set) {
   };
   std::array<tsl::robin_map<std::uint64_t, std::size_t>, nr_bands> seen;
   for (std::size_t i = 0; i < leaders.size(); ++i) {
-    std::array<std::uint64_t, nr_bands *nr_rows> minima = {};
+    std::array<std::uint64_t, nr_minima> minima = {};
     minima.fill(~std::uint64_t{0});
     for (const DocProfileEntry &entry : set.documents()[i].profile) {
       std::uint64_t hash = entry.term;

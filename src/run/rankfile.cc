@@ -14,8 +14,8 @@ namespace vek {
 namespace {
 
 struct KindOfFile {
-  const char *name;
-  const char *suffix;
+  const char *name = nullptr;
+  const char *suffix = nullptr;
   std::uint32_t nr_files = 0;
 };
 
