@@ -11,6 +11,7 @@
 
 #include "base/helpers.h"
 #include "base/input_file.h"
+#include "data/class_files.h"
 #include "data/files.h"
 #include "import/directory.h"
 #include "import/naming.h"
@@ -90,6 +91,14 @@ Locked Answers::open(std::chrono::seconds patience, Failure &failure) {
     failure = {data_directory_, "", std::strerror(errno)};
     return Locked::failed;
   }
+  Failure ignored;
+  keeping::ClassFiles kept;
+  if (kept.open(data_directory_, ignored) &&
+      kept.presence("classes") == Presence::missing) {
+    failure = {data_directory_, "",
+               "no model is kept here; vek keeps one with `save on'"};
+    return Locked::failed;
+  }
   DirectoryLock lock;
   const Locked locked = take_lock(
       lock, data_directory_, DirectoryLock::Mode::shared, patience, failure);
@@ -152,24 +161,17 @@ Answers::Result Answers::answer(const std::string &text, Verdict &verdict,
   Failure failure;
   KeptModel::Cause cause = KeptModel::Cause::text;
   const auto ask = [&](const std::string &what) {
-    if (!put_text(what, failure.reason)) {
-      cause = KeptModel::Cause::analyser;
+    if (!put_text(what, failure.reason))
       return false;
-    }
     // Whoever has another process open it has no name for it but this.
     const std::string path =
         "/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(memory_);
     return model_->profile_file(path, profile_, failure, cause);
   };
-  // An analyser that is gone has been started again after the first.
-  bool is_answered = ask(text);
-  if (!is_answered && cause == KeptModel::Cause::analyser)
-    is_answered = ask(text);
-  if (!is_answered) {
+  // After a failure the analyser is started again.
+  if (!ask(text) && !ask(text)) {
     reason = failure.reason;
-    return cause == KeptModel::Cause::text || ask(harmless_text)
-               ? Result::text
-               : Result::system;
+    return ask(harmless_text) ? Result::text : Result::system;
   }
   Judge &judge = model_->judge();
   judge.judge(profile_, answer_);

@@ -53,6 +53,11 @@ class Answers {
   const std::string &model_id() const { return id_; }
   // How its texts were converted.
   const convert::Settings &conversion() const { return conversion_; }
+  // The fields of the rows that were its texts; empty if they were none, or
+  // not all have the same.
+  const std::vector<std::string> &row_fields() const {
+    return conversion_.text;
+  }
 
  private:
   using Clock = std::chrono::steady_clock;

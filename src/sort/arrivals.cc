@@ -79,10 +79,12 @@ void Arrivals::scan_folder(
   for (const std::string &name : names) {
     const std::string path = joined(folder, name);
     struct stat status = {};
-    if ((is_maildir && name == "tmp") ||
-        lstat(path_of(path).c_str(), &status) != 0)
+    if (is_maildir && name == "tmp")
       continue;
-    if (S_ISDIR(status.st_mode)) {
+    if (lstat(path_of(path).c_str(), &status) != 0) {
+      if (errno != ENOENT)
+        result.failures.push_back({path_of(path), "", std::strerror(errno)});
+    } else if (S_ISDIR(status.st_mode)) {
       if (depth < deepest_folder)
         scan_folder(path, depth + 1, enter, result);
       else

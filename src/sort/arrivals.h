@@ -34,7 +34,7 @@ class Arrivals {
   struct Scan {
     std::vector<Arrival> texts;       // by name, in order
     std::vector<std::string> others;  // files of other kinds, links as well
-    std::vector<Failure> failures;    // directories that cannot be read
+    std::vector<Failure> failures;    // what cannot be looked at
     // Texts, all the same, if they are as they are after the settling time.
     std::vector<Arrival> unsettled;
   };

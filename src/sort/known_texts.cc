@@ -105,26 +105,48 @@ bool append_lines(const std::string &path, const std::string &header,
   return (file && (size >= 0 || sync_path(directory_of(path)))) || fail();
 }
 
-KnownTexts::KnownTexts(const std::string &target)
-    : target_(target), path_(target + '/' + state_folder + '/' + known_name) {}
+KnownTexts::KnownTexts(const std::string &target, const std::string &name)
+    : target_(target), path_(target + '/' + state_folder + '/' + name) {}
 
-bool KnownTexts::read(Failure &failure) {
-  std::string text;
+// A file that is missing is empty.
+bool KnownTexts::read(std::string &text, Failure &failure) const {
   std::string reason;
-  lines_.clear();
-  size_ = 0;
-  if (read_file(path_, text, reason) != ReadResult::ok) {
-    failure = {path_, "", reason};
-    return presence_of(path_) == Presence::missing;
-  }
-  size_ = text.rfind('\n') + 1;  // a torn line does not count
-  for_each_line(text,
-                [&](std::string_view line) { lines_.insert(hash_of(line)); });
+  text.clear();
+  if (read_file(path_, text, reason) == ReadResult::ok)
+    return true;
+  failure = {path_, "", reason};
+  return presence_of(path_) == Presence::missing;
+}
+
+bool KnownTexts::for_each(const Visit &visit, Failure &failure) const {
+  std::string text;
+  if (!read(text, failure))
+    return false;
+  for_each_line(text, [&](std::string_view line) {
+    const auto fields = importing::fields_of(line);
+    std::string path;
+    Identity identity;
+    const auto read_number = [](std::string_view field, auto &number) {
+      return std::from_chars(field.data(), field.data() + field.size(), number)
+                 .ec == std::errc();
+    };
+    if (fields.size() == 3 && read_number(fields[0], identity.size) &&
+        read_number(fields[1], identity.modified) &&
+        keeping::unescape(fields[2], path))
+      visit(path, identity);
+  });
   return true;
 }
 
 bool KnownTexts::open(Failure &failure) {
-  return read(failure) && (size_ <= small_size || clean(failure));
+  std::string text;
+  lines_.clear();
+  if (!read(text, failure))
+    return false;
+  size_ = text.rfind('\n') + 1;  // a torn line does not count
+  for_each_line(text,
+                [&](std::string_view line) { lines_.insert(hash_of(line)); });
+  return size_ <= small_size || clean(failure);
 }
 
 bool KnownTexts::has(const std::string &path, const Identity &identity) const {
@@ -151,25 +173,22 @@ bool KnownTexts::save(Failure &failure) {
 }
 
 bool KnownTexts::clean(Failure &failure) {
-  std::string text;
-  std::string reason;
-  if (read_file(path_, text, reason) != ReadResult::ok) {
-    failure = {path_, "", reason};
-    return presence_of(path_) == Presence::missing;
-  }
   const std::string next = path_ + ".new";
   OutputFile file;
   file.open(next, OutputFile::Mode::truncate);
   lines_.clear();
-  for_each_line(text, [&](std::string_view line) {
-    const auto fields = importing::fields_of(line);
-    std::string path;
-    Identity now;
-    if (fields.size() == 3 && keeping::unescape(fields[2], path) &&
-        identify(path.starts_with('/') ? path : target_ + '/' + path, now) &&
-        line == line_of(path, now) && lines_.insert(hash_of(line)).second)
-      file << line << '\n';
-  });
+  const bool is_read = for_each(
+      [&](const std::string &path, const Identity &identity) {
+        Identity now;
+        const std::string line = line_of(path, identity);
+        if (identify(path.starts_with('/') ? path : target_ + '/' + path,
+                     now) &&
+            line == line_of(path, now) && lines_.insert(hash_of(line)).second)
+          file << line << '\n';
+      },
+      failure);
+  if (!is_read)
+    return false;
   const bool is_written = file.sync_to_disk();
   file.close();
   if (!is_written || rename(next.c_str(), path_.c_str()) != 0 ||

@@ -1,10 +1,10 @@
 // Texts that need nothing more: those that stand where they were brought, and,
 // where they are copied or linked, those from which that was done.
 //
-// A file in the state folder, with a line for each: size in bytes, time of the
-// last change in nanoseconds, and path; that of a text in the target directory
-// is relative. A line that is not true any more does no harm, and from time to
-// time they are left out.
+// A file in the state folder of a target directory, with a line for each: size
+// in bytes, time of the last change in nanoseconds, and path; that of a text in
+// the target directory is relative. A line that is not true any more does no
+// harm, and from time to time they are left out.
 #ifndef VEK_SORT_KNOWN_TEXTS_H_
 #define VEK_SORT_KNOWN_TEXTS_H_
 
@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -20,12 +21,14 @@
 
 namespace vek::sorting {
 
+// The file of texts as they were brought, and that of those that were learnt.
 inline constexpr char known_name[] = "known";
+inline constexpr char learnt_name[] = "learnt";
 
 class KnownTexts {
  public:
   // `target` is what relative paths are seen from.
-  explicit KnownTexts(const std::string &target);
+  KnownTexts(const std::string &target, const std::string &name);
 
   bool open(Failure &failure);
   bool has(const std::string &path, const Identity &identity) const;
@@ -35,8 +38,12 @@ class KnownTexts {
   // Writes the file anew, with all lines that are true.
   bool clean(Failure &failure);
 
+  // Calls `visit` with each line of the file: path, size and time.
+  using Visit = std::function<void(const std::string &path, const Identity &)>;
+  bool for_each(const Visit &visit, Failure &failure) const;
+
  private:
-  bool read(Failure &failure);
+  bool read(std::string &text, Failure &failure) const;
 
   const std::string target_;
   const std::string path_;

@@ -17,13 +17,17 @@
 #include "base/command_line.h"
 #include "base/helpers.h"
 #include "data/names.h"
+#include "params/resources.h"
 #include "sort/answers.h"
 #include "sort/arrivals.h"
 #include "sort/folders.h"
+#include "sort/learn.h"
 #include "sort/locking.h"
 #include "sort/signals.h"
 #include "sort/sorter.h"
+#include "sort/stream.h"
 #include "sort/target.h"
+#include "sort/text_reader.h"
 #include "sort/watch.h"
 
 namespace {
@@ -51,6 +55,9 @@ struct Arguments {
   std::uint32_t patience = 0;
   bool is_watching = false;
   bool is_quiet = false;
+  bool is_stream = false;
+  std::string lesson;  // directory to learn from
+  StreamFields fields;
 
   std::chrono::seconds wait() const { return std::chrono::seconds(patience); }
 };
@@ -79,6 +86,18 @@ void add_options(CLI::App &app, Arguments &arguments) {
                  "seconds to wait for what another process is using (0)");
   app.add_flag("--watch", arguments.is_watching,
                "sort texts as they come in, until a signal ends it");
+  app.add_flag("--stream", arguments.is_stream,
+               "answer JSON lines on standard input with JSON lines");
+  app.add_option("-t,--text", arguments.fields.text,
+                 "fields of such a line with the text")
+      ->delimiter(',')
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->allow_extra_args(false);
+  app.add_option("-i,--id", arguments.fields.id,
+                 "field that the answer repeats (id)");
+  app.add_option("--learn", arguments.lesson,
+                 "add what people have put right in this directory to the "
+                 "training list");
   app.add_flag("-q,--quiet", arguments.is_quiet, "no progress, no summary");
 }
 
@@ -103,6 +122,23 @@ bool make_whole(std::string &path, Failure &failure) {
   return !error;
 }
 
+// Which arguments there have to be.
+std::string fault_of(const Arguments &arguments) {
+  if (arguments.model.empty())
+    return "the directory of a model is needed";
+  if (arguments.is_stream || !arguments.lesson.empty()) {
+    if (arguments.is_stream && !arguments.lesson.empty())
+      return "--stream and --learn exclude each other";
+    return arguments.incoming.empty()
+               ? ""
+               : "one directory is enough for --stream and --learn";
+  }
+  if (arguments.incoming.empty())
+    return "a directory into which texts come is needed";
+  return arguments.target.empty() ? "--to is needed: a directory to sort into"
+                                  : "";
+}
+
 bool check_directories(Arguments &arguments, Failure &failure) {
   if (!vek::is_directory(arguments.incoming)) {
     failure = {arguments.incoming, "", std::strerror(errno)};
@@ -125,13 +161,15 @@ bool check_directories(Arguments &arguments, Failure &failure) {
 // A pass over all that is there. What has just been written is waited for, but
 // not what is being written for longer.
 bool sort_all(const Arrivals &arrivals, Sorter &sorter, int signals,
-              bool is_quiet, bool &is_whole, Failure &failure) {
+              bool is_quiet, bool &is_whole, bool &has_failed,
+              Failure &failure) {
   const Arrivals::Scan found = arrivals.scan();
   for (const Failure &one : found.failures)
     fail(one);
   for (const std::string &other : found.others)
     fail({arrivals.path_of(other), "", "no regular file"});
-  is_whole = found.others.empty() && found.failures.empty();
+  is_whole = found.others.empty();
+  has_failed = !found.failures.empty();
   const auto shown =
       is_quiet ? ProgressLine::Shown::never : ProgressLine::Shown::on_terminal;
   ProgressLine progress(program, shown,
@@ -156,10 +194,6 @@ bool sort_all(const Arrivals &arrivals, Sorter &sorter, int signals,
 
 int sort(Arguments &arguments) {
   Failure failure;
-  if (arguments.target.empty()) {
-    vek::report(program, "--to is needed: a directory to sort into");
-    return vek::exit_usage;
-  }
   if (!check_directories(arguments, failure))
     return fail(failure);
   const int signals = watch_signals(arguments.is_watching);
@@ -192,14 +226,16 @@ int sort(Arguments &arguments) {
   Sorter sorter(answers, target, arrivals, arguments.mode,
                 [](const Failure &one) { fail(one); });
   bool is_whole = true;
-  const bool is_done = arguments.is_watching
-                           ? watch({answers, target, arrivals, sorter,
-                                    [](const std::string &message) {
-                                      vek::report(program, escaped(message));
-                                    }},
-                                   signals, failure)
-                           : sort_all(arrivals, sorter, signals,
-                                      arguments.is_quiet, is_whole, failure);
+  bool has_failed = false;
+  const bool is_done =
+      arguments.is_watching
+          ? watch({answers, target, arrivals, sorter,
+                   [](const std::string &message) {
+                     vek::report(program, escaped(message));
+                   }},
+                  signals, failure)
+          : sort_all(arrivals, sorter, signals, arguments.is_quiet, is_whole,
+                     has_failed, failure);
   if (!is_done)
     return fail(failure);
   const Counts &counts = sorter.counts();
@@ -214,9 +250,66 @@ int sort(Arguments &arguments) {
     std::cout.flush();
     end_by(stop_signal());
   }
-  return counts.nr_failed > 0                  ? exit_failed
+  return counts.nr_failed > 0 || has_failed    ? exit_failed
          : counts.nr_rejected > 0 || !is_whole ? exit_rejected
                                                : exit_good;
+}
+
+int stream(const Arguments &arguments) {
+  std::ios::sync_with_stdio(false);
+  Failure failure;
+  Answers answers(arguments.model);
+  const Locked locked = answers.open(arguments.wait(), failure);
+  if (locked != Locked::yes)
+    return fail(locked, failure);
+  std::size_t nr_rejected = 0;
+  if (!answer_stream(answers, arguments.fields, std::cout, nr_rejected,
+                     failure))
+    return fail(failure);
+  return nr_rejected > 0 ? exit_rejected : exit_good;
+}
+
+// What the lists of a model that can learn are made for.
+bool check_model(const std::string &directory, Failure &failure) {
+  vek::Params params;
+  if (!vek::read_resources(directory, "", params, failure))
+    return false;
+  failure = {directory, "", ""};
+  if (vek::presence_of(directory + "/manifest.json") == vek::Presence::there) {
+    failure.reason = "a packed model has no training list to add to";
+  } else if (params.file_directory != "files") {
+    failure.reason = "its texts are not in `files`, where they would be added";
+  }
+  return failure.reason.empty();
+}
+
+int learn_corrections(Arguments &arguments) {
+  Failure failure;
+  if (!vek::is_directory(arguments.lesson))
+    return fail({arguments.lesson, "", std::strerror(errno)});
+  vek::convert::Settings conversion;
+  if (!make_whole(arguments.lesson, failure) ||
+      !check_model(arguments.model, failure) ||
+      !read_conversion(arguments.model, conversion, failure))
+    return fail(failure);
+  DirectoryLock lock;
+  const Locked locked =
+      take_lock(lock, arguments.model, DirectoryLock::Mode::exclusive,
+                arguments.wait(), failure);
+  if (locked != Locked::yes)
+    return fail(locked, failure);
+  lock.release();  // whoever opens it takes one
+  Learnt learnt;
+  if (!learn(
+          arguments.lesson, arguments.model, conversion,
+          [](const Failure &one) { fail(one); }, learnt, failure))
+    return fail(failure);
+  if (!arguments.is_quiet) {
+    std::cout << learnt.nr_new << " new training documents, "
+              << learnt.nr_changed << " in other classes, " << learnt.nr_left
+              << " left out\n";
+  }
+  return learnt.nr_left > 0 ? exit_rejected : exit_good;
 }
 
 }  // namespace
@@ -231,11 +324,17 @@ int main(int nr_arguments, char **arguments) {
       "process is using a directory");
   if (const std::optional<int> status = line.parse(nr_arguments, arguments))
     return *status;
+  if (const std::string fault = fault_of(values); !fault.empty()) {
+    vek::report(program, fault);
+    return vek::exit_usage;
+  }
   // A file that may not grow shall show as a failed write, like a full disk.
   std::signal(SIGXFSZ, SIG_IGN);
   std::signal(SIGPIPE, SIG_IGN);
   try {
-    return sort(values);
+    if (!values.lesson.empty())
+      return learn_corrections(values);
+    return values.is_stream ? stream(values) : sort(values);
   } catch (const std::bad_alloc &) {
     vek::report(program, "out of memory");
     return exit_failed;

@@ -302,11 +302,15 @@ void Placing::place(Unsynced &directories) {
 }
 
 void Placing::remove_source(Unsynced &directories) {
-  Identity now;
   if (state_ != State::done || mode_ != Mode::move || is_renamed_ ||
-      places_.empty() || !identify(source_, now) || now != identity_)
+      places_.empty())
     return;
-  if (unlink(source_.c_str()) == 0)
+  Identity now;
+  const bool is_there = identify(source_, now);
+  // What was written to it meanwhile is another text.
+  if (is_there && now != identity_)
+    return;
+  if (is_there && unlink(source_.c_str()) == 0)
     directories.add(directory_of(source_));
   else if (errno != ENOENT)
     fail(source_);

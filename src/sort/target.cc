@@ -83,7 +83,7 @@ Target::Target(std::string path, std::string log, Mode mode)
     : path_(std::move(path)),
       log_(std::move(log)),
       mode_(mode),
-      known_(path_) {}
+      known_(path_, known_name) {}
 
 std::string Target::path_of(std::string_view file) const {
   return path_ + '/' + std::string(file);
@@ -91,6 +91,10 @@ std::string Target::path_of(std::string_view file) const {
 
 std::string Target::state_path() const {
   return path_of(state_folder);
+}
+
+std::string Target::journal_path() const {
+  return state_path() + '/' + journal_name;
 }
 
 bool Target::make(Failure &failure) {
@@ -127,7 +131,7 @@ bool Target::write_journal(const std::vector<Delivery> &batch,
       text += '\t' + escaped(place);
     text += '\n';
   }
-  const std::string path = state_path() + '/' + journal_name;
+  const std::string path = journal_path();
   const bool is_new = presence_of(path) != Presence::there;
   OutputFile file;
   file.open(path, OutputFile::Mode::truncate);
@@ -145,7 +149,7 @@ bool Target::read_journal(Mode &mode, std::vector<Delivery> &batch,
                           LogEnd &end) const {
   std::string text;
   constexpr std::size_t sum_size = 17;
-  if (read_file(state_path() + '/' + journal_name, text) != ReadResult::ok ||
+  if (read_file(journal_path(), text) != ReadResult::ok ||
       text.size() <= sum_size)
     return false;
   const std::string sum = text.substr(text.size() - sum_size);
@@ -170,6 +174,18 @@ bool Target::read_journal(Mode &mode, std::vector<Delivery> &batch,
     }
   }
   return true;
+}
+
+std::set<std::string> Target::places_in_hand() const {
+  Mode mode = mode_;
+  std::vector<Delivery> batch;
+  LogEnd end;
+  std::set<std::string> places;
+  if (read_journal(mode, batch, end)) {
+    for (const Delivery &delivery : batch)
+      places.insert(delivery.places.begin(), delivery.places.end());
+  }
+  return places;
 }
 
 bool Target::open(Failure &failure) {
@@ -217,8 +233,15 @@ bool Target::complete(Mode mode, std::vector<Delivery> &batch,
         batch[i].state == Placing::State::gone)
       batch[i].state = Placing::State::done;
   }
-  return directories.sync(failure) && write_log(batch, end, failure) &&
-         add_known(mode, batch, failure);
+  if (!directories.sync(failure) || !write_log(batch, end, failure) ||
+      !add_known(mode, batch, failure))
+    return false;
+  // Should that not reach the disk, nothing happens that is not done already.
+  const std::string journal = journal_path();
+  if (truncate(journal.c_str(), 0) == 0)
+    return true;
+  failure = {journal, "", std::strerror(errno)};
+  return false;
 }
 
 bool Target::write_log(const std::vector<Delivery> &batch, const LogEnd &end,

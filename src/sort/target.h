@@ -13,6 +13,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -60,6 +61,10 @@ class Target {
   // begun is completed by the next open().
   bool deliver(std::vector<Delivery> &batch, Failure &failure);
 
+  // Places that the journal names: texts that stand there have been brought,
+  // even if they are not known yet.
+  std::set<std::string> places_in_hand() const;
+
   const KnownTexts &known() const { return known_; }
 
  private:
@@ -70,6 +75,7 @@ class Target {
   };
 
   std::string path_of(std::string_view file) const;
+  std::string journal_path() const;
   LogEnd find_log_end() const;
   bool write_journal(const std::vector<Delivery> &batch, const LogEnd &end,
                      Failure &failure) const;

@@ -5,6 +5,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <vector>
 
 #include "base/helpers.h"
 #include "base/input_file.h"
@@ -36,11 +37,16 @@ bool read_conversion(const std::string &model_directory,
   }
   std::optional<convert::Form> form;
   std::optional<std::string> encoding;
+  std::optional<std::vector<std::string>> fields;
   for (const auto &[name, source] : sources) {
     settings.filters.insert(settings.filters.end(), source.filters.begin(),
                             source.filters.end());
-    if (convert::has_many_documents(source.form))
+    if (convert::has_many_documents(source.form)) {
+      fields = fields.value_or(source.text) == source.text
+                   ? source.text
+                   : std::vector<std::string>();
       continue;
+    }
     form = form.value_or(source.form) == source.form ? source.form
                                                      : convert::Form::unknown;
     encoding = encoding.value_or(source.encoding) == source.encoding
@@ -49,7 +55,14 @@ bool read_conversion(const std::string &model_directory,
   }
   settings.form = form.value_or(convert::Form::unknown);
   settings.encoding = encoding.value_or("");
+  settings.text = fields.value_or(std::vector<std::string>());
   return true;
+}
+
+std::string fault_of_text(std::string_view text) {
+  return text.find_first_not_of(" \t\r\n\f\v") == std::string_view::npos
+             ? "empty"
+             : "";
 }
 
 TextReader::Result TextReader::read(const std::string &path, bool is_mail,
@@ -76,12 +89,9 @@ TextReader::Result TextReader::read(const std::string &path, bool is_mail,
            : is_of_system && is_system_failure() ? Result::system
                                                  : Result::refused;
   }
-  if (text_.find_first_not_of(" \t\r\n\f\v") == std::string::npos) {
-    reason = "empty";
-    return Result::refused;
-  }
   text.swap(text_);
-  return Result::read;
+  reason = fault_of_text(text);
+  return reason.empty() ? Result::read : Result::refused;
 }
 
 void TextReader::take(convert::Record &record) {

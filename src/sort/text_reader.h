@@ -3,6 +3,7 @@
 #define VEK_SORT_TEXT_READER_H_
 
 #include <string>
+#include <string_view>
 
 #include "base/failure.h"
 #include "convert/record.h"
@@ -12,10 +13,13 @@ namespace vek::sorting {
 
 // How a model's import converted its texts. Of several sources all filters
 // count, and what else all have in common; a source of rows tells nothing of
-// files. Without an import it is by the name of each file. False if the file is
-// damaged.
+// files but has the fields with the text. Without an import it is by the name
+// of each file. False if the file is damaged.
 bool read_conversion(const std::string &model_directory,
                      convert::Settings &settings, Failure &failure);
+
+// Why a text in UTF-8 has no answer, whatever the model; empty if it may have.
+std::string fault_of_text(std::string_view text);
 
 class TextReader : private convert::Sink {
  public:
