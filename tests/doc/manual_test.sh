@@ -3,7 +3,7 @@
 # completions offer and what the programs take are the same.
 #
 #   manual_test.sh DOC-DIRECTORY VEK VEK-ANALYSE VEK-CHECK VEK-DATA VEK-IMPORT
-#     VEK-REPORT VEK-TUNE
+#     VEK-REPORT VEK-TUNE VEK-SORT
 set -eu
 export LC_ALL=C
 doc=$(realpath "$1")
@@ -14,6 +14,7 @@ data=$(realpath "$5")
 import=$(realpath "$6")
 report=$(realpath "$7")
 tune=$(realpath "$8")
+sort=$(realpath "$9")
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -53,7 +54,7 @@ compare() { # NAME OF WHAT
   diff wanted found >difference || fail "$1: $(cat difference)"
 }
 
-for program in "$vek" "$analyse" "$check" "$data" "$import" "$report" "$tune"; do
+for program in "$vek" "$analyse" "$check" "$data" "$import" "$report" "$tune" "$sort"; do
   name=$(basename "$program")
   options_of_help "$program" | sort -u >wanted
   [ "$(wc -l <wanted)" -ge 6 ] || fail "$name -h: no options found"
