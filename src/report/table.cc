@@ -60,22 +60,6 @@ std::string real_text(double value, bool is_exact) {
   return text;
 }
 
-std::string reader_text(const Cell &cell) {
-  if (const auto *name_P = std::get_if<std::string>(&cell))
-    return shown_name(*name_P);
-  if (const auto *names_P = std::get_if<Names>(&cell))
-    return names_P->empty() ? "-" : joined(*names_P);
-  if (const auto *count_P = std::get_if<std::uint64_t>(&cell))
-    return std::to_string(*count_P);
-  if (const auto *real_P = std::get_if<double>(&cell))
-    return real_text(*real_P, false);
-  if (const auto *digits_P = std::get_if<Digits>(&cell))
-    return digits_P->text;
-  if (const auto *share_P = std::get_if<Share>(&cell))
-    return formatted("%.2f%%", share_P->value * 100);
-  return "-";
-}
-
 // Numbers as exactly as the machine has them.
 std::string machine_text(const Cell &cell) {
   if (const auto *share_P = std::get_if<Share>(&cell))
@@ -229,6 +213,22 @@ std::string shown_name(std::string_view name) {
     name.remove_prefix(size);
   }
   return text;
+}
+
+std::string reader_text(const Cell &cell) {
+  if (const auto *name_P = std::get_if<std::string>(&cell))
+    return shown_name(*name_P);
+  if (const auto *names_P = std::get_if<Names>(&cell))
+    return names_P->empty() ? "-" : joined(*names_P);
+  if (const auto *count_P = std::get_if<std::uint64_t>(&cell))
+    return std::to_string(*count_P);
+  if (const auto *real_P = std::get_if<double>(&cell))
+    return real_text(*real_P, false);
+  if (const auto *digits_P = std::get_if<Digits>(&cell))
+    return digits_P->text;
+  if (const auto *share_P = std::get_if<Share>(&cell))
+    return formatted("%.2f%%", share_P->value * 100);
+  return "-";
 }
 
 void print_aligned(const std::vector<Table> &tables, std::ostream &out) {

@@ -46,6 +46,7 @@ struct Table {
 };
 
 std::string shown_name(std::string_view name);
+std::string reader_text(const Cell &cell);
 
 void print_aligned(const std::vector<Table> &tables, std::ostream &out);
 // By RFC 4180, with plain line ends; a list of names is separated by blanks.
