@@ -14,6 +14,7 @@
 #include "intake/lists.h"
 #include "intake/textfile.h"
 #include "params/resources.h"
+#include "store/directorylock.h"
 
 namespace vek {
 namespace {
@@ -52,6 +53,13 @@ bool KeptModel::open(const Place &place, Failure &failure) {
   if (!place.data_directory.empty())
     params_.data_directory = place.data_directory;
   data_directory_ = path_from(directory_, params_.data_directory);
+  DirectoryLock lock;
+  if (lock.take(data_directory_, DirectoryLock::Mode::shared) ==
+      DirectoryLock::Outcome::held) {
+    failure = {data_directory_, "", "a run is using it"};
+    return false;
+  }
+  // Where it cannot be locked, the model says why, or there are no locks.
   if (!model_.open(data_directory_, failure) ||
       !model_.read_classes(classifier(), failure)) {
     return false;
@@ -68,6 +76,14 @@ bool KeptModel::open(const Place &place, Failure &failure) {
 std::string KeptModel::text_path(const std::string &name) const {
   return Path(path_from(directory_, params_.file_directory), name,
               document_suffix);
+}
+
+std::string KeptModel::stored_name(const std::string &name) const {
+  if (model_.documents().contains(name))
+    return name;
+  std::string stripped;
+  strip_suffix(stripped, name, document_suffix);
+  return model_.documents().contains(stripped) ? stripped : "";
 }
 
 bool KeptModel::profile(std::string_view analysis, DocProfile &profile,

@@ -48,8 +48,8 @@ class KeptModel {
 
   // Reads parameters, vocabulary, classes, weights and judging, as `vek -p`
   // without examples has them. To be called once. False if the resource file
-  // has an error, if there is no model, or if it is damaged or of another
-  // classifier.
+  // has an error, if a run is using the data directory, if there is no model,
+  // or if it is damaged or of another classifier.
   bool open(const Place &place, Failure &failure);
 
   const Params &params() const { return params_; }
@@ -61,6 +61,10 @@ class KeptModel {
   // The data directory, and the file of a document, as seen from here.
   const std::string &data_directory() const { return data_directory_; }
   std::string text_path(const std::string &name) const;
+
+  // The name under which a document is stored: that one, or without the ending
+  // with which it stands in a rank file. Empty if it is not stored.
+  std::string stored_name(const std::string &name) const;
 
   // Sets `profile` to that of a text, given its analysis. What the vocabulary
   // lacks is there as well, because a product has a factor for it: with ids
