@@ -90,6 +90,23 @@ TEST_F(SortTest, TakesTextsOfAnyName) {
   EXPECT_EQ(read_text("to/home/x-3"), "bread gas");
 }
 
+TEST_F(SortTest, ConvertsAsTheImportDid) {
+  write_text("import.json",
+             R"({"version":1,"test":"0.3","share":0.3,"sources":{)"
+             R"("/a":{"filters":["rot=tr a-z n-za-m"]},)"
+             R"("/b.csv":{"form":"csv","text":["title","body"]}}})");
+  write_text("in/x.rot", "enpr ovplpyr");
+  write_text("in/x.eml", "Subject: bread\n\ngas\n");
+  EXPECT_EQ(sort().status, 0);
+  EXPECT_EQ(names_in("to"), "home/x.eml sport/x.rot");
+  write_text("lines", R"({"body":"race","title":"bicycle"})");
+  const Outcome outcome = sort("--stream . <lines");
+  EXPECT_NE(outcome.output.find("sport"), std::string::npos) << outcome.output;
+  write_text("import.json", "{\"version\":2}");
+  EXPECT_EQ(sort().errors,
+            "vek-sort: ./import.json: no settings of this version\n");
+}
+
 // Each text gets both classes here.
 class SortBothTest : public SortTest {
  protected:
