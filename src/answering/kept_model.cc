@@ -15,6 +15,7 @@
 #include "intake/lists.h"
 #include "intake/textfile.h"
 #include "params/resources.h"
+#include "store/directorylock.h"
 
 namespace vek {
 namespace {
@@ -53,6 +54,13 @@ bool KeptModel::open(const Place &place, Failure &failure) {
   if (!place.data_directory.empty())
     params_.data_directory = place.data_directory;
   data_directory_ = path_from(directory_, params_.data_directory);
+  DirectoryLock lock;
+  if (lock.take(data_directory_, DirectoryLock::Mode::shared) ==
+      DirectoryLock::Outcome::held) {
+    failure = {data_directory_, "", "a run is using it"};
+    return false;
+  }
+  // Where it cannot be locked, the model says why, or there are no locks.
   if (!model_.open(data_directory_, failure) ||
       !model_.read_classes(classifier(), failure)) {
     return false;
