@@ -270,7 +270,7 @@ bool sum_file(const std::string &path, std::optional<std::uint64_t> size,
   const int fd = open_input(path, failure.reason);
   if (fd < 0)
     return false;
-  sha256_ctx sum;
+  sha256_ctx sum = {};
   sha256_init(&sum);
   std::vector<unsigned char> piece(piece_size);
   file.size = 0;
