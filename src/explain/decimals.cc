@@ -5,7 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
-#include <vector>
+#include <string_view>
 
 namespace vek::explaining {
 namespace {
@@ -17,14 +17,19 @@ constexpr int least_decimals = 4;
 // So that parts are told apart also below a total of few digits.
 constexpr int least_exact_decimals = 15;
 
-int decimals_of_shortest(double value) {
-  std::vector<char> digits(2 * room_before + 100);
-  const auto result =
-      std::to_chars(digits.data(), digits.data() + digits.size(), value,
-                    std::chars_format::fixed);
-  const char *const point_P = std::find(digits.data(), result.ptr, '.');
-  return static_cast<int>(
-      std::max(result.ptr - point_P - 1, std::ptrdiff_t{0}));
+std::string shortest(double value) {
+  std::string text(2 * room_before + 100, '\0');
+  const auto result = std::to_chars(text.data(), text.data() + text.size(),
+                                    value, std::chars_format::fixed);
+  text.resize(static_cast<std::size_t>(result.ptr - text.data()));
+  return text;
+}
+
+int decimals_in(std::string_view text) {
+  const std::size_t point = text.find('.');
+  return point == std::string_view::npos
+             ? 0
+             : static_cast<int>(text.size() - point - 1);
 }
 
 int decimals_for_reader(double value) {
@@ -42,7 +47,7 @@ Column::Column(double total, Precision precision)
       nr_decimals_(
           !std::isfinite(total) ? readable_digits
           : precision == Precision::exact
-              ? std::max(decimals_of_shortest(total), least_exact_decimals)
+              ? std::max(decimals_in(shortest(total)), least_exact_decimals)
               : decimals_for_reader(total)) {}
 
 std::string Column::text(double value) const {
@@ -50,11 +55,19 @@ std::string Column::text(double value) const {
     return "nan";
   if (std::isinf(value))
     return value < 0.0 ? "-inf" : "inf";
-  std::string text(room_before + static_cast<std::size_t>(nr_decimals_), '\0');
-  const auto result =
-      std::to_chars(text.data(), text.data() + text.size(), value,
-                    std::chars_format::fixed, nr_decimals_);
-  text.resize(static_cast<std::size_t>(result.ptr - text.data()));
+  std::string text = shortest(value);
+  const int nr_own = decimals_in(text);
+  if (nr_own <= nr_decimals_) {
+    // Zeros, and not the digits by which the text differs from the double.
+    if (nr_own == 0 && nr_decimals_ > 0)
+      text += '.';
+    text.append(static_cast<std::size_t>(nr_decimals_ - nr_own), '0');
+  } else {
+    const auto result =
+        std::to_chars(text.data(), text.data() + text.size(), value,
+                      std::chars_format::fixed, nr_decimals_);
+    text.resize(static_cast<std::size_t>(result.ptr - text.data()));
+  }
   const bool is_zero = text.find_first_not_of("-0.") == std::string::npos;
   if (is_zero && text.starts_with('-'))
     text.erase(0, 1);

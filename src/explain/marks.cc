@@ -81,8 +81,10 @@ bool find_terms(KeptModel &model, const std::string &word, ScratchFile &file,
   if (model.params().analyser.empty()) {
     if (!model.profile(word, profile, failure))
       return false;
-  } else if (!file.write(word, failure) ||
-             !model.profile_file(file.path(), profile, failure, cause)) {
+  } else if (!file.write(word, failure)) {
+    return false;
+  } else if (!model.profile_file(file.path(), profile, failure, cause)) {
+    failure.file = "the word `" + word + "'";
     return false;
   }
   const TermTable &known = model.model().terms();

@@ -30,8 +30,14 @@ std::string element(const std::string &tag, const std::string &content) {
 
 std::string html_table(const Table &table, const std::string &caption) {
   std::string head;
-  for (const std::string &column : table.columns)
-    head += element("th scope=\"col\"", heading(column));
+  for (std::size_t i = 0; i < table.columns.size(); ++i) {
+    const bool is_text =
+        table.rows.empty() ||
+        std::holds_alternative<std::string>(table.rows.front()[i]);
+    head += element(
+        is_text ? "th scope=\"col\"" : "th scope=\"col\" class=\"number\"",
+        heading(table.columns[i]));
+  }
   std::string body;
   const std::size_t nr_shown = std::min(table.nr_shown, table.rows.size());
   for (std::size_t row = 0; row < nr_shown; ++row) {
