@@ -45,12 +45,7 @@ Cell cell_of(const std::optional<WeightType> &value) {
 
 // Names in tables are shown, and their control characters told.
 void print_table(Table table, std::ostream &out) {
-  for (std::vector<Cell> &row : table.rows) {
-    for (Cell &cell : row) {
-      if (auto *name_P = std::get_if<std::string>(&cell))
-        *name_P = escaped(*name_P);
-    }
-  }
+  reporting::escape_names(table, escaped);
   reporting::print_aligned({std::move(table)}, out);
 }
 

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "answering/kept_model.h"
+#include "answering/scratch_file.h"
 #include "base/command_line.h"
 #include "base/helpers.h"
 #include "base/input_file.h"
@@ -18,7 +19,6 @@
 #include "explain/explanation.h"
 #include "explain/marks.h"
 #include "explain/page.h"
-#include "explain/scratch_file.h"
 #include "report/page_frame.h"
 
 namespace {
@@ -121,12 +121,12 @@ bool find_parts(Explanation &explanation, Account &account, Failure &failure) {
     return explanation.find_shares(data, part.shares.emplace_back(), failure);
   };
   if (account.asked_P != nullptr) {
-    Account::Part &part =
-        account.parts.emplace_back(explanation.step_to(*account.asked_P));
-    return add_shares(part, *account.asked_P);
+    account.parts.push_back({explanation.step_to(*account.asked_P), {}});
+    return add_shares(account.parts.back(), *account.asked_P);
   }
   for (Step &step : explanation.steps_on_way()) {
-    Account::Part &part = account.parts.emplace_back(std::move(step));
+    account.parts.push_back({std::move(step), {}});
+    Account::Part &part = account.parts.back();
     for (const SonScore &son : part.step.sons) {
       if (son.is_on_way && !add_shares(part, *son.class_P))
         return false;

@@ -7,7 +7,7 @@
 #include <set>
 #include <utility>
 
-#include "explain/scratch_file.h"
+#include "answering/scratch_file.h"
 
 namespace vek::explaining {
 namespace {

@@ -231,6 +231,19 @@ std::string reader_text(const Cell &cell) {
   return "-";
 }
 
+void escape_names(Table &table, std::string (*escape)(std::string_view)) {
+  for (std::vector<Cell> &row : table.rows) {
+    for (Cell &cell : row) {
+      if (auto *name_P = std::get_if<std::string>(&cell))
+        *name_P = escape(*name_P);
+      if (auto *names_P = std::get_if<Names>(&cell)) {
+        for (std::string &name : *names_P)
+          name = escape(name);
+      }
+    }
+  }
+}
+
 void print_aligned(const std::vector<Table> &tables, std::ostream &out) {
   for (const Table &table : tables) {
     if (&table != &tables.front())

@@ -48,6 +48,9 @@ struct Table {
 std::string shown_name(std::string_view name);
 std::string reader_text(const Cell &cell);
 
+// Puts `escape(name)` in the place of each name.
+void escape_names(Table &table, std::string (*escape)(std::string_view));
+
 void print_aligned(const std::vector<Table> &tables, std::ostream &out);
 // By RFC 4180, with plain line ends; a list of names is separated by blanks.
 void print_csv(const Table &table, std::ostream &out);

@@ -1,4 +1,4 @@
-#include "explain/scratch_file.h"
+#include "answering/scratch_file.h"
 
 #include <fcntl.h>
 #include <stdlib.h>
@@ -11,7 +11,7 @@
 #include "base/helpers.h"
 #include "intake/lists.h"
 
-namespace vek::explaining {
+namespace vek {
 
 ScratchFile::~ScratchFile() {
   if (descriptor_ < 0)
@@ -23,7 +23,7 @@ ScratchFile::~ScratchFile() {
 bool ScratchFile::write(std::string_view text, Failure &failure) {
   if (descriptor_ < 0) {
     std::error_code error;
-    path_ = std::filesystem::temp_directory_path(error) / "vek-explain-XXXXXX";
+    path_ = std::filesystem::temp_directory_path(error) / "vek-XXXXXX";
     path_ += document_suffix;
     descriptor_ =
         mkostemps(path_.data(), int{sizeof document_suffix} - 1, O_CLOEXEC);
@@ -44,4 +44,4 @@ bool ScratchFile::write(std::string_view text, Failure &failure) {
   return is_good;
 }
 
-}  // namespace vek::explaining
+}  // namespace vek

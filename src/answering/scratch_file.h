@@ -1,13 +1,13 @@
 // A file with a text that an analyser is to read, gone with this object.
-#ifndef VEK_EXPLAIN_SCRATCH_FILE_H_
-#define VEK_EXPLAIN_SCRATCH_FILE_H_
+#ifndef VEK_ANSWERING_SCRATCH_FILE_H_
+#define VEK_ANSWERING_SCRATCH_FILE_H_
 
 #include <string>
 #include <string_view>
 
 #include "base/failure.h"
 
-namespace vek::explaining {
+namespace vek {
 
 class ScratchFile {
  public:
@@ -29,6 +29,6 @@ class ScratchFile {
   int descriptor_ = -1;
 };
 
-}  // namespace vek::explaining
+}  // namespace vek
 
-#endif  // VEK_EXPLAIN_SCRATCH_FILE_H_
+#endif  // VEK_ANSWERING_SCRATCH_FILE_H_
