@@ -79,6 +79,14 @@ std::string KeptModel::text_path(const std::string &name) const {
               document_suffix);
 }
 
+std::string KeptModel::stored_name(const std::string &name) const {
+  if (model_.documents().contains(name))
+    return name;
+  std::string stripped;
+  strip_suffix(stripped, name, document_suffix);
+  return model_.documents().contains(stripped) ? stripped : "";
+}
+
 bool KeptModel::profile(std::string_view analysis, DocProfile &profile,
                         Failure &failure) const {
   profile.clear();

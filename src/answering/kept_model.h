@@ -63,6 +63,10 @@ class KeptModel {
   const std::string &data_directory() const { return data_directory_; }
   std::string text_path(const std::string &name) const;
 
+  // The name under which a document is stored: that one, or without the ending
+  // with which it stands in a rank file. Empty if it is not stored.
+  std::string stored_name(const std::string &name) const;
+
   // Sets `profile` to that of a text, given its analysis. What the vocabulary
   // lacks is there as well, because a product has a factor for it: with ids
   // from model().terms().size() on, which mean nothing in another profile.

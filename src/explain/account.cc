@@ -5,6 +5,7 @@
 #include <functional>
 #include <iterator>
 #include <optional>
+#include <string_view>
 
 #include "base/textio.h"
 #include "data/names.h"
@@ -41,6 +42,11 @@ bool has_probabilities(const Account &account) {
 
 Cell cell_of(const std::optional<WeightType> &value) {
   return value ? Cell(*value) : Cell();
+}
+
+// Outside of tables, which do the second step themselves.
+std::string shown(std::string_view name) {
+  return reporting::shown_name(escaped(name));
 }
 
 // Names in tables are shown, and their control characters told.
@@ -165,8 +171,10 @@ Listing::Listing(const TermShares &shares, std::size_t nr_terms,
                  Column::Precision precision)
     : column(shares.total, precision) {
   for (const TermShare &share : shares.terms) {
-    // Also those that change nothing, as they are a part of the sum.
-    (share.favour >= 0.0 ? in_favour : against).push_back(&share);
+    if (share.favour == 0.0 && nr_terms != 0)
+      ++nr_others;
+    else
+      (share.favour < 0.0 ? against : in_favour).push_back(&share);
   }
   const auto strength = [](const TermShare *share_P) {
     return std::abs(share_P->favour);
@@ -228,23 +236,22 @@ std::string conclusion(const Account &account) {
 
 void print_text(const Account &account, std::size_t nr_terms,
                 Column::Precision precision, std::ostream &out) {
-  out << escaped(account.document) << ": "
+  out << shown(account.document) << ": "
       << (account.is_stored ? "stored" : "new") << ", " << account.nr_terms
       << " terms";
   if (account.nr_unknown > 0)
     out << ", " << account.nr_unknown << " of them unknown to the model";
   out << "; " << account.model.classifier().name << '\n'
-      << escaped(conclusion(account)) << "\n\n";
+      << shown(conclusion(account)) << "\n\n";
   for (const Account::Part &part : account.parts) {
-    out << "Below " << escaped(class_text(account, *part.step.father_P))
-        << ":\n";
+    out << "Below " << shown(class_text(account, *part.step.father_P)) << ":\n";
     print_table(step_table(account, part), out);
     for (const TermShares &shares : part.shares) {
       const Listing listing(shares, nr_terms, precision);
       out << "\nWhat makes the score " << exact(shares.total) << " of "
-          << escaped(class_text(account, *shares.class_P));
+          << shown(class_text(account, *shares.class_P));
       if (account.is_product && shares.rival_P != nullptr) {
-        out << ", against " << escaped(class_text(account, *shares.rival_P));
+        out << ", against " << shown(class_text(account, *shares.rival_P));
       }
       out << ":\n";
       print_table(share_table(account, shares, listing), out);

@@ -38,7 +38,7 @@ struct Account {
 // The terms that are listed for a class, and the column of what they do.
 struct Listing {
   // At most `nr_terms` that favour the class and as many that speak against it,
-  // the strongest first; 0: all.
+  // the strongest first; 0: all, also those that do neither.
   Listing(const TermShares &shares, std::size_t nr_terms,
           Column::Precision precision);
 

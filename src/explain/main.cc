@@ -71,10 +71,12 @@ class Subject {
 
   // Finds the profile.
   bool read(const std::string &document, Failure &failure) {
-    is_stored_ = model_.model().documents().contains(document);
+    const std::string name = model_.stored_name(document);
+    // A file comes before a name that only resembles it.
+    is_stored_ = name == document || (!name.empty() && !file_exists(document));
     if (is_stored_) {
-      text_path_ = model_.text_path(document);
-      return model_.model().read_profile(document, profile_, failure);
+      text_path_ = model_.text_path(name);
+      return model_.model().read_profile(name, profile_, failure);
     }
     text_path_ = document;
     if (document == standard_input) {

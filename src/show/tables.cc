@@ -301,16 +301,19 @@ bool add_term_tables(KeptModel &model, const std::vector<std::string> &words,
 bool add_document_tables(const KeptModel &model, const std::string &name,
                          std::vector<Table> &tables, Failure &failure) {
   DocProfile profile;
-  if (!model.model().read_profile(name, profile, failure))
+  const std::string stored = model.stored_name(name);
+  if (!model.model().read_profile(stored.empty() ? name : stored, profile,
+                                  failure)) {
     return false;
+  }
   const ClassData &top = model.model().classes().get_data(0);
   profile.weigh(top, model.params());
   Table about = record("document");
-  about.rows = {{std::string("document"), name},
+  about.rows = {{std::string("document"), stored},
                 {std::string("terms"), std::uint64_t{profile.size()}},
                 {std::string("occurrences"), wide(profile.total())},
                 {std::string("stored"),
-                 keeping::date(model.model().documents().at(name).time)}};
+                 keeping::date(model.model().documents().at(stored).time)}};
   tables.push_back(std::move(about));
   std::vector<DocProfileEntry> entries(profile.begin(), profile.end());
   std::ranges::stable_sort(entries, std::greater{}, &DocProfileEntry::weight);
