@@ -163,8 +163,7 @@ INSTANTIATE_TEST_SUITE_P(
         Change{"ForgetAfterTornIndex", "forget data a2 none", Index::torn},
         Change{"Compact", "compact data"},
         Change{"CompactWithNewerCopy", "compact data", Index::older},
-        Change{"Copy", "copy data copied"},
-        Change{"Pack", "pack . copied"}),
+        Change{"Copy", "copy data copied"}, Change{"Pack", "pack . copied"}),
     [](const auto &instance) { return std::string(instance.param.name); });
 
 // Of the directory there stays what was synced, or what chance has it.
