@@ -80,23 +80,6 @@ bool is_rows(Form form) {
          form == Form::fasttext;
 }
 
-Form form_by_name(std::string_view path) {
-  const std::string extension = extension_of(path);
-  constexpr std::pair<const char *, Form> known[] = {
-      {"csv", Form::csv},           {"tsv", Form::tsv},
-      {"tab", Form::tsv},           {"jsonl", Form::jsonl},
-      {"ndjson", Form::jsonl},      {"json", Form::jsonl},
-      {"mbox", Form::mbox},         {"mbx", Form::mbox},
-      {"eml", Form::mail},          {"html", Form::html},
-      {"htm", Form::html},          {"xhtml", Form::html},
-      {"fasttext", Form::fasttext}, {"ft", Form::fasttext}};
-  for (const auto &[name, form] : known) {
-    if (extension == name)
-      return form;
-  }
-  return Form::unknown;
-}
-
 Form form_by_content(std::string_view begin) {
   if (begin.starts_with("\xEF\xBB\xBF"))
     begin.remove_prefix(3);
@@ -296,6 +279,27 @@ class Tree {
 
 }  // namespace
 
+Form form_by_name(std::string_view path) {
+  const std::string extension = extension_of(path);
+  constexpr std::pair<const char *, Form> known[] = {
+      {"csv", Form::csv},           {"tsv", Form::tsv},
+      {"tab", Form::tsv},           {"jsonl", Form::jsonl},
+      {"ndjson", Form::jsonl},      {"json", Form::jsonl},
+      {"mbox", Form::mbox},         {"mbx", Form::mbox},
+      {"eml", Form::mail},          {"html", Form::html},
+      {"htm", Form::html},          {"xhtml", Form::html},
+      {"fasttext", Form::fasttext}, {"ft", Form::fasttext}};
+  for (const auto &[name, form] : known) {
+    if (extension == name)
+      return form;
+  }
+  return Form::unknown;
+}
+
+bool has_many_documents(Form form) {
+  return is_rows(form) || form == Form::mbox;
+}
+
 bool find_out(const std::string &path, Settings &settings, Failure &failure) {
   if (path != standard_input && is_directory(path))
     return true;
@@ -335,7 +339,7 @@ bool read_file(const FilePlace &file, const Settings &settings, bool is_mail,
   const std::string name =
       file.name.empty() ? base_name_of(file.path) : file.name;
   const bool is_filtered = !settings.filter_for(file.path).empty();
-  if (!is_filtered && (is_rows(form) || form == Form::mbox)) {
+  if (!is_filtered && has_many_documents(form)) {
     File input;
     if (const std::string reason = input.open(file.path); !reason.empty()) {
       sink.reject(file.name, reason, "");

@@ -4,6 +4,7 @@
 #define VEK_CONVERT_SOURCE_H_
 
 #include <string>
+#include <string_view>
 
 #include "base/failure.h"
 #include "convert/record.h"
@@ -19,6 +20,12 @@ inline constexpr char standard_input[] = "-";
 // form, by name and content, and the encoding of its rows. False if the form
 // cannot be told, or if the source cannot be read.
 bool find_out(const std::string &path, Settings &settings, Failure &failure);
+
+// The form of a file without a setting, by the ending of its name; unknown for
+// plain text.
+Form form_by_name(std::string_view path);
+// A file of that form has a document in each row, or message.
+bool has_many_documents(Form form);
 
 // Gives the sink all documents of a source, always in the same order. A
 // directory is a tree of folders, or a maildir; the class of a file there is

@@ -59,6 +59,34 @@ bool Staging::append_old(const char *file, OutputFile &output,
   return !old.bad();
 }
 
+// The same with the changed classes. A line begins with the name of a document,
+// and has its classes behind so many separators: to the next tab, or the end.
+bool Staging::append_changed(const char *file, char separator,
+                             std::size_t field, OutputFile &output,
+                             Failure &failure) const {
+  if (changes_.empty())
+    return append_old(file, output, failure);
+  const auto take = [&](const std::string &line, std::size_t) {
+    std::string_view name(line);
+    name = name.substr(0, name.find(separator));
+    if (name.size() > 4 && name.ends_with(".txt"))
+      name.remove_suffix(4);
+    const auto change = changes_.find(name);
+    std::size_t begin = 0;
+    for (std::size_t i = 0; i < field && begin != std::string::npos; ++i)
+      begin = line.find(separator, begin + (i > 0 ? 1 : 0));
+    if (change == changes_.end() || begin == std::string::npos) {
+      output << line << '\n';
+      return true;
+    }
+    const std::size_t end = line.find('\t', begin + 1);
+    output << line.substr(0, begin + 1) << change->second
+           << (end == std::string::npos ? "" : line.substr(end)) << '\n';
+    return true;
+  };
+  return for_each_line(directory_.path_of(file), take, failure);
+}
+
 // The lists and the table of names have the old documents and the new ones.
 bool Staging::documents(
     std::size_t nr_old,
@@ -71,8 +99,8 @@ bool Staging::documents(
     return false;
   if (!directory_.has(names_file))
     names << names_header << '\n';
-  if (!append_old(names_file, names, failure) ||
-      !append_old("train", lists[0], failure) ||
+  if (!append_changed(names_file, '\t', 2, names, failure) ||
+      !append_changed("train", ' ', 1, lists[0], failure) ||
       !append_old("test", lists[1], failure))
     return false;
   std::size_t place = nr_old;

@@ -5,7 +5,9 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/failure.h"
@@ -27,6 +29,14 @@ class Staging {
   // Both must outlive it.
   Staging(const ExamplesDirectory &directory, const Examples &examples)
       : directory_(directory), examples_(examples) {}
+
+  // Old documents that documents() is to give other classes, by name; as a list
+  // has them.
+  void change_classes(std::map<std::string, std::string, std::less<>> changes) {
+    changes_ = std::move(changes);
+  }
+
+  // Each function stages one file, or returns false and says why.
 
   // The lists and the table of names: the old lines, and new ones for the
   // documents from `nr_old` on. Those without a side go to `withdraw`, with
@@ -51,10 +61,13 @@ class Staging {
   bool begin(const char *file, OutputFile &output, Failure &failure) const;
   bool end(const char *file, OutputFile &output, Failure &failure);
   bool append_old(const char *file, OutputFile &output, Failure &failure) const;
+  bool append_changed(const char *file, char separator, std::size_t field,
+                      OutputFile &output, Failure &failure) const;
 
   const ExamplesDirectory &directory_;
   const Examples &examples_;
   std::vector<std::string> files_;
+  std::map<std::string, std::string, std::less<>> changes_;
   bool has_new_names_ = false;
 };
 

@@ -9,21 +9,16 @@
 #ifndef VEK_INTAKE_ANALYSER_H_
 #define VEK_INTAKE_ANALYSER_H_
 
-#include <sys/types.h>
-
 #include <chrono>
 #include <cstdint>
 #include <string>
+
+#include "intake/analyserprocess.h"
 
 namespace vek {
 
 class Analyser {
  public:
-  Analyser() = default;
-  ~Analyser();
-  Analyser(const Analyser &) = delete;
-  Analyser &operator=(const Analyser &) = delete;
-
   // Remembers where the document files lie, creating that directory if need
   // be, and starts the process if `command` is not empty. Ends the run on
   // failure; but a program that cannot be executed is told of at once and ends
@@ -46,29 +41,19 @@ class Analyser {
   void close();
 
  private:
-  using Clock = std::chrono::steady_clock;
-
   void start_analyser_process();
-  void send_request(const std::string &name, const std::string &path);
-  std::string receive_answer(const std::string &name);
-  void drop_stray_bytes(const std::string &name);
-  void wait_in_time(int fd, short event, const std::string &name) const;
-  int milliseconds_left(const std::string &name) const;
   [[noreturn]] void refuse_text(const std::string &name,
                                 const std::string &path,
                                 const std::string &problem) const;
   [[noreturn]] void give_up(const std::string &name, const std::string &reason,
                             int status) const;
-  [[noreturn]] void end_early(const std::string &name) const;
-  std::string how_it_ended() const;
+  [[noreturn]] void end_early(const std::string &name,
+                              const std::string &reason, int status) const;
 
   std::string command_;
   std::string file_directory_;
   std::chrono::seconds time_limit_{};
-  Clock::time_point deadline_;  // of the answer in hand, if there is a limit
-  int to_analyser_ = -1;
-  int from_analyser_ = -1;
-  pid_t pid_ = 0;
+  AnalyserProcess process_;
   int start_error_ = 0;  // errno of a program that cannot be executed
   std::int64_t text_size_ = 0;
 };

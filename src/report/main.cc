@@ -11,6 +11,7 @@
 #include "base/helpers.h"
 #include "report/comparison.h"
 #include "report/page.h"
+#include "report/page_frame.h"
 #include "report/predictions.h"
 #include "report/table.h"
 #include "report/tables.h"

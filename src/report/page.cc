@@ -1,22 +1,15 @@
 #include "report/page.h"
 
-#include <glib.h>
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cmath>
-#include <cstdio>
-#include <cstring>
-#include <nlohmann/json.hpp>
-#include <string_view>
+#include <cstddef>
+#include <functional>
 #include <vector>
 
-#include "base/output_file.h"
-#include "base/textio.h"
 #include "report/charts.h"
 #include "report/excerpt.h"
+#include "report/json_writer.h"
+#include "report/page_frame.h"
 #include "report/page_sources.h"
 
 namespace vek::reporting {
@@ -31,75 +24,6 @@ constexpr std::size_t shortest_text = 200;
 constexpr std::size_t most_pairs = 5000;
 constexpr std::size_t most_charts = 1000;
 constexpr std::size_t most_changes = 5000;
-
-// JSON as text. Values and members are separated by commas where they have to
-// be; what is opened must be closed.
-class JsonWriter {
- public:
-  void open(char bracket) {
-    separate();
-    out_ += bracket;
-  }
-  void close(char bracket) { out_ += bracket; }
-  void key(std::string_view name) {
-    separate();
-    out_ += '"';
-    out_ += name;
-    out_ += "\":";
-  }
-  void text(std::string_view value) {
-    raw(nlohmann::json(value).dump(-1, ' ', false,
-                                   nlohmann::json::error_handler_t::replace));
-  }
-  template <std::integral Number>
-  void count(Number value) {
-    separate();
-    append_number(out_, value);
-  }
-  // JSON has no other numbers than finite ones.
-  void real(double value, int precision = default_precision) {
-    separate();
-    if (std::isfinite(value)) {
-      char digits[real_room];
-      out_.append(digits, put_real(digits, value, precision));
-    } else {
-      out_ += "null";
-    }
-  }
-  void raw(std::string_view json) {
-    separate();
-    out_ += json;
-  }
-
-  template <typename Range, typename Write>
-  void list(const Range &range, Write write) {
-    open('[');
-    for (const auto &element : range)
-      write(element);
-    close(']');
-  }
-  // The elements alone.
-  void figures(const Counts &counts) {
-    count(counts.correct);
-    count(counts.missed);
-    count(counts.wrong);
-  }
-  template <typename Range>
-  void counts(const Range &range) {
-    list(range, [this](auto value) { this->count(value); });
-  }
-
-  std::size_t size() const { return out_.size(); }
-  std::string take() { return std::move(out_); }
-
- private:
-  void separate() {
-    if (!out_.empty() && std::strchr("[{:,", out_.back()) == nullptr)
-      out_ += ',';
-  }
-
-  std::string out_;
-};
 
 class PageData {
  public:
@@ -132,6 +56,13 @@ class PageData {
     json_.count(value);
   }
 
+  // The elements alone.
+  void write_figures(const Counts &counts) {
+    json_.count(counts.correct);
+    json_.count(counts.missed);
+    json_.count(counts.wrong);
+  }
+
   void write_summary() {
     const Figures &figures = run_.figures;
     json_.key("summary");
@@ -162,7 +93,7 @@ class PageData {
       const auto &[counts, nr_agreeing] = run_.figures.classes[id];
       json_.open('[');
       json_.text(run_.names[id]);
-      json_.figures(counts);
+      write_figures(counts);
       json_.count(nr_agreeing);
       json_.real(thresholds_[id]);
       json_.close(']');
@@ -223,7 +154,7 @@ class PageData {
         else
           json_.count(id);
       }
-      json_.figures(node.counts);
+      write_figures(node.counts);
       json_.close(']');
     }
     json_.close(']');
@@ -364,59 +295,6 @@ class PageData {
   JsonWriter json_;
 };
 
-// For a script element, which ends at the first "</script" whatever stands
-// around it. Such characters are in strings only.
-std::string without_markup(const std::string &json) {
-  std::string out;
-  out.reserve(json.size() + json.size() / 100);
-  for (const char character : json) {
-    switch (character) {
-      case '<':
-        out += "\\u003c";
-        break;
-      case '>':
-        out += "\\u003e";
-        break;
-      case '&':
-        out += "\\u0026";
-        break;
-      default:
-        out += character;
-    }
-  }
-  return out;
-}
-
-// As a content security policy names a script or a style.
-std::string hash_of(std::string_view text) {
-  std::array<guint8, 32> digest{};
-  gsize size = digest.size();
-  GChecksum *checksum_P = g_checksum_new(G_CHECKSUM_SHA256);
-  g_checksum_update(checksum_P, reinterpret_cast<const guchar *>(text.data()),
-                    static_cast<gssize>(text.size()));
-  g_checksum_get_digest(checksum_P, digest.data(), &size);
-  g_checksum_free(checksum_P);
-  gchar *encoded_P = g_base64_encode(digest.data(), size);
-  const std::string hash = "'sha256-" + std::string(encoded_P) + "'";
-  g_free(encoded_P);
-  return hash;
-}
-
-// Puts texts in the places of "@NAME@" in the page's frame.
-std::string filled(
-    std::string_view frame,
-    const std::vector<std::pair<std::string_view, std::string_view>> &parts) {
-  std::string page;
-  for (const auto &[place, text] : parts) {
-    const std::size_t found = frame.find(place);
-    page += frame.substr(0, found);
-    page += text;
-    frame.remove_prefix(found + place.size());
-  }
-  page += frame;
-  return page;
-}
-
 }  // namespace
 
 std::string make_page(const PageInput &input) {
@@ -426,28 +304,6 @@ std::string make_page(const PageInput &input) {
                             {"@STYLE@", page_css},
                             {"@DATA@", data},
                             {"@SCRIPT@", page_js}});
-}
-
-bool write_page(const std::string &path, const std::string &page,
-                Failure &failure) {
-  struct stat status = {};
-  // Devices and pipes are written to; only a file is replaced.
-  const bool is_replaced =
-      stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
-  const std::string written = is_replaced ? path + ".tmp" : path;
-  OutputFile file;
-  file.open(written, OutputFile::Mode::truncate);
-  if (file.is_open())
-    file << page;
-  const bool is_good = file.is_open() && file.good();
-  file.close();
-  if (is_good && file.good() &&
-      (!is_replaced || std::rename(written.c_str(), path.c_str()) == 0))
-    return true;
-  failure = {path, "", std::strerror(errno)};
-  if (is_replaced && is_good)
-    std::remove(written.c_str());
-  return false;
 }
 
 }  // namespace vek::reporting

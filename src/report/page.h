@@ -8,7 +8,6 @@
 
 #include <string>
 
-#include "base/failure.h"
 #include "report/comparison.h"
 #include "report/tables.h"
 
@@ -24,11 +23,6 @@ struct PageInput {
 };
 
 std::string make_page(const PageInput &input);
-
-// Writes the page, so that under its name there is always a complete one.
-// False, with `failure` filled in, if the system refuses.
-bool write_page(const std::string &path, const std::string &page,
-                Failure &failure);
 
 }  // namespace vek::reporting
 

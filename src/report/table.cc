@@ -60,30 +60,21 @@ std::string real_text(double value, bool is_exact) {
   return text;
 }
 
-std::string reader_text(const Cell &cell) {
-  if (const auto *name_P = std::get_if<std::string>(&cell))
-    return shown_name(*name_P);
-  if (const auto *names_P = std::get_if<Names>(&cell))
-    return names_P->empty() ? "-" : joined(*names_P);
-  if (const auto *count_P = std::get_if<std::uint64_t>(&cell))
-    return std::to_string(*count_P);
-  if (const auto *real_P = std::get_if<double>(&cell))
-    return real_text(*real_P, false);
-  if (const auto *share_P = std::get_if<Share>(&cell))
-    return formatted("%.2f%%", share_P->value * 100);
-  return "-";
-}
-
-std::string csv_text(const Cell &cell) {
-  std::string text;
+// Numbers as exactly as the machine has them.
+std::string machine_text(const Cell &cell) {
   if (const auto *share_P = std::get_if<Share>(&cell))
     return real_text(share_P->value, true);
   if (const auto *real_P = std::get_if<double>(&cell))
     return real_text(*real_P, true);
+  return cell.index() == 0 ? "" : reader_text(cell);
+}
+
+std::string csv_text(const Cell &cell) {
+  std::string text;
   if (const auto *names_P = std::get_if<Names>(&cell))
     text = joined(*names_P);
-  else if (cell.index() != 0)
-    text = reader_text(cell);
+  else
+    text = machine_text(cell);
   if (text.find_first_of(",\"\n\r") == std::string::npos)
     return text;
   std::string out = "\"";
@@ -110,6 +101,8 @@ nlohmann::ordered_json json_value(const Cell &cell) {
     return json_real(*real_P);
   if (const auto *share_P = std::get_if<Share>(&cell))
     return json_real(share_P->value);
+  if (const auto *digits_P = std::get_if<Digits>(&cell))
+    return digits_P->text;
   return nullptr;
 }
 
@@ -222,6 +215,35 @@ std::string shown_name(std::string_view name) {
   return text;
 }
 
+std::string reader_text(const Cell &cell) {
+  if (const auto *name_P = std::get_if<std::string>(&cell))
+    return shown_name(*name_P);
+  if (const auto *names_P = std::get_if<Names>(&cell))
+    return names_P->empty() ? "-" : joined(*names_P);
+  if (const auto *count_P = std::get_if<std::uint64_t>(&cell))
+    return std::to_string(*count_P);
+  if (const auto *real_P = std::get_if<double>(&cell))
+    return real_text(*real_P, false);
+  if (const auto *digits_P = std::get_if<Digits>(&cell))
+    return digits_P->text;
+  if (const auto *share_P = std::get_if<Share>(&cell))
+    return formatted("%.2f%%", share_P->value * 100);
+  return "-";
+}
+
+void escape_names(Table &table, std::string (*escape)(std::string_view)) {
+  for (std::vector<Cell> &row : table.rows) {
+    for (Cell &cell : row) {
+      if (auto *name_P = std::get_if<std::string>(&cell))
+        *name_P = escape(*name_P);
+      if (auto *names_P = std::get_if<Names>(&cell)) {
+        for (std::string &name : *names_P)
+          name = escape(name);
+      }
+    }
+  }
+}
+
 void print_aligned(const std::vector<Table> &tables, std::ostream &out) {
   for (const Table &table : tables) {
     if (&table != &tables.front())
@@ -239,6 +261,32 @@ void print_csv(const Table &table, std::ostream &out) {
     line.clear();
     for (std::size_t i = 0; i < row.size(); ++i)
       line += (i == 0 ? "" : ",") + csv_text(row[i]);
+    out << line << '\n';
+  }
+}
+
+void print_tsv(const Table &table, std::string (*escape)(std::string_view),
+               std::ostream &out) {
+  std::string line;
+  for (const std::string &column : table.columns)
+    line += (line.empty() ? "" : "\t") + column;
+  out << line << '\n';
+  for (const std::vector<Cell> &row : table.rows) {
+    line.clear();
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      line += i == 0 ? "" : "\t";
+      std::string separator;
+      if (const auto *name_P = std::get_if<std::string>(&row[i])) {
+        line += escape(*name_P);
+      } else if (const auto *names_P = std::get_if<Names>(&row[i])) {
+        for (const std::string &name : *names_P) {
+          line += separator + escape(name);
+          separator = " ";
+        }
+      } else {
+        line += machine_text(row[i]);
+      }
+    }
     out << line << '\n';
   }
 }

@@ -21,10 +21,14 @@ namespace vek::reporting {
 struct Share {
   double value = 0;
 };
+// A number in just these digits.
+struct Digits {
+  std::string text;
+};
 using Names = std::vector<std::string>;
 // What does not exist is "-" for a reader, empty in CSV, null in JSON.
 using Cell = std::variant<std::monostate, std::string, Names, std::uint64_t,
-                          double, Share>;
+                          double, Share, Digits>;
 
 Cell share_or_none(const std::optional<double> &value);
 
@@ -42,10 +46,18 @@ struct Table {
 };
 
 std::string shown_name(std::string_view name);
+std::string reader_text(const Cell &cell);
+
+// Puts `escape(name)` in the place of each name.
+void escape_names(Table &table, std::string (*escape)(std::string_view));
 
 void print_aligned(const std::vector<Table> &tables, std::ostream &out);
 // By RFC 4180, with plain line ends; a list of names is separated by blanks.
 void print_csv(const Table &table, std::ostream &out);
+// Lines whose fields tabs part, below the columns' names. `escape` makes a name
+// that has neither tabs nor line ends.
+void print_tsv(const Table &table, std::string (*escape)(std::string_view),
+               std::ostream &out);
 // A list of objects, or of a record one object.
 std::string json_of(const Table &table);
 // An object with a member for each table.

@@ -21,7 +21,7 @@
 #include "data/names.h"
 #include "intake/lists.h"
 #include "model/model.h"
-#include "params/rcparser.h"
+#include "params/resources.h"
 #include "tune/analysis.h"
 #include "tune/examples.h"
 #include "tune/search.h"
@@ -48,44 +48,6 @@ struct Arguments {
   double budget = 1.0;
   bool force = false;
 };
-
-// The first error of a resource file.
-class FirstError : public Messages {
- public:
-  void error(std::string_view text) override {
-    if (text_.empty())
-      text_ = text;
-  }
-  const std::string &text() const { return text_; }
-
- private:
-  std::string text_;
-};
-
-// As vek reads it.
-bool read_resources(const std::string &name, Params &params, Failure &failure) {
-  const std::string path =
-      Path("", name.empty() ? "vek" : name, resource_suffix);
-  if (name.empty() && !file_exists(path))
-    return true;
-  std::string text;
-  std::string reason;
-  if (read_file(path, text, reason) != ReadResult::ok) {
-    failure = {path, "", reason};
-    return false;
-  }
-  FirstError messages;
-  RcParser parser(&params, text, path.c_str(), messages);
-  parser.parse();
-  if (parser.nr_errors() == 0)
-    return true;
-  reason = messages.text();
-  const std::string prefix = "file " + path + ": ";
-  if (reason.starts_with(prefix))
-    reason.erase(0, prefix.size());
-  failure = {path, "", reason};
-  return false;
-}
 
 // Whether the result can be written, before a long search for it.
 bool check_output(const std::string &path, bool force, Failure &failure) {
@@ -224,7 +186,7 @@ bool tune(const Arguments &arguments, Failure &failure) {
   Params params;
   const std::string output = Path("", arguments.output, resource_suffix);
   Examples examples;
-  if (!read_resources(arguments.resources, params, failure) ||
+  if (!read_resources("", arguments.resources, params, failure) ||
       !check_output(output, arguments.force, failure) ||
       !examples.read_list(
           Path(arguments.examples, list_name(ListKind::train), ""), failure)) {

@@ -77,6 +77,13 @@ std::uint32_t TermTable::enter(std::uint32_t head, std::uint32_t mod) {
   return slot.id;
 }
 
+std::uint32_t TermTable::find(std::uint32_t head, std::uint32_t mod) const {
+  const Slot slot = {pair_key(head, mod), EmptyAtom};
+  const Slot *const found_P = index_.find(
+      slot.hash(), [&](const Slot &other) { return slot.key == other.key; });
+  return found_P == nullptr ? EmptyAtom : found_P->id;
+}
+
 const TermTable::Term &TermTable::get_term(std::uint32_t term_id) const {
   assert(term_id < size());
   link();

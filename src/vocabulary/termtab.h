@@ -42,6 +42,9 @@ class TermTable {
   // used up.
   std::uint32_t enter(std::uint32_t head, std::uint32_t mod);
 
+  // The id of the pair, or EmptyAtom if it has none.
+  std::uint32_t find(std::uint32_t head, std::uint32_t mod) const;
+
   // The term, with `next` as it stands after the last enter(). The reference is
   // good until the next enter(). After new pairs were entered, the first call
   // sorts the whole table; head() and mod() never do. `term_id` must be below

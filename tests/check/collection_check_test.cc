@@ -195,10 +195,14 @@ TEST_F(CollectionCheckTest, AsksTheAnalyser) {
   } cases[] = {
       {"read -r path && cat \"$path\" && printf '\\001'", ""},
       {"read -r path && exit 3",
-       "it ended with status 3 before its answer to "
-       "`files/a.txt' was complete"},
-      {"kill -9 $$", "it was ended by signal 9 before its answer"},
-      {"exec sleep 9 >/dev/null", "it closed its output before its answer"},
+       "it ended before its answer to `files/a.txt' was complete: the analyser "
+       "ended with exit status 3"},
+      {"kill -9 $$",
+       "it ended before its answer to `files/a.txt' was complete: the analyser "
+       "was ended by signal SIGKILL"},
+      {"exec sleep 9 >/dev/null",
+       "it ended before its answer to `files/a.txt' was complete: the analyser "
+       "has closed its output and still runs"},
   };
   settings_.analyser = "./analyser x";
   for (const auto &[script, finding] : cases) {

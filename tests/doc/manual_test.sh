@@ -2,18 +2,15 @@
 # What the programs say of their options, what the manual pages say, what the
 # completions offer and what the programs take are the same.
 #
-#   manual_test.sh DOC-DIRECTORY VEK VEK-ANALYSE VEK-CHECK VEK-DATA VEK-IMPORT
-#     VEK-REPORT VEK-TUNE
+#   manual_test.sh DOC-DIRECTORY VEK COMPANION...
 set -eu
 export LC_ALL=C
 doc=$(realpath "$1")
-vek=$(realpath "$2")
-analyse=$(realpath "$3")
-check=$(realpath "$4")
-data=$(realpath "$5")
-import=$(realpath "$6")
-report=$(realpath "$7")
-tune=$(realpath "$8")
+shift
+for program; do
+  set -- "$@" "$(realpath "$program")"
+  shift
+done
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -53,7 +50,7 @@ compare() { # NAME OF WHAT
   diff wanted found >difference || fail "$1: $(cat difference)"
 }
 
-for program in "$vek" "$analyse" "$check" "$data" "$import" "$report" "$tune"; do
+for program; do
   name=$(basename "$program")
   options_of_help "$program" | sort -u >wanted
   [ "$(wc -l <wanted)" -ge 6 ] || fail "$name -h: no options found"

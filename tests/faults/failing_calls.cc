@@ -432,6 +432,8 @@ STAND_IN(int, lstat, (const char *path, struct stat *out), noexcept, false,
 STAND_IN(int, fchmod, (int fd, mode_t mode), noexcept, true, fd, fd, mode)
 STAND_IN(int, fchown, (int fd, uid_t user, gid_t group), noexcept, true, fd, fd,
          user, group)
+STAND_IN(int, link, (const char *from, const char *to), noexcept, true, to,
+         from, to)
 STAND_IN(int, flock, (int fd, int how), noexcept, false, fd, fd, how)
 STAND_IN(int, rmdir, (const char *path), noexcept, true, path, path)
 STAND_IN(int, renameat2,

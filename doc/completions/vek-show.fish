@@ -1,0 +1,17 @@
+# Completion of vek-show for fish.
+complete -c vek-show -f
+complete -c vek-show -n '__fish_use_subcommand' -a class -d 'a class: threshold, terms, confusions'
+complete -c vek-show -n '__fish_use_subcommand' -a term -d 'a term: its classes and pairs'
+complete -c vek-show -n '__fish_use_subcommand' -a document -d 'a stored document: its terms'
+complete -c vek-show -n '__fish_use_subcommand' -a tree -d 'the hierarchy'
+complete -c vek-show -s a -l algorithm -x -a 'W R S L' -d 'classifier'
+complete -c vek-show -s C -l directory -x -a '(__fish_complete_directories)' -d 'where vek is called'
+complete -c vek-show -s d -l data -x -a '(__fish_complete_directories)' -d 'data directory'
+complete -c vek-show -s h -l help -d 'show help'
+complete -c vek-show -s j -l json -d 'write JSON'
+complete -c vek-show -s n -l lines -x -d 'lines of a table'
+complete -c vek-show -s p -l predictions -r -F -d 'predictions for what is confused'
+complete -c vek-show -s r -l resource -r -F -d 'resource file'
+complete -c vek-show -s t -l table -x -a 'class terms against confusions term classes pairs document tree' -d 'show one table'
+complete -c vek-show -l tsv -d 'write tab-separated lines'
+complete -c vek-show -s V -l version -d 'show version'
