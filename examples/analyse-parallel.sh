@@ -10,7 +10,8 @@
 #   -a   calls of GNU parallel before giving up; 3 if not given
 #   -j   workers on each host; as many as it has cores if not given
 #   -S   hosts, with commas between them, ":" for this one; they must see FROM
-#        and TO under the same names, and log in without a password
+#        and TO under the same full names, have GNU parallel and the program on
+#        the PATH that ssh gives, and let you in without a password
 #   OPTION...   options of vek-analyse, such as -l de
 #
 # The environment's VEK_ANALYSE names the program, if it is not on the PATH.
@@ -32,9 +33,25 @@ if [ $# -lt 2 ]; then
   echo "usage: $0 [-a attempts] [-j jobs] [-S hosts] from to [option]..." >&2
   exit 2
 fi
-from=$1
-to=$2
+# With full names, as other hosts begin in the home directory.
+full_name() {
+  case $1 in
+    /*) echo "$1" ;;
+    *) echo "$PWD/$1" ;;
+  esac
+}
+from=$(full_name "$1")
+to=$(full_name "$2")
 shift 2
+if [ ! -d "$from" ]; then
+  echo "$0: there is no directory $from" >&2
+  exit 2
+fi
+# There is another program of that name.
+if ! parallel --version 2>&1 | grep -q '^GNU parallel'; then
+  echo "$0: GNU parallel is missing; Debian's package is called parallel" >&2
+  exit 2
+fi
 
 # The workers live as long as there are paths. With --round-robin each gets the
 # next fifty paths when it has room for them, so that a slow one gets fewer.

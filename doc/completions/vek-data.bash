@@ -9,14 +9,23 @@ _vek_data() {
     ((COMP_CWORD > 1)) || options+=$'\n-V\n--version'
     [[ $command != @(info|list|export) ]] || options+=$'\n-j\n--json'
     [[ $command != list ]] || options+=$'\n-e\n--empty'
+    [[ $command != pack ]] || options+=$'\n-r\n--resources\n-d\n--data\n-a\n--algorithm\n-c\n--analyser'
     mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
     return
   fi
   if ((COMP_CWORD == 1)); then
-    mapfile -t COMPREPLY < <(compgen -W $'info\nlist\nverify\nforget\ncompact\ncopy\nexport' -- "$word")
+    mapfile -t COMPREPLY < <(compgen -W $'info\nlist\nverify\nforget\ncompact\ncopy\nexport\npack' -- "$word")
+    return
+  fi
+  if [[ ${COMP_WORDS[COMP_CWORD-1]} == @(-a|--algorithm) ]]; then
+    mapfile -t COMPREPLY < <(compgen -W $'W\nR\nS\nL' -- "$word")
     return
   fi
   compopt -o filenames
+  if [[ ${COMP_WORDS[COMP_CWORD-1]} == @(-r|--resources|-c|--analyser) ]]; then
+    mapfile -t COMPREPLY < <(compgen -f -- "$word")
+    return
+  fi
   mapfile -t COMPREPLY < <(compgen -d -- "$word")
 }
 complete -F _vek_data vek-data

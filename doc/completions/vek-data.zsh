@@ -6,5 +6,9 @@ _arguments \
   '(- *)'{-V,--version}'[show version]' \
   {-j,--json}'[write JSON]' \
   {-e,--empty}'[only documents without terms]' \
-  ':command:(info list verify forget compact copy export)' \
+  {-r,--resources}'[resource file]:file:_files' \
+  {-d,--data}'[data directory]:directory:_files -/' \
+  {-a,--algorithm}'[classifier]:letter:(W R S L)' \
+  {-c,--analyser}'[analyser where the model will be used]:command:_files' \
+  ':command:(info list verify forget compact copy export pack)' \
   '*:data directory:_files -/'

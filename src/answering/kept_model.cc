@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "answering/manifest.h"
 #include "base/helpers.h"
 #include "base/messages.h"
 #include "intake/DocParser.h"
@@ -40,12 +41,12 @@ KeptModel::~KeptModel() {
 
 bool KeptModel::open(const Place &place, Failure &failure) {
   directory_ = place.directory;
-  // Here a packed model, which has a `manifest.json` in the directory, is
-  // checked before anything of it is used.
   if (!directory_.empty() && !is_directory(directory_)) {
     failure = {directory_, "", "there is no such directory"};
     return false;
   }
+  if (!check_packed_model(directory_, failure))
+    return false;
   if (!read_resources(directory_, place.resource_file, params_, failure))
     return false;
   if (place.algorithm)

@@ -47,9 +47,10 @@ class KeptModel {
   KeptModel &operator=(const KeptModel &) = delete;
 
   // Reads parameters, vocabulary, classes, weights and judging, as `vek -p`
-  // without examples has them. To be called once. False if the resource file
-  // has an error, if a run is using the data directory, if there is no model,
-  // or if it is damaged or of another classifier.
+  // without examples has them. A packed model is verified first (manifest.h).
+  // To be called once. False if the resource file has an error, if a run is
+  // using the data directory, if there is no model, or if it is damaged or of
+  // another classifier.
   bool open(const Place &place, Failure &failure);
 
   const Params &params() const { return params_; }

@@ -3,14 +3,17 @@
 #include <algorithm>
 #include <cstdint>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <vector>
 
+#include "answering/manifest.h"
 #include "base/helpers.h"
 #include "base/progress_line.h"
 #include "data/class_files.h"
 #include "data/files.h"
 #include "data/names.h"
 #include "model/model.h"
+#include "params/resources.h"
 #include "store/datafiles.h"
 #include "store/filestore.h"
 #include "store/storeio.h"
@@ -107,14 +110,49 @@ void add_dates(const StoreReader::Blocks &blocks, Json &info) {
   info["last_stored"] = date(last->second.time);
 }
 
+void add_figures(const std::string &kind,
+                 const std::optional<Manifest::Figures> &figures, Json &info) {
+  const auto add = [&](const char *name, const auto &value) {
+    info[kind + name] = figures ? Json(value) : Json();
+  };
+  const Manifest::Figures values = figures.value_or(Manifest::Figures());
+  add("_documents", values.documents);
+  add("_precision", values.precision);
+  add("_recall", values.recall);
+  add("_f", values.f);
+  add("_fallout", values.fallout);
+}
+
+bool add_manifest(const std::string &directory, Json &info, Failure &failure) {
+  Manifest manifest;
+  Params params;
+  if (!manifest.read(directory, failure) ||
+      !read_resources(directory, "", params, failure)) {
+    return false;
+  }
+  info["packed"] = manifest.date;
+  info["packed_by"] = "vek " + manifest.version;
+  info["analyser"] = params.analyser;
+  info["learnt_documents"] = manifest.documents;
+  add_figures("test", manifest.test, info);
+  add_figures("heldout", manifest.held_out, info);
+  return true;
+}
+
 }  // namespace
 
-bool print_info(const std::string &directory, Format format, std::ostream &out,
+bool print_info(const std::string &place, Format format, std::ostream &out,
                 Failure &failure) {
   Model model;
+  Json info;
+  std::string directory = place;
+  if (is_packed_model(place)) {
+    directory = Path(place, packed_data, "");
+    if (!add_manifest(place, info, failure))
+      return false;
+  }
   if (!model.open(directory, failure))
     return false;
-  Json info;
   const StoreReader::Blocks &blocks = model.documents();
   info["documents"] = blocks.size();
   info["documents_without_terms"] =
@@ -137,7 +175,7 @@ bool print_info(const std::string &directory, Format format, std::ostream &out,
     if (value.is_null())
       out << '-';
     else if (value.is_string())
-      out << value.get_ref<const std::string &>();
+      out << escaped(value.get_ref<const std::string &>());
     else
       out << value;
     out << '\n';

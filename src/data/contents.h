@@ -14,8 +14,10 @@ namespace vek::keeping {
 enum class Format { lines, json };
 enum class Which { all, empty };
 
-// Counts, sizes in bytes and dates: a line for each, or one object. False, as
-// from the others, with `failure` filled in, if the directory cannot be read.
+// Counts, sizes in bytes and dates: a line for each, or one object. The
+// directory may also be a packed model, of which its manifest tells first.
+// False, as from the others, with `failure` filled in, if the directory cannot
+// be read.
 bool print_info(const std::string &directory, Format format, std::ostream &out,
                 Failure &failure);
 

@@ -14,8 +14,8 @@
 
 #include "base/helpers.h"
 #include "base/progress_line.h"
-#include "data/directory_lock.h"
 #include "data/files.h"
+#include "data/new_directory.h"
 #include "data/store_writer.h"
 #include "model/model.h"
 #include "store/datafiles.h"
@@ -27,81 +27,31 @@ namespace {
 
 using Shown = ProgressLine::Shown;
 
-// A directory under its first name.
-class NewDirectory {
- public:
-  NewDirectory(const std::string &from, std::string path)
-      : from_(from), path_(std::move(path)) {}
-
-  // It is locked from here on, under whatever name: another call must neither
-  // take it for a left-over nor begin with it before this one is through.
-  bool make(Failure &failure) {
-    std::string warning;
-    struct stat status = {};
-    if (lstat(path_.c_str(), &status) == 0) {
-      DirectoryLock old;
-      if (!take_lock(old, path_, DirectoryLock::Mode::exclusive, warning,
-                     failure) ||
-          !remove_directory(path_, failure)) {
-        return false;
-      }
-    }
-    if (mkdir(path_.c_str(), 0700) != 0)
-      return fails(path_, failure);
-    return take_lock(lock_, path_, DirectoryLock::Mode::exclusive, warning,
-                     failure);
+// A file's bytes under the same name in another directory.
+bool copy_file(const std::string &from, const std::string &to,
+               const std::string &name, Failure &failure) {
+  const Path source(from, name, "");
+  struct stat status = {};
+  NewFile file;
+  if (!get_status(source, status, failure) ||
+      !file.create(Path(to, name, ""), status, failure)) {
+    return false;
   }
+  const int fd = retry(
+      [&] { return open(source.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC); });
+  if (fd < 0)
+    return fails(source, failure);
+  const bool ok = file.write_from(fd, source, failure);
+  close(fd);
+  return ok && file.finish(NewFile::Sync::no, failure);
+}
 
-  // A file's bytes under the same name.
-  bool copy(const std::string &name, Failure &failure) const {
-    const Path source(from_, name, "");
-    struct stat status = {};
-    NewFile file;
-    if (!get_status(source, status, failure) ||
-        !file.create(Path(path_, name, ""), status, failure)) {
-      return false;
-    }
-    const int fd = retry([&] {
-      return open(source.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
-    });
-    if (fd < 0)
-      return fails(source, failure);
-    const bool ok = file.write_from(fd, source, failure);
-    close(fd);
-    return ok && file.finish(NewFile::Sync::no, failure);
-  }
-
-  // Has all of it put on the disk: one call, since an fsync() for each file
-  // would take seconds where there are many classes.
-  bool finish(Failure &failure) const {
-    struct stat status = {};
-    if (!get_status(from_ + "/.", status, failure))
-      return false;
-    const int fd = retry([this] {
-      return open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    });
-    if (fd < 0)
-      return fails(path_, failure);
-    bool ok = make_alike(fd, status, path_, failure);
-    if (ok && retry([=] { return syncfs(fd); }) != 0)
-      ok = fails(path_, failure);
-    close(fd);
-    return ok;
-  }
-
-  // After a failure, of which the caller is to hear, not of this one.
-  void give_up() const {
-    Failure ignored;
-    remove_directory(path_, ignored);
-  }
-
-  const std::string &path() const { return path_; }
-
- private:
-  const std::string &from_;
-  const std::string path_;
-  DirectoryLock lock_;
-};
+bool finish_like(const NewDirectory &made, const std::string &directory,
+                 Failure &failure) {
+  struct stat status = {};
+  return get_status(directory + "/.", status, failure) &&
+         made.finish(status, failure);
+}
 
 // Only regular files with names of vek's: nothing else would be copied, and
 // what is not copied would be lost.
@@ -232,10 +182,13 @@ bool write_compact(const std::string &directory,
                    const std::vector<std::string> &names,
                    const NewDirectory &made, Failure &failure) {
   for (const std::string &name : names) {
-    if (!is_of_store(name) && !made.copy(name, failure))
+    if (!is_of_store(name) &&
+        !copy_file(directory, made.path(), name, failure)) {
       return false;
+    }
   }
-  return copy_store(directory, made.path(), failure) && made.finish(failure);
+  return copy_store(directory, made.path(), failure) &&
+         finish_like(made, directory, failure);
 }
 
 // A directory that is damaged must not be replaced: more might be lost.
@@ -267,39 +220,27 @@ bool exchange(const std::string &one, const std::string &other,
   return false;
 }
 
-std::string without_slashes(std::string path) {
-  while (path.size() > 1 && path.back() == '/')
-    path.pop_back();
-  return path;
-}
-
 }  // namespace
 
 bool copy_directory(const std::string &directory,
                     const std::string &destination, Failure &failure) {
   const std::string path = without_slashes(destination);
-  struct stat status = {};
-  if (lstat(path.c_str(), &status) == 0) {
-    failure = {path, "", "it is there already"};
-    return false;
-  }
   std::vector<std::string> names;
-  if (!list_own_files(directory, names, failure))
+  if (!is_free(path, failure) || !list_own_files(directory, names, failure))
     return false;
-  NewDirectory made(directory, path + ".part");
+  NewDirectory made(path + ".part");
   if (!made.make(failure))
     return false;
-  const bool is_whole =
-      std::all_of(names.begin(), names.end(),
-                  [&](const auto &name) { return made.copy(name, failure); }) &&
-      made.finish(failure);
-  if (!is_whole || std::rename(made.path().c_str(), path.c_str()) != 0) {
-    if (is_whole)
-      fails(path, failure);
-    made.give_up();
-    return false;
+  for (const std::string &name : names) {
+    if (!copy_file(directory, made.path(), name, failure)) {
+      made.give_up();
+      return false;
+    }
   }
-  return sync_directory(parent_of(path), failure);
+  if (finish_like(made, directory, failure) && made.put_at(path, failure))
+    return true;
+  made.give_up();
+  return false;
 }
 
 bool compact_directory(const std::string &directory, Failure &failure) {
@@ -309,7 +250,7 @@ bool compact_directory(const std::string &directory, Failure &failure) {
       !list_own_files(path, names, failure) || !is_readable(path, failure)) {
     return false;
   }
-  NewDirectory made(path, path + ".compact");
+  NewDirectory made(path + ".compact");
   if (!made.make(failure))
     return false;
   if (!write_compact(path, names, made, failure) ||

@@ -1,8 +1,5 @@
-// Data directories that are made from another one, whole or not at all.
-//
-// Such a directory is written under a name of its own, and gets the one that it
-// is for when all of it is on the disk. One that was left half written, or an
-// old one half removed, has that name still, and is removed by the next call.
+// Data directories that are made from another one, whole or not at all
+// (new_directory.h).
 #ifndef VEK_DATA_COPIES_H_
 #define VEK_DATA_COPIES_H_
 

@@ -7,19 +7,25 @@
 #include <string>
 #include <vector>
 
+#include "answering/manifest.h"
 #include "base/command_line.h"
+#include "base/helpers.h"
 #include "data/contents.h"
 #include "data/copies.h"
 #include "data/directory_lock.h"
 #include "data/files.h"
 #include "data/forget.h"
 #include "data/names.h"
+#include "data/pack.h"
 #include "data/verify.h"
+#include "learning/classifiers.h"
 
 namespace {
 
+using vek::check_packed_model;
 using vek::DirectoryLock;
 using vek::Failure;
+using vek::is_packed_model;
 using namespace vek::keeping;
 
 constexpr char program[] = "vek-data";
@@ -34,9 +40,16 @@ struct Arguments {
   std::vector<std::string> names;
   bool json = false;
   bool empty = false;
+  Packing packing;
 
   Format format() const { return json ? Format::json : Format::lines; }
 };
+
+// Of a packed model, or the directory itself.
+std::string data_of(const std::string &directory) {
+  return is_packed_model(directory) ? vek::Path(directory, vek::packed_data, "")
+                                    : directory;
+}
 
 // What a command does; returns the exit status. With exit_failed `failure` says
 // why.
@@ -46,18 +59,35 @@ int status_of(bool is_done) {
   return is_done ? exit_good : exit_failed;
 }
 
+void print_finding(const Finding &finding) {
+  std::cout << (finding.is_damage() ? "damage: " : "note: ")
+            << escaped(finding.failure.text())
+            << (finding.is_damage() ? "; " : "") << finding.remedy << '\n';
+}
+
 int verify(const Arguments &arguments, Failure &failure) {
-  Verification verification(
-      arguments.directory, Verification::Depth::full,
-      [](const Finding &finding) {
-        std::cout << (finding.is_damage() ? "damage: " : "note: ")
-                  << escaped(finding.failure.text())
-                  << (finding.is_damage() ? "; " : "") << finding.remedy
-                  << '\n';
-      });
+  const bool is_packed = is_packed_model(arguments.directory);
+  if (is_packed && !check_packed_model(arguments.directory, failure)) {
+    print_finding({failure, "take the model from where it was packed"});
+    return exit_damaged;
+  }
+  const std::string data = data_of(arguments.directory);
+  Verification verification(data, Verification::Depth::full, print_finding);
   if (!verification.run(failure))
     return exit_failed;
   return verification.has_damage() ? exit_damaged : exit_good;
+}
+
+// It locks what it reads, which is not the directory of the command line.
+int pack(const Packing &packing) {
+  Failure failure;
+  std::string warning;
+  const bool is_done = pack_model(packing, warning, failure);
+  if (!warning.empty())
+    vek::report(program, "warning: " + escaped(warning));
+  if (!is_done)
+    vek::report(program, escaped(failure.text()));
+  return status_of(is_done);
 }
 
 // A name for each line, escaped as `list` writes it.
@@ -102,35 +132,13 @@ int forget(const Arguments &arguments, Failure &failure) {
   return unknown.empty() ? exit_good : exit_damaged;
 }
 
-int run(const Action &action, DirectoryLock::Mode kind, Arguments &arguments) {
-  std::ios::sync_with_stdio(false);
-  DirectoryLock lock;
-  Failure failure;
-  std::string warning;
-  int status = exit_failed;
-  if (expand_names(arguments.names, failure) &&
-      take_lock(lock, arguments.directory, kind, warning, failure)) {
-    if (!warning.empty())
-      vek::report(program, "warning: " + escaped(warning));
-    if (is_data_directory(arguments.directory, failure))
-      status = action(arguments, failure);
-  }
-  std::cout.flush();
-  if (!std::cout) {
-    std::perror(program);
-    return exit_failed;
-  }
-  if (status == exit_failed)
-    vek::report(program, escaped(failure.text()));
-  return status;
-}
-
 struct Command {
   const char *name;
   const char *description;
   DirectoryLock::Mode lock;
   Action action;
   bool has_json = false;
+  bool takes_packed = false;  // the directory may be a packed model
 };
 
 const std::vector<Command> commands = {
@@ -139,7 +147,7 @@ const std::vector<Command> commands = {
        return status_of(print_info(arguments.directory, arguments.format(),
                                    std::cout, failure));
      },
-     true},
+     true, true},
     {"list", "list the stored documents", DirectoryLock::Mode::shared,
      [](const Arguments &arguments, Failure &failure) {
        return status_of(print_list(arguments.directory,
@@ -148,7 +156,7 @@ const std::vector<Command> commands = {
      },
      true},
     {"verify", "look for damage in all files", DirectoryLock::Mode::shared,
-     verify},
+     verify, false, true},
     {"forget", "drop documents, so that the next run analyses them anew",
      DirectoryLock::Mode::exclusive, forget},
     {"compact", "give back the space that nothing uses any more",
@@ -168,6 +176,31 @@ const std::vector<Command> commands = {
      },
      true},
 };
+
+int run(const Command &command, Arguments &arguments) {
+  std::ios::sync_with_stdio(false);
+  DirectoryLock lock;
+  Failure failure;
+  std::string warning;
+  int status = exit_failed;
+  const std::string data =
+      command.takes_packed ? data_of(arguments.directory) : arguments.directory;
+  if (expand_names(arguments.names, failure) &&
+      take_lock(lock, data, command.lock, warning, failure)) {
+    if (!warning.empty())
+      vek::report(program, "warning: " + escaped(warning));
+    if (is_data_directory(data, failure))
+      status = command.action(arguments, failure);
+  }
+  std::cout.flush();
+  if (!std::cout) {
+    std::perror(program);
+    return exit_failed;
+  }
+  if (status == exit_failed)
+    vek::report(program, escaped(failure.text()));
+  return status;
+}
 
 // Sets `chosen` when the command is on the command line.
 void add_command(CLI::App &app, const Command &command, Arguments &arguments,
@@ -193,6 +226,34 @@ void add_command(CLI::App &app, const Command &command, Arguments &arguments,
     sub.add_flag("-j,--json", arguments.json, "write JSON");
 }
 
+void add_pack(CLI::App &app, Packing &packing) {
+  CLI::App &sub = *app.add_subcommand(
+      "pack", "put what judging needs into one directory, to hand on");
+  sub.add_option("directory", packing.place.directory,
+                 "where vek is called, or a packed model")
+      ->required();
+  sub.add_option("model", packing.destination, "directory not there yet")
+      ->required();
+  sub.add_option("-r,--resources", packing.place.resource_file,
+                 "resource file, as vek's -r");
+  sub.add_option("-d,--data", packing.place.data_directory,
+                 "data directory, as vek's -d");
+  std::vector<std::string> letters;
+  for (const vek::Classifier &classifier : vek::classifiers())
+    letters.emplace_back(1, classifier.option_letter);
+  sub.add_option_function<std::string>(
+         "-a,--algorithm",
+         [&packing](const std::string &text) {
+           packing.place.algorithm = vek::algorithm_of_letter(text[0]);
+         },
+         "classifier, as vek's -a")
+      ->check(CLI::IsMember(letters));
+  sub.add_option_function<std::string>(
+      "-c,--analyser",
+      [&packing](const std::string &text) { packing.analyser = text; },
+      "command line of the analyser where the model will be used");
+}
+
 }  // namespace
 
 int main(int nr_arguments, char **arguments) {
@@ -203,17 +264,19 @@ int main(int nr_arguments, char **arguments) {
   const Command *chosen_P = nullptr;
   for (const Command &command : commands)
     add_command(line.app(), command, values, chosen_P);
+  add_pack(line.app(), values.packing);
   line.app().require_subcommand(0, 1);
   line.app().footer(
       "Exit status: 0 done, 1 damaged or a name that is not known, 2 failure");
   if (const std::optional<int> status = line.parse(nr_arguments, arguments))
     return *status;
-  if (chosen_P == nullptr) {
+  const bool packs = line.app().got_subcommand("pack");
+  if (chosen_P == nullptr && !packs) {
     vek::report(program, "a command is needed; -h shows them");
     return vek::exit_usage;
   }
   try {
-    return run(chosen_P->action, chosen_P->lock, values);
+    return packs ? pack(values.packing) : run(*chosen_P, values);
   } catch (const std::bad_alloc &) {
     vek::report(program, "out of memory");
     return exit_failed;

@@ -283,7 +283,7 @@ void Verification::check_judging(const ClassFiles &files,
   Judging judging;
   if (!files.read(judging_name, text, failure)) {
     damage(failure, learn_again);
-  } else if (!text.empty() && !judging.parse(text, classes.size())) {
+  } else if (!text.empty() && !judging.parse(text, classes)) {
     damage({path(judging_name), "",
             "format error, or of another number of classes"},
            learn_again);

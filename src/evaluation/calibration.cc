@@ -15,10 +15,16 @@ namespace vek {
 namespace {
 
 // A curve's parameters, which multiply what is known of a document: the slopes
-// and the inclusion, none of which is negative, then the intercept.
+// and the inclusion, none of which is negative, the intercept, which multiplies
+// 1, and the factors of sons.
 constexpr std::size_t nr_slopes = Calibration::nr_pieces + 1;
-constexpr std::size_t nr_parameters = nr_slopes + 1;
-using Parameters = std::array<WeightType, nr_parameters>;
+constexpr std::size_t nr_of_all = nr_slopes + 1;
+using Parameters = std::vector<WeightType>;
+
+// What each is drawn to its beginning with: 1 / variance of its prior.
+WeightType precision_of(std::size_t parameter) {
+  return parameter < nr_of_all ? 1.0 : 30.0;
+}
 
 // The sum of the logarithms of many numbers, by that of their product.
 class LogarithmOfProduct {
@@ -67,6 +73,30 @@ std::pair<WeightType, WeightType> mean_and_deviation(
   return {mean, deviation > 1e-12 * std::abs(mean) ? deviation : 1.0};
 }
 
+// A feature in units in which it has the mean 0 and the deviation 1. What is no
+// number counts as 0 before.
+struct Units {
+  Units() = default;
+  explicit Units(std::span<const WeightType> values) {
+    std::vector<WeightType> numbers;
+    for (const WeightType value : values) {
+      if (std::isfinite(value))
+        numbers.push_back(value);
+    }
+    std::tie(mean, deviation) = mean_and_deviation(numbers);
+    if (!std::isfinite(mean) || !std::isfinite(deviation)) {
+      mean = 0.0;
+      deviation = std::numeric_limits<WeightType>::infinity();
+    }
+  }
+  WeightType operator()(WeightType value) const {
+    return ((std::isfinite(value) ? value : 0.0) - mean) / deviation;
+  }
+
+  WeightType mean = 0.0;
+  WeightType deviation = 1.0;
+};
+
 // One class's curve while it is fitted. A document has the probability
 //   e^v / (rest + e^v)
 // with the curve's value v, and `rest` 1 or the sum of e^v of its brothers.
@@ -75,7 +105,7 @@ class CurveFit {
   CurveFit(const Calibration &start, const CalibrationColumn &column,
            std::span<const WeightType> weights);
 
-  std::size_t size() const { return pieces_.size(); }
+  std::size_t size() const { return shares_.size(); }
   // e^v of a document.
   WeightType power(std::size_t i) const { return powers_[i]; }
 
@@ -86,30 +116,27 @@ class CurveFit {
   // moved most; 0 where no step makes it better.
   WeightType improve(std::span<const WeightType> rests);
 
-  Calibration result() const {
-    Calibration calibration = start_;
-    std::copy_n(parameters_.begin(), calibration.slopes.size(),
-                calibration.slopes.begin());
-    calibration.inclusion = parameters_[nr_slopes - 1] / deviation_;
-    calibration.intercept = parameters_.back() - calibration.inclusion * mean_;
-    return calibration;
-  }
+  Calibration result() const;
 
  private:
-  using Pieces = std::array<WeightType, nr_slopes>;
-
-  void add(WeightType score, WeightType inclusive, WeightType share);
-  static WeightType value(const Parameters &parameters, const Pieces &pieces) {
-    WeightType sum = parameters.back();
-    for (std::size_t k = 0; k < pieces.size(); ++k)
-      sum += parameters[k] * pieces[k];
+  std::size_t nr_parameters() const { return parameters_.size(); }
+  // What the parameters multiply.
+  const WeightType *features(std::size_t i) const {
+    return features_.data() + i * nr_parameters();
+  }
+  void add(const CalibrationColumn &column, std::size_t i, WeightType share);
+  WeightType value(const Parameters &parameters, std::size_t i) const {
+    const WeightType *const x_P = features(i);
+    WeightType sum = 0.0;
+    for (std::size_t k = 0; k < parameters.size(); ++k)
+      sum += parameters[k] * x_P[k];
     return bounded(sum);
   }
   WeightType penalty(const Parameters &parameters) const {
     WeightType sum = 0.0;
-    for (std::size_t k = 0; k < nr_parameters; ++k) {
+    for (std::size_t k = 0; k < parameters.size(); ++k) {
       const WeightType distance = parameters[k] - prior_[k];
-      sum += distance * distance;
+      sum += precision_of(k) * distance * distance;
     }
     return 0.5 * sum;
   }
@@ -119,12 +146,11 @@ class CurveFit {
                      std::vector<WeightType> &powers) const;
 
   Calibration start_;
-  // Of the inclusive values, which are fitted in units of these.
-  WeightType mean_ = 0.0;
-  WeightType deviation_ = 1.0;
-  Parameters parameters_ = {};
-  Parameters prior_ = {};
-  std::vector<Pieces> pieces_;
+  Units units_;  // of the inclusive values
+  std::vector<Units> units_of_sons_;
+  Parameters parameters_;
+  Parameters prior_;
+  std::vector<WeightType> features_;  // of one document after the other
   std::vector<WeightType> shares_;
   std::vector<WeightType> powers_;
   std::vector<WeightType> trial_;
@@ -133,92 +159,125 @@ class CurveFit {
 CurveFit::CurveFit(const Calibration &start, const CalibrationColumn &column,
                    std::span<const WeightType> weights)
     : start_(start) {
-  std::ranges::copy(start.slopes, parameters_.begin());
-  parameters_.back() = start.intercept;
-  prior_ = parameters_;
+  prior_.assign(start.slopes.begin(), start.slopes.end());
+  prior_.push_back(0.0);
+  prior_.push_back(start.intercept);
+  prior_.resize(nr_of_all + column.scores_of_sons.size());
+  parameters_ = prior_;
   if (!column.inclusive.empty())
-    std::tie(mean_, deviation_) = mean_and_deviation(column.inclusive);
+    units_ = Units(column.inclusive);
+  for (const std::vector<WeightType> &scores : column.scores_of_sons)
+    units_of_sons_.emplace_back(scores);
   const auto nr_docs =
       column.scores.size() - std::size_t(std::ranges::count(weights, 0.0));
-  pieces_.reserve(nr_docs);
+  features_.reserve(nr_docs * nr_parameters());
   shares_.reserve(nr_docs);
   powers_.reserve(nr_docs);
   for (std::size_t i = 0; i < column.scores.size(); ++i) {
-    if (weights[i] == 0.0)
-      continue;
-    add(column.scores[i],
-        column.inclusive.empty() ? mean_ : column.inclusive[i],
-        column.is_member[i] != 0 ? weights[i] : 0.0);
+    if (weights[i] != 0.0)
+      add(column, i, column.is_member[i] != 0 ? weights[i] : 0.0);
   }
 }
 
 // `share` is what the class has of the document: 1, or less of one that is in
 // several sons, or 0.
-void CurveFit::add(WeightType score, WeightType inclusive, WeightType share) {
+void CurveFit::add(const CalibrationColumn &column, std::size_t i,
+                   WeightType share) {
+  const WeightType score = column.scores[i];
   const WeightType z = std::isfinite(score)
                            ? start_.factor * score + start_.offset
                            : Calibration::hopeless;
-  const auto [low, middle, high] = pieces_of(bounded(z));
-  pieces_.push_back({low, middle, high, (inclusive - mean_) / deviation_});
+  const auto pieces = pieces_of(bounded(z));
+  features_.insert(features_.end(), pieces.begin(), pieces.end());
+  features_.push_back(column.inclusive.empty() ? 0.0
+                                               : units_(column.inclusive[i]));
+  features_.push_back(1.0);
+  for (std::size_t son = 0; son < units_of_sons_.size(); ++son)
+    features_.push_back(units_of_sons_[son](column.scores_of_sons[son][i]));
   shares_.push_back(share);
-  powers_.push_back(exponential(value(parameters_, pieces_.back())));
+  powers_.push_back(exponential(value(parameters_, size() - 1)));
 }
 
-// Solves the symmetric positive definite system for the parameters that are
-// free, by elimination without pivots; the others get 0.
-Parameters solve(std::array<Parameters, nr_parameters> matrix, Parameters right,
-                 const std::array<bool, nr_parameters> &free) {
-  for (std::size_t k = 0; k < nr_parameters; ++k) {
+Calibration CurveFit::result() const {
+  Calibration calibration = start_;
+  std::copy_n(parameters_.begin(), calibration.slopes.size(),
+              calibration.slopes.begin());
+  calibration.inclusion = parameters_[nr_slopes - 1] / units_.deviation;
+  calibration.intercept =
+      parameters_[nr_slopes] - calibration.inclusion * units_.mean;
+  for (std::size_t son = 0; son < units_of_sons_.size(); ++son) {
+    const WeightType factor =
+        parameters_[nr_of_all + son] / units_of_sons_[son].deviation;
+    calibration.factors_of_sons.push_back(factor);
+    calibration.intercept -= factor * units_of_sons_[son].mean;
+  }
+  return calibration;
+}
+
+// A symmetric positive definite matrix, of which only the upper half is used.
+struct Matrix {
+  explicit Matrix(std::size_t n) : size(n), values(n * n) {}
+  WeightType *row(std::size_t k) { return values.data() + k * size; }
+
+  std::size_t size;
+  std::vector<WeightType> values;
+};
+
+// Solves the system for the parameters that are free, by elimination without
+// pivots; the others get 0.
+Parameters solve(Matrix &matrix, Parameters right,
+                 const std::vector<bool> &free) {
+  const std::size_t n = matrix.size;
+  for (std::size_t k = 0; k < n; ++k) {
     if (free[k])
       continue;
-    for (std::size_t j = 0; j < nr_parameters; ++j)
-      matrix[k][j] = matrix[j][k] = 0.0;
-    matrix[k][k] = 1.0;
+    for (std::size_t j = 0; j < n; ++j)
+      matrix.row(std::min(j, k))[std::max(j, k)] = 0.0;
+    matrix.row(k)[k] = 1.0;
     right[k] = 0.0;
   }
-  for (std::size_t k = 0; k < nr_parameters; ++k) {
-    for (std::size_t i = k + 1; i < nr_parameters; ++i) {
-      const WeightType factor = matrix[i][k] / matrix[k][k];
-      for (std::size_t j = k; j < nr_parameters; ++j)
-        matrix[i][j] -= factor * matrix[k][j];
+  for (std::size_t k = 0; k < n; ++k) {
+    for (std::size_t i = k + 1; i < n; ++i) {
+      const WeightType factor = matrix.row(k)[i] / matrix.row(k)[k];
+      for (std::size_t j = i; j < n; ++j)
+        matrix.row(i)[j] -= factor * matrix.row(k)[j];
       right[i] -= factor * right[k];
     }
   }
-  for (std::size_t k = nr_parameters; k-- > 0;) {
-    for (std::size_t j = k + 1; j < nr_parameters; ++j)
-      right[k] -= matrix[k][j] * right[j];
-    right[k] /= matrix[k][k];
+  for (std::size_t k = n; k-- > 0;) {
+    for (std::size_t j = k + 1; j < n; ++j)
+      right[k] -= matrix.row(k)[j] * right[j];
+    right[k] /= matrix.row(k)[k];
   }
   return right;
 }
 
 Parameters CurveFit::newton_step(std::span<const WeightType> rests) const {
-  Parameters gradient = {};
-  std::array<Parameters, nr_parameters> curvature = {};
+  const std::size_t n = nr_parameters();
+  Parameters gradient(n);
+  Matrix curvature(n);
   for (std::size_t i = 0; i < size(); ++i) {
     const WeightType p = powers_[i] / (rests[i] + powers_[i]);
     const WeightType error = p - shares_[i];
     const WeightType weight = p * (1.0 - p);
-    Parameters x = {};
-    std::ranges::copy(pieces_[i], x.begin());
-    x.back() = 1.0;
-    for (std::size_t k = 0; k < nr_parameters; ++k) {
-      gradient[k] += error * x[k];
-      for (std::size_t j = k; j < nr_parameters; ++j)
-        curvature[k][j] += weight * x[k] * x[j];
+    const WeightType *const x_P = features(i);
+    for (std::size_t k = 0; k < n; ++k) {
+      gradient[k] += error * x_P[k];
+      const WeightType weighted = weight * x_P[k];
+      WeightType *const row_P = curvature.row(k);
+      for (std::size_t j = k; j < n; ++j)
+        row_P[j] += weighted * x_P[j];
     }
   }
-  std::array<bool, nr_parameters> free = {};
-  for (std::size_t k = 0; k < nr_parameters; ++k) {
-    gradient[k] += parameters_[k] - prior_[k];
-    curvature[k][k] += 1.0;
-    for (std::size_t j = 0; j < k; ++j)
-      curvature[k][j] = curvature[j][k];
+  std::vector<bool> free(n);
+  for (std::size_t k = 0; k < n; ++k) {
+    gradient[k] += precision_of(k) * (parameters_[k] - prior_[k]);
+    curvature.row(k)[k] += precision_of(k);
     // A slope of 0 that wants to be less stays (Bertsekas, Projected Newton
     // methods, 1982).
-    free[k] = k == nr_slopes || parameters_[k] > 0.0 || gradient[k] < 0.0;
+    free[k] = k >= nr_slopes || parameters_[k] > 0.0 || gradient[k] < 0.0;
   }
-  return solve(curvature, gradient, free);
+  return solve(curvature, std::move(gradient), free);
 }
 
 // The negative logarithm of the likelihood, less that of the parameters that
@@ -230,11 +289,11 @@ WeightType CurveFit::loss_of(const Parameters &parameters,
   WeightType gain = 0.0;
   powers.resize(size());
   for (std::size_t i = 0; i < size(); ++i) {
-    const WeightType v = value(parameters, pieces_[i]);
+    const WeightType v = value(parameters, i);
     powers[i] = exponential(v);
     product.multiply((rests[i] + powers[i]) / (rests[i] + powers_[i]));
     if (shares_[i] != 0.0)
-      gain += shares_[i] * (v - value(parameters_, pieces_[i]));
+      gain += shares_[i] * (v - value(parameters_, i));
   }
   return product.value() - gain + penalty(parameters) - penalty(parameters_);
 }
@@ -245,7 +304,7 @@ WeightType CurveFit::improve(std::span<const WeightType> rests) {
   for (WeightType length = 1.0; length >= shortest; length /= 2.0) {
     Parameters candidate = parameters_;
     WeightType moved = 0.0;
-    for (std::size_t k = 0; k < nr_parameters; ++k) {
+    for (std::size_t k = 0; k < nr_parameters(); ++k) {
       candidate[k] -= length * step[k];
       if (k < nr_slopes)
         candidate[k] = std::max(candidate[k], 0.0);
@@ -253,7 +312,7 @@ WeightType CurveFit::improve(std::span<const WeightType> rests) {
     }
     if (!(loss_of(candidate, rests, trial_) < 0.0))
       continue;
-    parameters_ = candidate;
+    parameters_ = std::move(candidate);
     powers_.swap(trial_);
     return moved;
   }
@@ -310,13 +369,19 @@ void fit_together(std::vector<CurveFit> &fits) {
 
 }  // namespace
 
-WeightType Calibration::logit(WeightType score, WeightType inclusive) const {
+WeightType Calibration::logit(
+    WeightType score, WeightType inclusive,
+    std::span<const WeightType> scores_of_sons) const {
   if (!std::isfinite(score))
     return hopeless;
   const auto pieces = pieces_of(bounded(factor * score + offset));
   WeightType sum = intercept + inclusion * inclusive;
   for (std::size_t k = 0; k < pieces.size(); ++k)
     sum += slopes[k] * pieces[k];
+  for (std::size_t son = 0; son < factors_of_sons.size(); ++son) {
+    if (std::isfinite(scores_of_sons[son]))
+      sum += factors_of_sons[son] * scores_of_sons[son];
+  }
   // A stored curve can have numbers of any size.
   return std::isnan(sum) ? hopeless : bounded(sum);
 }

@@ -5,18 +5,21 @@
 // outputs for support vector machines, 1999, with his targets for few
 // documents). Scores are seldom logistic to the ends, so the curve may then
 // bend where its probability is about 1/8 and 7/8: its logit is a line in three
-// pieces. A class with sons also hears them: to its logit comes a part of their
-// inclusive value, the logarithm of the sum of e^logit (the nested logit model;
-// McFadden, Modelling the choice of residential location, 1978). For a group
-// may be so wide that its own terms tell little, while its sons are easy to
-// tell.
+// pieces. A class with sons also hears them, for a group may be so wide that
+// its own terms tell little, while its sons are easy to tell. To its logit
+// comes a part of their inclusive value, the logarithm of the sum of e^logit
+// (the nested logit model; McFadden, Modelling the choice of residential
+// location, 1978), and, where they are not too many, the score of each son by a
+// factor of its own (stacked generalisation; Ting and Witten, Issues in stacked
+// generalization, Journal of Artificial Intelligence Research 10, 1999).
 //
 // Where a document has one class, the sons of a father share the probability of
 // 1 (a softmax of their logits; Guo, Pleiss, Sun and Weinberger, On calibration
 // of modern neural networks, ICML 2017, who call it vector scaling), and their
 // curves are fitted to that together. What few documents say cannot bend a
 // curve far: each parameter is drawn to where it began by a normal prior of
-// variance 1.
+// variance 1, the factors of sons (for scores with the deviation 1) by one of
+// variance 1/30.
 //
 // All fits are maxima of a likelihood that has only one, by Newton's method
 // with steps that never lessen it; all sums have one order.
@@ -48,21 +51,31 @@ struct Calibration {
   WeightType intercept = -knot;
   // How much of the inclusive value is added, at least 0.
   WeightType inclusion = 0.0;
+  // The factor of each son's score; empty if they are not heard one by one.
+  std::vector<WeightType> factors_of_sons;
 
-  // What the score says, and the inclusive value of the sons (of a leaf, 0); a
-  // score that is no number says `hopeless`.
-  WeightType logit(WeightType score, WeightType inclusive) const;
+  // More sons are heard by their inclusive value alone: a fit takes time by the
+  // square of their number.
+  static constexpr std::size_t most_heard = 64;
+
+  // What the score says, the inclusive value of the sons (of a leaf, 0) and
+  // their scores, as many as there are factors; a score that is no number says
+  // `hopeless`, that of a son counts as 0.
+  WeightType logit(WeightType score, WeightType inclusive,
+                   std::span<const WeightType> scores_of_sons = {}) const;
 
   bool operator==(const Calibration &) const = default;
 };
 
 // What the curve of one class is fitted to: the score of each document that is
 // in the father, the inclusive value of the class's sons (none for a leaf), and
-// whether the document is in the class.
+// whether the document is in the class; and of each son that is heard the
+// scores of these documents.
 struct CalibrationColumn {
   std::vector<WeightType> scores;
   std::vector<WeightType> inclusive;
   std::vector<std::uint8_t> is_member;
+  std::vector<std::vector<WeightType>> scores_of_sons = {};
 };
 
 // The logistic curve alone. Without a member it is `hopeless`; where scores say

@@ -8,7 +8,8 @@
 namespace vek {
 namespace {
 
-constexpr std::string_view first_word = "vek-judging 1\n";
+constexpr std::string_view first_word = "vek-judging 2\n";
+constexpr std::string_view older_first_word = "vek-judging 1\n";
 
 bool read_class(FieldReader &fields, ClassJudging &record) {
   Calibration &calibration = record.calibration;
@@ -21,6 +22,21 @@ bool read_class(FieldReader &fields, ClassJudging &record) {
       return false;
   }
   return record.threshold >= 0.0 && record.threshold <= 1.0;
+}
+
+bool read_factors(FieldReader &fields, const ClassData &data,
+                  std::vector<WeightType> &factors) {
+  std::uint32_t count = 0;
+  if (!fields.read(count) ||
+      (count != 0 && count != heard_classes(data).size())) {
+    return false;
+  }
+  factors.resize(count);
+  for (WeightType &factor : factors) {
+    if (!fields.read(factor) || !std::isfinite(factor))
+      return false;
+  }
+  return true;
 }
 
 // A father stands before its sons in the order of ids.
@@ -46,6 +62,9 @@ std::string Judging::text() const {
   append_number(text, nr_parts);
   text += share ? "\t1\t" : "\t0\t";
   append_number(text, classes.size());
+  text += '\t';
+  append_number(
+      text, static_cast<std::uint32_t>(algorithm.value_or(Algorithm::winnow)));
   text += '\n';
   for (const ClassJudging &record : classes) {
     const Calibration &calibration = record.calibration;
@@ -57,33 +76,59 @@ std::string Judging::text() const {
       text += '\t';
     }
     append_exact_real(text, record.threshold);
+    text += '\t';
+    append_number(text, calibration.factors_of_sons.size());
+    for (const WeightType factor : calibration.factors_of_sons) {
+      text += '\t';
+      append_exact_real(text, factor);
+    }
     text += '\n';
   }
   return text;
 }
 
-bool Judging::parse(std::string_view text, std::size_t nr_classes) {
+bool Judging::parse(std::string_view text, const ClassTable &table) {
   *this = {};
-  if (!text.starts_with(first_word))
+  const bool is_older = text.starts_with(older_first_word);
+  if (!is_older && !text.starts_with(first_word))
     return false;
   FieldReader fields(text.substr(first_word.size()));
   Judging read;
   std::uint32_t shares = 0;
   std::uint32_t count = 0;
   if (!fields.read(read.nr_parts) || !fields.read(shares) || shares > 1 ||
-      !fields.read(count) || count != nr_classes) {
+      !fields.read(count) || count != table.size()) {
     return false;
   }
-  read.share = shares == 1;
-  read.classes.resize(nr_classes);
-  for (ClassJudging &record : read.classes) {
-    if (!read_class(fields, record))
+  std::uint32_t number = 0;
+  if (!is_older) {
+    if (!fields.read(number) ||
+        number > static_cast<std::uint32_t>(Algorithm::linear)) {
       return false;
+    }
+    read.algorithm = static_cast<Algorithm>(number);
+  }
+  read.share = shares == 1;
+  read.classes.resize(count);
+  for (std::uint32_t id = 0; id < count; ++id) {
+    ClassJudging &record = read.classes[id];
+    if (!read_class(fields, record) ||
+        (!is_older && !read_factors(fields, table.get_data(id),
+                                    record.calibration.factors_of_sons))) {
+      return false;
+    }
   }
   if (!fields.at_end())
     return false;
   *this = std::move(read);
   return true;
+}
+
+const std::vector<ClassData *> &heard_classes(const ClassData &data) {
+  const ClassData *data_P = &data;
+  while (data_P->sons.size() == 1)
+    data_P = data_P->sons.front();
+  return data_P->sons;
 }
 
 void path_probabilities(const ClassTable &classes, const Judging &judging,
@@ -101,8 +146,13 @@ void path_probabilities(const ClassTable &classes, const Judging &judging,
     // An only son has no logit, and hands on what it hears.
     inclusive[id] = data.sons.size() == 1 ? inclusive[data.sons.front()->id]
                                           : inclusive_value(values);
-    logits[id] =
-        judging.classes[id].calibration.logit(evidence[id], inclusive[id]);
+    const Calibration &calibration = judging.classes[id].calibration;
+    values.clear();
+    if (!calibration.factors_of_sons.empty()) {
+      for (const ClassData *son_P : heard_classes(data))
+        values.push_back(evidence[son_P->id]);
+    }
+    logits[id] = calibration.logit(evidence[id], inclusive[id], values);
   }
   go_down(classes, probabilities,
           [&](const std::vector<ClassData *> &sons,

@@ -4,6 +4,7 @@
 #define VEK_EVALUATION_JUDGING_H_
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -12,6 +13,7 @@
 #include "base/helpers.h"
 #include "classes/classtab.h"
 #include "evaluation/calibration.h"
+#include "params/params.h"
 
 namespace vek {
 
@@ -26,6 +28,8 @@ struct ClassJudging {
 };
 
 struct Judging {
+  // Whose scores they were; empty if that is not known.
+  std::optional<Algorithm> algorithm;
   // Parts of the training documents that were held out in turn.
   std::uint32_t nr_parts = 0;
   // The sons of a father share the probability of 1.
@@ -35,15 +39,25 @@ struct Judging {
 
   bool operator==(const Judging &) const = default;
 
-  // The text form: `vek-judging 1`, nr_parts, 1 or 0 for `share` and the number
-  // of classes, then a line for each class by id: factor, offset, three slopes,
-  // intercept, inclusion and threshold. Numbers have all their digits, and tabs
-  // between them.
+  // The text form: `vek-judging 2`, nr_parts, 1 or 0 for `share`, the number of
+  // classes and that of the algorithm, then a line for each class by id:
+  // factor, offset, three slopes, intercept, inclusion, threshold, the number
+  // of sons that are heard one by one, and their factors. Numbers have all
+  // their digits, and tabs between them.
   std::string text() const;
-  // Reads that form. False, and nothing learnt, if the text is not of it, or is
-  // about another number of classes than `nr_classes`.
-  bool parse(std::string_view text, std::size_t nr_classes);
+  // Reads that form, or that of `vek-judging 1`, which has no algorithm, and
+  // whose lines end with the threshold. False, and nothing learnt, if the text
+  // is of neither, or does not fit these classes.
+  bool parse(std::string_view text, const ClassTable &table);
+  // It says nothing of the scores of that algorithm.
+  bool is_of_another(Algorithm other) const {
+    return algorithm && *algorithm != other;
+  }
 };
+
+// The classes that a class hears: its sons, or those of an only son. Empty for
+// a leaf.
+const std::vector<ClassData *> &heard_classes(const ClassData &data);
 
 // Given the evidence for each class among its brothers (by class id; the top
 // class's is not looked at), sets `probabilities` to those of the whole path to

@@ -89,7 +89,11 @@ class Subject {
       return false;
     }
     KeptModel::Cause cause{};
-    return model_.profile_file(text_path_, profile_, failure, cause);
+    if (model_.profile_file(text_path_, profile_, failure, cause))
+      return true;
+    if (document == standard_input)
+      failure.file = "standard input";
+    return false;
   }
 
   // False if there is a text and it cannot be read or analysed. A stored

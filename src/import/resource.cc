@@ -65,6 +65,8 @@ std::string resource_text(const std::string &language, std::size_t nr_classes) {
       "insignificant best\n"
       "# For vek-report.\n"
       "predictions on\n"
+      "# The model is kept, for vek-sort and others.\n"
+      "save on\n"
       "\n"
       "[Winnow]\n"
       "# A thick threshold, and small steps.\n"

@@ -29,15 +29,19 @@ std::vector<std::uint8_t> members_of(const ClassData &data,
   return is_member;
 }
 
+std::vector<WeightType> scores_of(const ClassData &data, const TrainingSet &set,
+                                  const ScoreMatrix &matrix) {
+  std::vector<WeightType> scores;
+  scores.reserve(set.documents().size());
+  for (std::size_t i = 0; i < set.documents().size(); ++i)
+    scores.push_back(matrix.row(i)[data.id]);
+  return scores;
+}
+
 // Of all documents.
 CalibrationColumn column_of(const ClassData &data, const TrainingSet &set,
                             const ScoreMatrix &matrix) {
-  CalibrationColumn column;
-  column.is_member = members_of(data, set);
-  column.scores.reserve(set.documents().size());
-  for (std::size_t i = 0; i < set.documents().size(); ++i)
-    column.scores.push_back(matrix.row(i)[data.id]);
-  return column;
+  return {scores_of(data, set, matrix), {}, members_of(data, set)};
 }
 
 // Of the documents at those places.
@@ -49,6 +53,11 @@ CalibrationColumn part_of(const CalibrationColumn &column,
     part.is_member.push_back(column.is_member[place]);
     if (!column.inclusive.empty())
       part.inclusive.push_back(column.inclusive[place]);
+  }
+  for (const std::vector<WeightType> &scores : column.scores_of_sons) {
+    std::vector<WeightType> &kept = part.scores_of_sons.emplace_back();
+    for (const std::size_t place : places)
+      kept.push_back(scores[place]);
   }
   return part;
 }
@@ -87,6 +96,11 @@ std::vector<WeightType> fit_father(
     columns.push_back(column_of(*son_P, set, matrix));
     if (!son_P->sons.empty())
       columns.back().inclusive = inclusive.at(son_P->id);
+    const std::vector<ClassData *> &heard = heard_classes(*son_P);
+    if (father.sons.size() == 1 || heard.size() > Calibration::most_heard)
+      continue;
+    for (const ClassData *heard_P : heard)
+      columns.back().scores_of_sons.push_back(scores_of(*heard_P, set, matrix));
   }
   // An only son is certain, and hands on what it hears.
   if (columns.size() == 1) {
@@ -101,12 +115,16 @@ std::vector<WeightType> fit_father(
     judging.classes[father.sons[i]->id].calibration = curves[i];
   std::vector<WeightType> result(nr_docs);
   std::vector<WeightType> logits(curves.size());
+  std::vector<WeightType> heard;
   for (std::size_t doc = 0; doc < nr_docs; ++doc) {
     for (std::size_t i = 0; i < curves.size(); ++i) {
       const CalibrationColumn &column = columns[i];
+      heard.clear();
+      for (const std::vector<WeightType> &scores : column.scores_of_sons)
+        heard.push_back(scores[doc]);
       logits[i] = curves[i].logit(
           column.scores[doc],
-          column.inclusive.empty() ? 0.0 : column.inclusive[doc]);
+          column.inclusive.empty() ? 0.0 : column.inclusive[doc], heard);
     }
     result[doc] = inclusive_value(logits);
   }
@@ -158,6 +176,7 @@ Judging learn_judging(const ClassTable &classes, const TrainingSet &set,
                       const ScoreMatrix &matrix, std::uint32_t nr_parts,
                       const Params &params) {
   Judging judging;
+  judging.algorithm = params.algorithm;
   judging.nr_parts = nr_parts;
   judging.share = params.max_ranks == 1;
   judging.classes.resize(classes.size());

@@ -5,6 +5,11 @@
 namespace vek {
 namespace {
 
+void clear_sums(ClassData &data) {
+  for (ClassProfile::Slot &slot : data.profile)
+    slot.entry.weight = 0.0;
+}
+
 WeightType term_weight(const RocchioParams &params, const ClassData &son,
                        WeightType sum_in_son, WeightType sum_in_father) {
   // Each document of the son is one of the father's and counts there once, even
@@ -26,7 +31,16 @@ WeightType term_weight(const RocchioParams &params, const ClassData &son,
 void train_rocchio(const Training &training) {
   // The three steps in this order for each father: the weights of a document
   // hold for the father against which it was weighed last.
+  // A class between the top and the leaves has its sums as a son and as a
+  // father in one place.
+  const Params &params = training.params;
+  const bool clears = params.held_out > 1 || params.walk == WalkKind::path;
   for_each_father(training, "Rocchio", [&](ClassData &father) {
+    if (clears) {
+      clear_sums(father);
+      for (ClassData *son_P : father.sons)
+        clear_sums(*son_P);
+    }
     rocchio_weigh_documents(training, father);
     rocchio_sum_sons(training, father);
     rocchio_set_weights(training.params, father);

@@ -21,7 +21,9 @@
 
 namespace vek {
 
-// Trains all fathers of the class table.
+// Trains all fathers of the class table, in the order of their names. With the
+// path or with held-out parts each by its own sums; otherwise the sums of a
+// class as a father and as a son run together, in the order in which they come.
 void train_rocchio(const Training &training);
 
 // The one weight of an entry.

@@ -204,7 +204,13 @@ bool Model::read_classes(const Classifier &classifier, Failure &failure) {
   }
   if (classifier.restore_weights != nullptr)
     classifier.restore_weights(classes_);
-  return read_judging(failure);
+  if (!read_judging(failure))
+    return false;
+  // As in a run of vek: what another classifier's scores stand for says
+  // nothing.
+  if (judging_.is_of_another(classifier.algorithm))
+    judging_ = {};
+  return true;
 }
 
 bool Model::read_judging(Failure &failure) {
@@ -217,7 +223,7 @@ bool Model::read_judging(Failure &failure) {
     return true;
   if (!read_class_file(judging_name, text, failure))
     return false;
-  if (text.empty() || judging_.parse(text, classes_.size()))
+  if (text.empty() || judging_.parse(text, classes_))
     return true;
   failure = {path, "", "format error"};
   return false;

@@ -304,13 +304,18 @@ void open_data_base() {
 
 void read_judging() {
   std::string text;
-  if (!data_base.read_judging(text) || text.empty() ||
-      judging.parse(text, class_table.size())) {
+  if (!data_base.read_judging(text) || text.empty())
     return;
+  const Path path(params.data_directory, judging_name, "");
+  if (!judging.parse(text, class_table)) {
+    report_file_error(path, FileError::read);
+    abort_run();
   }
-  report_file_error(Path(params.data_directory, judging_name, ""),
-                    FileError::read);
-  abort_run();
+  if (judging.is_of_another(params.algorithm)) {
+    warning("%s is about the scores of %s and is not used", path.c_str(),
+            classifier_of(*judging.algorithm).name);
+    judging = {};
+  }
 }
 
 void test_classes(Judge &judge) {

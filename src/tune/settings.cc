@@ -134,6 +134,8 @@ std::string Settings::resource_text(const Params &place) const {
     line("analysertimeout", std::to_string(place.analyser_timeout));
   for (const char *key : {"fparameter", "save"})
     line(key, value(key));
+  if (place.predictions)
+    line("predictions", "on");
   text += "\n# How documents are weighed.\n";
   for (const char *key :
        {"termselection", "selectivity", "strength", "normalize"}) {

@@ -54,4 +54,25 @@ rm -rf out killed requests
 VEK_ANALYSE=$work/worker expect 0 "$script" -j 2 docs out
 results_are_right
 
+# On two more hosts, which begin elsewhere.
+cat >ssh <<'SSH'
+#!/bin/sh
+shift
+[ "$1" != -- ] || shift
+cd /
+exec sh -c "$*"
+SSH
+chmod +x ssh
+rm -rf out
+PARALLEL_SSH=$work/ssh VEK_ANALYSE=$program expect 0 "$script" -S :,north,south docs out
+results_are_right
+
+# What is missing is told once.
+expect 2 "$script" none out
+messages_are "$script: there is no directory $work/none"
+mkdir bin
+for tool in sh grep; do ln -s "$(command -v $tool)" bin; done
+PATH=$work/bin expect 2 "$script" docs out
+messages_are "$script: GNU parallel is missing; Debian's package is called parallel"
+
 finish

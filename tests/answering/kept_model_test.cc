@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "store/directorylock.h"
 #include "support/small_collection.h"
 #include "support/temporary_directory.h"
 
@@ -97,6 +98,10 @@ TEST_F(KeptModelTest, TellsWhatIsWrong) {
     KeptModel model;
     EXPECT_EQ(open(model, place).substr(0, expected.size()), expected);
   }
+  DirectoryLock lock;
+  lock.take("data", DirectoryLock::Mode::exclusive);
+  KeptModel model;
+  EXPECT_EQ(open(model, {}), "data: a run is using it");
 }
 
 TEST_F(KeptModelTest, TellsTextsFromAnAnalyserThatIsStartedAgain) {

@@ -84,7 +84,10 @@ class DataFaultTest : public SmallData,
     EXPECT_EQ(verified.status, 0) << verified.output << verified.errors;
     const std::string now = profiles();
     EXPECT_TRUE(now == old_ || now == new_) << now;
-    if (fs::exists("copied")) {
+    if (fs::exists("copied/manifest.json")) {
+      const Outcome packed = vek_data("verify copied");
+      EXPECT_EQ(packed.status, 0) << packed.output << packed.errors;
+    } else if (fs::exists("copied")) {
       EXPECT_EQ(files_of("copied"), files_of("before"));
     }
     if (outcome.status == 0) {
@@ -105,7 +108,7 @@ class DataFaultTest : public SmallData,
     const std::string command = GetParam().command;
     const Outcome again = vek_data(command);
     EXPECT_EQ(profiles(), new_) << again.errors;
-    EXPECT_EQ(fs::exists("copied"), command.starts_with("copy"));
+    EXPECT_EQ(fs::exists("copied"), command.ends_with("copied"));
     EXPECT_FALSE(fs::exists("data.compact"));
     EXPECT_FALSE(fs::exists("copied.part"));
     fs::remove_all("data");
@@ -160,7 +163,7 @@ INSTANTIATE_TEST_SUITE_P(
         Change{"ForgetAfterTornIndex", "forget data a2 none", Index::torn},
         Change{"Compact", "compact data"},
         Change{"CompactWithNewerCopy", "compact data", Index::older},
-        Change{"Copy", "copy data copied"}),
+        Change{"Copy", "copy data copied"}, Change{"Pack", "pack . copied"}),
     [](const auto &instance) { return std::string(instance.param.name); });
 
 // Of the directory there stays what was synced, or what chance has it.

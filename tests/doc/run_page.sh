@@ -2,11 +2,11 @@
 # Runs the commands of a page as they are written, and checks what the page says
 # comes of them.
 #
-#   run_page.sh [-C DIRECTORY] PAGE [PROGRAM-DIRECTORY...]
+#   run_page.sh [-k DIRECTORY] [-C DIRECTORY] PAGE [PROGRAM-DIRECTORY...]
 #
 # The commands are the page's fenced blocks "sh". They run in order in one
-# shell, that begins in DIRECTORY or else in an empty one, with an empty home,
-# and the first that fails ends the test. With program directories, which come
+# shell, that begins in the directory of -C or else in an empty one, with an
+# empty home, or that of -k, which is kept; the first that fails ends the test. With program directories, which come
 # first on the PATH then, the blocks "sh setup" are left out: they make known
 # programs that are not installed. These blocks are compared at their place:
 #   text output     what the block of commands before it has printed
@@ -20,6 +20,11 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir "$work/home" "$work/start"
 start=$work/start
+home=$work/home
+if [ "$1" = -k ]; then
+  home=$(realpath "$2")
+  shift 2
+fi
 if [ "$1" = -C ]; then
   start=$(realpath "$2")
   shift 2
@@ -106,7 +111,7 @@ awk -v setup=$setup '
 
 cd "$start"
 status=0
-env -u LANGUAGE HOME="$work/home" PATH="$path" LC_ALL=C.UTF-8 VEK_TEST="$work" \
+env -u LANGUAGE HOME="$home" PATH="$path" LC_ALL=C.UTF-8 VEK_TEST="$work" \
   sh "$work/script" </dev/null >"$work/result" 2>&1 || status=$?
 [ $status -eq 0 ] || cat "$work/result" >&2
 exit $status

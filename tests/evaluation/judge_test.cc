@@ -99,32 +99,43 @@ TEST_F(JudgeTest, IsKeptAsText) {
   judging.share = false;
   judging.classes[2].calibration.slopes = {0.1, 1.0 / 3, 0.0};
   judging.classes[3].threshold = 1e-3;
+  judging.algorithm = Algorithm::rocchio;
+  judging.classes[1].calibration.factors_of_sons = {0.5, -2.0};
   const std::string text = judging.text();
   Judging read;
-  EXPECT_TRUE(read.parse(text, classes.size()));
+  EXPECT_TRUE(read.parse(text, classes));
   EXPECT_EQ(read, judging);
-  EXPECT_FALSE(read.parse(text, classes.size() + 1));
+  EXPECT_FALSE(read.parse(text, ClassTable()));
   EXPECT_EQ(read, Judging());
   const std::pair<const char *, const char *> changes[] = {
-      {"judging 1", "judging 2"},
-      {"\t0\t6\n", "\t2\t6\n"},
+      {"judging 2", "judging 3"},
+      {"\t0\t6\t1\n", "\t2\t6\t1\n"},
+      {"\t0\t6\t1\n", "\t0\t6\t4\n"},
+      {"\t2\t0.5\t-2", "\t1\t0.5"},
+      {"\t2\t0.5\t-2", "\t2\t0.5\t"},
       {"0.1", "nan"},
       {"0.001", "-0.001"},
       {"0.001", "2"}};
   for (const auto &[from, to] : changes) {
     std::string damaged = text;
     damaged.replace(damaged.find(from), std::string(from).size(), to);
-    EXPECT_FALSE(read.parse(damaged, classes.size())) << from;
+    EXPECT_FALSE(read.parse(damaged, classes)) << from;
   }
-  EXPECT_FALSE(read.parse(text + "1", classes.size()));
+  EXPECT_FALSE(read.parse(text + "1", classes));
+  // Without algorithm and factors of sons.
+  std::string older = "vek-judging 1\n5\t1\t6\n";
+  for (int i = 0; i < 6; ++i)
+    older += "0\t-1\t1\t1\t1\t-2\t0\t0.5\n";
+  ASSERT_TRUE(read.parse(older, classes));
+  EXPECT_FALSE(read.algorithm);
   // Numbers of any size make no score that is no number.
   judging.classes[2].calibration.slopes = {1e308, 1e308, 1e308};
   judging.classes[2].calibration.intercept = 1e308;
   judging.classes[2].calibration.inclusion = -1e308;
-  ASSERT_TRUE(read.parse(judging.text(), classes.size()));
+  ASSERT_TRUE(read.parse(judging.text(), classes));
   const Calibration &curve = read.classes[2].calibration;
   EXPECT_TRUE(std::abs(curve.logit(100.0, 30.0)) <= 60.0);
-  EXPECT_FALSE(read.parse(text.substr(0, text.size() - 4), classes.size()));
+  EXPECT_FALSE(read.parse(text.substr(0, text.size() - 4), classes));
 }
 
 }  // namespace

@@ -264,6 +264,7 @@ TEST_F(ExplainTest, RefusesInWords) {
       {"-a R d0", ": no class profile of Rocchio: "},
       {"files/d0.txt", "files/d0.txt: analyser `./none' cannot be started: "},
       {"files", "files: no regular file\n"},
+      {"- </dev/null", "standard input: analyser `./none' "},
       {"--html none/p d0", "vek-explain: the word `"}};
   for (const auto &[arguments, message] : late) {
     const Outcome outcome = run(explain + std::string(arguments));

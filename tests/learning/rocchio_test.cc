@@ -66,5 +66,28 @@ TEST_F(Rocchio, TrainsAllFathers) {
             "Class b threshhold 6.904882\n");
 }
 
+// Classes are trained in the order of their names, and "a" comes before "top".
+TEST(RocchioByThePath, TakesNothingFromAnotherFather) {
+  const auto weights = [](const std::string &group, WalkKind walk) {
+    struct Collection : SmallCollection {
+    } collection;
+    collection.params.walk = walk;
+    collection.train("d1", {{1, 1}, {2, 2}}, {group + "/x"});
+    collection.train("d2", {{1, 4}, {3, 1}}, {group + "/y"});
+    collection.train("d3", {{1, 1}, {3, 2}, {4, 1}}, {"other"});
+    collection.gather();
+    train_for_judging(collection.training(), classifier_of(Algorithm::rocchio));
+    std::string text;
+    for (const std::string &path : {group, group + "/x", group + "/y"})
+      for (const std::uint32_t term : {1U, 2U, 3U}) {
+        const auto *entry_P = collection.at(path).profile.find(term);
+        text += entry_P == nullptr ? "-" : exact(entry_P->pos_weight);
+      }
+    return text;
+  };
+  EXPECT_EQ(weights("a", WalkKind::path), weights("z", WalkKind::path));
+  EXPECT_NE(weights("a", WalkKind::steps), weights("z", WalkKind::steps));
+}
+
 }  // namespace
 }  // namespace vek

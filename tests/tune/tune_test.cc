@@ -127,7 +127,7 @@ TEST_F(TuneTest, LeavesOutPairsThatHarm) {
 
 TEST_F(TuneTest, LeavesAKeptModelAlone) {
   fs::remove("test");
-  write_text("vek.rc", "[General] analyser \"\" save on\n");
+  write_text("vek.rc", "[General] analyser \"\" save on predictions on\n");
   ASSERT_EQ(run(VEK_PROGRAM " .").status, 0);
   const auto files_of = [] {
     std::map<std::string, std::string> files;
@@ -140,6 +140,8 @@ TEST_F(TuneTest, LeavesAKeptModelAlone) {
   const auto before = files_of();
   EXPECT_EQ(run(tune + std::string("-b 0.01 -o tuned .")).status, 0);
   EXPECT_EQ(files_of(), before);
+  EXPECT_NE(read_text("tuned.rc").find("\nsave on\npredictions on\n"),
+            std::string::npos);
   // A document more is analysed, and no class file changes.
   write_text("files/more.txt", "c1 other");
   write_text("train", train_ + "more k1\n");
