@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "answering/manifest.h"
 #include "base/command_line.h"
 #include "base/helpers.h"
 #include "data/names.h"
@@ -285,7 +286,8 @@ bool check_model(const std::string &directory, Failure &failure) {
   if (!vek::read_resources(directory, "", params, failure))
     return false;
   failure = {directory, "", ""};
-  if (vek::presence_of(directory + "/manifest.json") == vek::Presence::there) {
+  if (vek::presence_of(directory + "/" + vek::manifest_name) ==
+      vek::Presence::there) {
     failure.reason = "a packed model has no training list to add to";
   } else if (params.file_directory != "files") {
     failure.reason = "its texts are not in `files`, where they would be added";
