@@ -243,6 +243,7 @@ int main(int nr_arguments, char **arguments) {
   app.add_option("-b,--budget", values.budget,
                  "so many times the usual work, 0.01 to 1000 (1)")
       ->type_name("NUMBER")
+      ->check(vek::check_number)
       ->check(CLI::Range(0.01, 1000.0).description(""));
   app.add_flag("-f,--force", values.force, "replace the file if it is there");
   app.footer("Exit status: 0 done, 2 failure");
