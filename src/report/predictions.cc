@@ -328,8 +328,8 @@ bool find_predictions(const std::string &place, ClassNames &classes,
   if (failed || files.empty()) {
     failure = {place, "",
                failed ? std::strerror(errno)
-                      : "no predictions file; vek writes one with "
-                        "`predictions on' in its resource file"};
+                      : "no predictions file; vek writes one of the test "
+                        "documents with `predictions on' in its resource file"};
     return false;
   }
   // The names of files that are not chosen must not get among the classes.
