@@ -7,9 +7,11 @@
 #include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <new>
 #include <optional>
+#include <ranges>
 #include <string>
 #include <vector>
 
@@ -19,7 +21,6 @@
 #include "base/output_file.h"
 #include "data/directory_lock.h"
 #include "data/names.h"
-#include "intake/lists.h"
 #include "model/model.h"
 #include "params/resources.h"
 #include "tune/analysis.h"
@@ -95,13 +96,15 @@ class OpenData {
     return model_.open(directory, failure);
   }
   const Model &model() const { return model_; }
+  // In the order of the list, as vek would have analysed them.
   std::vector<std::string> missing(const Examples &examples) const {
-    std::vector<std::string> names;
+    std::map<std::size_t, std::string> names;
     for (const Examples::Example &example : examples.examples()) {
       if (!model_.documents().contains(example.name))
-        names.push_back(example.name);
+        names.emplace(example.place, example.name);
     }
-    return names;
+    const auto all = std::views::values(names);
+    return {all.begin(), all.end()};
   }
 
  private:
@@ -157,9 +160,10 @@ std::string without_slash(std::string path) {
   return path;
 }
 
-std::string result_text(const Arguments &arguments, const Finding &finding,
+std::string result_text(const Arguments &arguments, const Search &search,
                         std::size_t nr_classes, Params place) {
   char figures[200];
+  const Finding &finding = search.best();
   const Quality &quality = finding.quality;
   std::snprintf(figures, sizeof figures,
                 "# %zu documents, %zu classes, %u parts: precision %.2f %%, "
@@ -170,8 +174,9 @@ std::string result_text(const Arguments &arguments, const Finding &finding,
   std::string text =
       "# Settings that vek-tune has found for the training list of " +
       escaped(arguments.examples) +
-      ".\n# How documents of the list were judged that were held out:\n" +
-      figures;
+      ".\n# How documents of the list were judged that were held out, by the "
+      "best of " +
+      std::to_string(search.nr_trials()) + " trials:\n" + figures;
   if (finding.settings.value("terms") == "words") {
     place.analyser += " -t words";
     place.data_directory = without_slash(place.data_directory) + "-words";
@@ -188,8 +193,7 @@ bool tune(const Arguments &arguments, Failure &failure) {
   Examples examples;
   if (!read_resources("", arguments.resources, params, failure) ||
       !check_output(output, arguments.force, failure) ||
-      !examples.read_list(
-          Path(arguments.examples, list_name(ListKind::train), ""), failure)) {
+      !examples.read_list(arguments.examples, failure)) {
     return false;
   }
   examples.choose(
@@ -212,8 +216,7 @@ bool tune(const Arguments &arguments, Failure &failure) {
                                   : "no settings find a class of any document"};
     return false;
   }
-  if (!write_output(output,
-                    result_text(arguments, search.best(), nr_classes, params),
+  if (!write_output(output, result_text(arguments, search, nr_classes, params),
                     failure)) {
     return false;
   }
