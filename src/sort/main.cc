@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "answering/manifest.h"
 #include "base/command_line.h"
 #include "base/helpers.h"
 #include "data/names.h"
@@ -150,12 +151,22 @@ bool check_directories(Arguments &arguments, Failure &failure) {
       !make_whole(arguments.target, failure) ||
       !make_whole(arguments.log, failure))
     return false;
-  const std::string incoming = arguments.incoming + '/';
-  const std::string target = arguments.target + '/';
-  if (!incoming.starts_with(target) && !target.starts_with(incoming))
-    return true;
-  failure = {arguments.target, "", "one directory lies in the other"};
-  return false;
+  std::string model = arguments.model;
+  if (!make_whole(model, failure))
+    return false;
+  const auto lies_in = [](const std::string &path, const std::string &top) {
+    return (path + '/').starts_with(top + '/');
+  };
+  failure = {arguments.incoming, "", ""};
+  for (const std::string &path : {arguments.log, arguments.target, model}) {
+    if (lies_in(path, arguments.incoming))
+      failure.reason = path + " lies in it, and would be sorted";
+  }
+  if (lies_in(arguments.incoming, arguments.target))
+    failure.reason = "it lies in the directory into which it would be sorted";
+  if (model == arguments.target)
+    failure = {arguments.target, "", "its folders would be among the model's"};
+  return failure.reason.empty();
 }
 
 // A pass over all that is there. What has just been written is waited for, but
@@ -275,7 +286,8 @@ bool check_model(const std::string &directory, Failure &failure) {
   if (!vek::read_resources(directory, "", params, failure))
     return false;
   failure = {directory, "", ""};
-  if (vek::presence_of(directory + "/manifest.json") == vek::Presence::there) {
+  if (vek::presence_of(directory + "/" + vek::manifest_name) ==
+      vek::Presence::there) {
     failure.reason = "a packed model has no training list to add to";
   } else if (params.file_directory != "files") {
     failure.reason = "its texts are not in `files`, where they would be added";

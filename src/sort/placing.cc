@@ -39,9 +39,9 @@ class OpenFile {
   const int descriptor_;
 };
 
-OpenFile open_to_read(const std::string &path) {
+OpenFile open_to_read(const std::string &path, int flags = 0) {
   return OpenFile(retry([&] {
-    return ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | flags);
   }));
 }
 
@@ -67,9 +67,15 @@ bool rename_new(const std::string &from, const std::string &to) {
   return false;
 }
 
-// Links and copies, but not names, end at the border of a mount.
+// From one directory to another; empty when mounts have changed.
+std::map<std::pair<std::string, std::string>, bool> &known_ways() {
+  static std::map<std::pair<std::string, std::string>, bool> ways;
+  return ways;
+}
+
+// Not so at the border of a mount, even on one file system.
 bool can_rename(const std::string &source, const std::string &folder) {
-  static std::map<std::pair<std::string, std::string>, bool> known;
+  auto &known = known_ways();
   std::pair<std::string, std::string> way(directory_of(source), folder);
   const auto found = known.find(way);
   if (found != known.end())
@@ -221,7 +227,7 @@ bool Placing::make_folders(const std::string &path, Unsynced &directories) {
 }
 
 bool Placing::copy(const std::string &to) {
-  const OpenFile from = open_to_read(source_);
+  const OpenFile from = open_to_read(source_, O_NOFOLLOW);
   struct stat status = {};
   if (!from.is_open() || fstat(from.get(), &status) != 0)
     return fail(source_);
@@ -230,7 +236,7 @@ bool Placing::copy(const std::string &to) {
   }));
   const timespec times[] = {status.st_atim, status.st_mtim};
   return (file.is_open() && copy_bytes(from.get(), file.get()) &&
-          fchmod(file.get(), status.st_mode & 0777) == 0 &&
+          fchmod(file.get(), (status.st_mode & 0777) | 0600) == 0 &&
           futimens(file.get(), times) == 0) ||
          fail(to);
 }
@@ -284,6 +290,8 @@ void Placing::place(Unsynced &directories) {
       // Both names of one file: a kill in the midst of rename_new().
       if (errno != EEXIST || !is_same(from, place->path)) {
         fail(place->path);
+        if (errno == EXDEV)
+          known_ways().clear();
         if (errno == ENOENT && is_source)
           look_at_source();
         return;

@@ -27,6 +27,9 @@ constexpr milliseconds scan_interval(60'000);
 // After journal, log, disk or analyser have failed.
 constexpr milliseconds retry_interval(5'000);
 
+// Messages that are not told twice.
+constexpr std::size_t most_told = 1000;
+
 constexpr std::uint32_t events = IN_CLOSE_WRITE | IN_MOVED_TO | IN_CREATE |
                                  IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR |
                                  IN_DONT_FOLLOW | IN_EXCL_UNLINK;
@@ -69,6 +72,8 @@ class Watch {
   };
 
   void tell(const std::string &message) {
+    if (told_.size() == most_told)
+      told_.clear();
     if (told_.insert(message).second)
       watched_.report(message);
   }

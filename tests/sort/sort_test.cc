@@ -66,14 +66,18 @@ TEST_F(SortTest, TakesTextsOfAnyName) {
   write_text("in/none", " \n");
   write_text("in/bad", std::string("race\0race", 9));
   fs::create_symlink("x", "in/link");
+  fs::create_directories("disk");
+  fs::create_directories("to");
+  fs::create_symlink("../disk", "to/home");
   const Outcome outcome = sort();
   EXPECT_EQ(outcome.status, 1) << outcome.errors;
   EXPECT_EQ(outcome.errors.substr(outcome.errors.rfind('/')),
             "/link: no regular file\n");
   EXPECT_EQ(names_in("in"), ".dir/x .hidden");
   EXPECT_EQ(names_in("to"),
-            "home/page.html home/x home/x-2 rejected/bad rejected/none "
-            "rejected/tab.csv sport/a b.TXT sport/odd \xFF\n");
+            "rejected/bad rejected/none rejected/tab.csv sport/a b.TXT "
+            "sport/odd \xFF\n");
+  EXPECT_EQ(names_in("disk"), "page.html x x-2");
   EXPECT_EQ(read_text("to/home/x") + read_text("to/home/x-2"),
             "\"gas oven\"bread");
   EXPECT_EQ(log_column(1), (Words{"a b.TXT", "bad", "none", "odd \xFF\\x0A",
@@ -84,6 +88,23 @@ TEST_F(SortTest, TakesTextsOfAnyName) {
   write_text("in/x", "bread gas");
   EXPECT_EQ(sort().status, 1);
   EXPECT_EQ(read_text("to/home/x-3"), "bread gas");
+}
+
+TEST_F(SortTest, ConvertsAsTheImportDid) {
+  write_text("import.json",
+             R"({"version":1,"test":"0.3","share":0.3,"sources":{)"
+             R"("/a":{"filters":["rot=tr a-z n-za-m"]},)"
+             R"("/b.csv":{"form":"csv","text":["title","body"]}}})");
+  write_text("in/x.rot", "enpr ovplpyr");
+  write_text("in/x.eml", "Subject: bread\n\ngas\n");
+  EXPECT_EQ(sort().status, 0);
+  EXPECT_EQ(names_in("to"), "home/x.eml sport/x.rot");
+  write_text("lines", R"({"body":"race","title":"bicycle"})");
+  const Outcome outcome = sort("--stream . <lines");
+  EXPECT_NE(outcome.output.find("sport"), std::string::npos) << outcome.output;
+  write_text("import.json", "{\"version\":2}");
+  EXPECT_EQ(sort().errors,
+            "vek-sort: ./import.json: no settings of this version\n");
 }
 
 // Each text gets both classes here.
@@ -130,13 +151,18 @@ TEST_F(SortTest, SaysWhatIsWrong) {
   const std::tuple<const char *, int, const char *> cases[] = {
       {". in", 2, "vek-sort: --to is needed: a directory to sort into\n"},
       {"", 2, "vek-sort: the directory of a model is needed\n"},
-      {"--to in/to . in", 2, "in/to: one directory lies in the other\n"},
+      {"--to in/to . in", 2, "in/to lies in it, and would be sorted\n"},
+      {"--to to . .", 2, "ex lies in it, and would be sorted\n"},
+      {"--to to . to/in", 2,
+       "it lies in the directory into which it would be sorted\n"},
+      {"--to . . in", 2, "ex: its folders would be among the model's\n"},
       {"--to to . none", 2, "vek-sort: none: No such file or directory\n"},
       {"--to to files in", 2,
        "vek-sort: files/data: No such file or directory\n"},
       {"--stream . in", 2,
        "vek-sort: one directory is enough for --stream and --learn\n"}};
-  fs::create_directory("in");
+  fs::create_directories("in");
+  fs::create_directories("to/in");
   for (const auto &[call, status, words] : cases) {
     const Outcome outcome = sort(call);
     EXPECT_EQ(outcome.status, status) << call;
