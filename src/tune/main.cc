@@ -2,8 +2,10 @@
 #include <CLI/CLI.hpp>
 
 #include <cerrno>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <iostream>
@@ -54,6 +56,10 @@ struct Arguments {
 bool check_output(const std::string &path, bool force, Failure &failure) {
   if (!force && file_exists(path)) {
     failure = {path, "", "it is there already; --force replaces it"};
+    return false;
+  }
+  if (is_directory(path)) {
+    failure = {path, "", std::strerror(EISDIR)};
     return false;
   }
   const auto parent = std::filesystem::path(path).parent_path().string();
@@ -246,7 +252,11 @@ int main(int nr_arguments, char **arguments) {
   app.add_option("-b,--budget", values.budget,
                  "so many times the usual work, 0.01 to 1000 (1)")
       ->type_name("NUMBER")
-      ->check(CLI::Range(0.01, 1000.0).description(""));
+      ->check(CLI::Range(0.01, 1000.0).description(""))
+      ->check([](const std::string &text) {
+        // Which compares false with both ends.
+        return std::isnan(std::atof(text.c_str())) ? "it is no number" : "";
+      });
   app.add_flag("-f,--force", values.force, "replace the file if it is there");
   app.footer("Exit status: 0 done, 2 failure");
   if (const std::optional<int> status = line.parse(nr_arguments, arguments))

@@ -195,6 +195,7 @@ TEST_F(TuneTest, TellsWhatIsWrong) {
   write_text("bad/train", "d0 a\nd1\n");
   write_text("none/train", "d0 a\nd999 b\n");
   write_text("bad.rc", "[General]\nfoo 3\n");
+  write_text("directory.rc/file", "");
   const int data = open("data", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   const struct {
     const char *arguments;
@@ -202,6 +203,8 @@ TEST_F(TuneTest, TellsWhatIsWrong) {
     int lock = LOCK_UN;
   } cases[] = {
       {"-o there .", "there.rc: it is there already; --force replaces it"},
+      {"-f -o directory .", "directory.rc: Is a directory"},
+      {"-b nan -o new .", "--budget: it is no number"},
       {"-o no/where .", "no/where.rc: No such file or directory"},
       {"-o new one", "one: the training list names fewer than two classes"},
       {"-o new bad", "bad/train: line 2: format error"},
