@@ -13,8 +13,8 @@
 #include <memory>
 #include <new>
 #include <optional>
-#include <ranges>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/command_line.h"
@@ -109,8 +109,10 @@ class OpenData {
       if (!model_.documents().contains(example.name))
         names.emplace(example.place, example.name);
     }
-    const auto all = std::views::values(names);
-    return {all.begin(), all.end()};
+    std::vector<std::string> in_order;
+    for (auto &[place, name] : names)
+      in_order.push_back(std::move(name));
+    return in_order;
   }
 
  private:
