@@ -365,6 +365,16 @@ TEST_F(SortTest, LearnsWhatPeopleMove) {
             "0 new training documents, 1 in other classes, 0 left out\n");
   EXPECT_EQ(learn(), nothing);
   EXPECT_TRUE(has_line("one sport"));
+  // It has size and time in common with one that nobody has moved.
+  write_text("in/other.txt", "race goal x!");
+  fs::last_write_time("in/other.txt", fs::last_write_time("to/sport/one.txt"));
+  ASSERT_EQ(sort().status, 0);
+  ASSERT_TRUE(fs::exists("to/sport/other.txt"));
+  fs::rename("to/sport/one.txt", "to/home/one.txt");
+  EXPECT_NE(learn(), nothing);
+  fs::rename("to/home/one.txt", "to/sport/one.txt");
+  EXPECT_EQ(learn(),
+            "0 new training documents, 1 in other classes, 0 left out\n");
   EXPECT_EQ(keeping::run_vek().status, 0);
   // One that is brought later says nothing, though its words are known.
   write_text("in/three.txt", "bread gas");
