@@ -75,7 +75,7 @@ std::string run_filter(const std::string &command, const std::string &path,
   const bool is_whole = error != 0 || read_all(ends[0], text);
   close(ends[0]);
   if (error != 0)
-    return "the filter cannot be started: " + std::string(std::strerror(error));
+    return not_started + std::string(std::strerror(error));
   if (!is_whole)
     kill(child, SIGTERM);
   int status = 0;

@@ -6,6 +6,9 @@
 
 namespace vek::convert {
 
+// A reason that begins so says nothing about the file.
+inline constexpr char not_started[] = "the filter cannot be started: ";
+
 // Runs `command` with the shell on the file `path`, an absolute path: the file
 // is its standard input, and {} in the command stands for its name as one word,
 // whatever characters it has. Sets `text` to the standard output, in whatever

@@ -86,6 +86,8 @@ Corrections::Taken Corrections::take(const CorrectedText &correction,
   });
   if (is_in_test)
     return Taken::in_test;
+  if (begin == end && !correction.may_be_new)
+    return Taken::yes;
   const std::string fields = fields_of(correction.classes, document);
   if (fields.empty() || fields.size() > longest_fields)
     return Taken::bad;

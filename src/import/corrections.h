@@ -26,6 +26,7 @@ struct CorrectedText {
   std::string place;                 // within that
   std::string text;                  // UTF-8
   std::vector<std::string> classes;  // as the lists have them, or new ones
+  bool may_be_new = true;  // or it counts only if it is in the training list
 };
 
 class Corrections {

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <utility>
 
+#include "answering/manifest.h"
 #include "base/helpers.h"
 #include "base/input_file.h"
 #include "data/class_files.h"
@@ -49,9 +50,17 @@ std::vector<std::string> Answers::files() const {
   return files;
 }
 
+// Of a model that was copied here in the midst of being read, the rest may come
+// last: a manifest, the vocabulary.
 std::string Answers::find_state() const {
   std::string state;
-  for (const std::string &file : files()) {
+  std::vector<std::string> all = files();
+  all.push_back(directory_ + '/' + manifest_name);
+  if (has_failed_) {
+    all.push_back(data_directory_ + "/atoms.dat");
+    all.push_back(data_directory_ + "/terms.dat");
+  }
+  for (const std::string &file : all) {
     struct stat status = {};
     if (stat(file.c_str(), &status) != 0)
       continue;
@@ -124,8 +133,12 @@ bool Answers::has_changed() {
 
 Locked Answers::reload(Failure &failure) {
   const std::string old_id = id_;
+  const bool had_failed = std::exchange(has_failed_, false);
   const Locked opened = open(std::chrono::seconds(0), failure);
-  if (opened == Locked::failed) {
+  if (opened == Locked::in_use) {
+    has_failed_ = had_failed;
+  } else if (opened == Locked::failed) {
+    has_failed_ = true;
     id_ = old_id;
     state_ = find_state();
   }

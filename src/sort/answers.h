@@ -72,7 +72,8 @@ class Answers {
   convert::Settings conversion_;
   std::string data_directory_;
   std::string id_;
-  std::string state_;  // of the files that were read
+  std::string state_;        // of the files that were read
+  bool has_failed_ = false;  // the last time
   Clock::time_point looked_at_;
   int memory_ = -1;  // a file in memory with the text, for the analyser
   std::size_t memory_size_ = 0;

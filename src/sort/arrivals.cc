@@ -1,6 +1,8 @@
 #include "sort/arrivals.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -36,6 +38,22 @@ bool Arrivals::has_settled(const Identity &identity) const {
   const auto age = now - std::chrono::nanoseconds(identity.modified);
   // Whoever has another clock than this machine cannot be waited for.
   return age < milliseconds(0) || age >= settling_;
+}
+
+// Nobody can get a lease for reading of a file that is open for writing. It is
+// given back at once, so that whoever opens the file now hardly waits.
+bool Arrivals::is_being_written(const std::string &name) const {
+  const KeepErrno keep;
+  const int descriptor = retry([&] {
+    return open(path_of(name).c_str(),
+                O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+  });
+  if (descriptor < 0)
+    return false;
+  const bool is_open =
+      fcntl(descriptor, F_SETLEASE, F_RDLCK) != 0 && errno == EAGAIN;
+  close(descriptor);
+  return is_open;
 }
 
 bool Arrivals::is_mail_folder(const std::string &folder) const {
@@ -93,8 +111,9 @@ void Arrivals::scan_folder(
       result.others.push_back(path);
     } else {
       const Arrival arrival = {path, identity_of(status), is_mail};
-      (has_settled(arrival.identity) ? result.texts : result.unsettled)
-          .push_back(arrival);
+      const bool is_complete =
+          has_settled(arrival.identity) && !is_being_written(path);
+      (is_complete ? result.texts : result.unsettled).push_back(arrival);
     }
   }
 }

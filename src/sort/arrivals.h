@@ -27,15 +27,17 @@ struct Arrival {
 
 class Arrivals {
  public:
-  // A text whose last change is no longer ago than `settling` may still be
-  // written to.
+  // A text may still be written to if its last change is no longer ago than
+  // `settling`, or if somebody has it open for that. The latter the system
+  // tells of one's own files alone, and root of all.
   Arrivals(std::string directory, std::chrono::milliseconds settling);
 
   struct Scan {
     std::vector<Arrival> texts;       // by name, in order
     std::vector<std::string> others;  // files of other kinds, links as well
     std::vector<Failure> failures;    // what cannot be looked at
-    // Texts, all the same, if they are as they are after the settling time.
+    // Texts, all the same, if they are as they are after the settling time and
+    // nobody writes to them.
     std::vector<Arrival> unsettled;
   };
   // Of all, or of what lies below `folder`. Calls `enter` with the name of each
@@ -45,6 +47,8 @@ class Arrivals {
 
   // Looks at one file, settled or not. False if it is no text.
   bool look_at(const std::string &name, Arrival &arrival) const;
+  // Somebody has it open for writing, as far as the system tells.
+  bool is_being_written(const std::string &name) const;
 
   std::chrono::milliseconds settling() const { return settling_; }
   const std::string &directory() const { return directory_; }

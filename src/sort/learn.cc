@@ -34,6 +34,9 @@ struct Found {
   Identity identity;
   std::string class_name;
   bool is_moved = false;  // by people
+  // Moved, if it is the one of its mark that was learnt somewhere else: it has
+  // been brought here.
+  bool is_returned = false;
 };
 using FoundByMark = std::map<Mark, std::vector<Found>>;
 
@@ -128,8 +131,9 @@ class Lesson {
       for (Found &found : texts) {
         const bool is_brought = known.has(found.place, found.identity) ||
                                 in_hand.contains(found.place);
+        found.is_returned = is_brought && gone.contains(mark);
         found.is_moved = !learnt_.has(found.place, found.identity) &&
-                         (gone.contains(mark) || !is_brought);
+                         (found.is_returned || !is_brought);
       }
     }
     return true;
@@ -149,7 +153,10 @@ class Lesson {
         report_({path, "", reason});
       return;
     }
-    Lecture &lecture = by_text[text];
+    const auto [place, is_first] = by_text.try_emplace(text);
+    Lecture &lecture = place->second;
+    if (is_first)
+      lecture.correction.may_be_new = false;
     lecture.correction.source = directory_;
     if (lecture.texts.empty() || found.is_moved)
       lecture.correction.place = found.place;
@@ -157,6 +164,7 @@ class Lesson {
     lecture.correction.classes.push_back(found.class_name);
     lecture.texts.push_back(&found);
     lecture.is_moved |= found.is_moved;
+    lecture.correction.may_be_new |= found.is_moved && !found.is_returned;
     lecture.changed = std::max(
         lecture.changed, std::int64_t{status.st_ctim.tv_sec} * 1'000'000'000 +
                              status.st_ctim.tv_nsec);

@@ -1,4 +1,6 @@
+#include <fcntl.h>
 #include <poll.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
@@ -194,7 +196,8 @@ bool sort_all(const Arrivals &arrivals, Sorter &sorter, int signals,
     std::vector<Arrival> settled;
     Arrival now;
     for (const Arrival &text : found.unsettled) {
-      if (arrivals.look_at(text.name, now) && now.identity == text.identity)
+      if (arrivals.look_at(text.name, now) && now.identity == text.identity &&
+          !arrivals.is_being_written(text.name))
         settled.push_back(text);
     }
     if (!sorter.sort(settled, progress, failure))
@@ -237,6 +240,11 @@ int sort(Arguments &arguments) {
   const Arrivals arrivals(arguments.incoming, settling);
   Sorter sorter(answers, target, arrivals, arguments.mode,
                 [](const Failure &one) { fail(one); });
+  const auto find_lost = [&] {
+    return !locks[0].has_name(target.state_path())  ? target.state_path()
+           : !locks[1].has_name(arguments.incoming) ? arguments.incoming
+                                                    : std::string();
+  };
   bool is_whole = true;
   bool has_failed = false;
   const bool is_done =
@@ -244,7 +252,8 @@ int sort(Arguments &arguments) {
           ? watch({answers, target, arrivals, sorter,
                    [](const std::string &message) {
                      vek::report(program, escaped(message));
-                   }},
+                   },
+                   find_lost},
                   signals, failure)
           : sort_all(arrivals, sorter, signals, arguments.is_quiet, is_whole,
                      has_failed, failure);
@@ -325,9 +334,21 @@ int learn_corrections(Arguments &arguments) {
   return learnt.nr_left > 0 ? exit_rejected : exit_good;
 }
 
+// One that is closed must not become that of the journal. What is opened here
+// can neither be read nor written.
+void fill_standard_streams() {
+  int descriptor = 0;
+  do {
+    descriptor = open("/", O_PATH);
+  } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+  if (descriptor >= 0)
+    close(descriptor);
+}
+
 }  // namespace
 
 int main(int nr_arguments, char **arguments) {
+  fill_standard_streams();
   vek::CommandLine line(program,
                         "Sorts texts with a model that vek has learnt.");
   Arguments values;
@@ -344,6 +365,8 @@ int main(int nr_arguments, char **arguments) {
   // A file that may not grow shall show as a failed write, like a full disk.
   std::signal(SIGXFSZ, SIG_IGN);
   std::signal(SIGPIPE, SIG_IGN);
+  // Comes when a text is opened while it is found out whether it is written to.
+  std::signal(SIGIO, SIG_IGN);
   try {
     if (!values.lesson.empty())
       return learn_corrections(values);

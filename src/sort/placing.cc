@@ -197,8 +197,14 @@ bool Placing::fail(const std::string &file) {
   return false;
 }
 
+bool Placing::has_place() const {
+  Identity there;
+  return !places_.empty() && identify(places_.front().path, there) &&
+         there.is_alike(identity_);
+}
+
 // Sets the state if it is not as it was when the text was read.
-bool Placing::look_at_source() {
+bool Placing::look_at_source(dev_t *device_P) {
   Identity now;
   if (!identify(source_, now)) {
     if (errno != ENOENT && errno != ENOTDIR && errno != EINVAL)
@@ -206,11 +212,11 @@ bool Placing::look_at_source() {
     state_ = State::gone;
     return false;
   }
+  if (device_P != nullptr)
+    *device_P = now.device;
   if (now == identity_)
     return true;
-  const bool is_other =
-      now.device != identity_.device || now.inode != identity_.inode;
-  state_ = is_other ? State::gone : State::changed;
+  state_ = now.inode != identity_.inode ? State::gone : State::changed;
   return false;
 }
 
@@ -257,7 +263,8 @@ bool Placing::prepare(Place &place, Unsynced &files) {
 }
 
 void Placing::prepare(Unsynced &files, Unsynced &directories) {
-  if (places_.empty() || state_ != State::begun || !look_at_source())
+  dev_t device = 0;
+  if (places_.empty() || state_ != State::begun || !look_at_source(&device))
     return;
   for (Place &place : places_) {
     struct stat status = {};
@@ -267,7 +274,7 @@ void Placing::prepare(Unsynced &files, Unsynced &directories) {
          (stat(folder.c_str(), &status) != 0 && !fail(folder))))
       return;
     if (mode_ == Mode::move && &place == &places_.front() &&
-        status.st_dev == identity_.device && can_rename(source_, folder))
+        status.st_dev == device && can_rename(source_, folder))
       is_renamed_ = true;
     else if (!prepare(place, files))
       return;

@@ -24,12 +24,18 @@ enum class Mode { move, copy, link };
 
 // By which a file is known again, as long as nobody writes to it.
 struct Identity {
-  dev_t device = 0;
+  dev_t device = 0;  // may be another one after the machine is started anew
   ino_t inode = 0;
   off_t size = 0;             // bytes
   std::int64_t modified = 0;  // nanoseconds since the Epoch
 
-  bool operator==(const Identity &) const = default;
+  bool operator==(const Identity &other) const {
+    return inode == other.inode && is_alike(other);
+  }
+  // As it is with a copy.
+  bool is_alike(const Identity &other) const {
+    return size == other.size && modified == other.modified;
+  }
 };
 
 Identity identity_of(const struct stat &status);
@@ -76,6 +82,9 @@ class Placing {
   // Takes back what prepare() and place() did to a text that is not done.
   void undo();
 
+  // A file like the text stands at its first place, which it gets last.
+  bool has_place() const;
+
   State state() const { return state_; }
   // Of `failed`.
   const Failure &failure() const { return failure_; }
@@ -87,7 +96,7 @@ class Placing {
     bool is_there = false;
   };
 
-  bool look_at_source();
+  bool look_at_source(dev_t *device_P = nullptr);
   bool make_folders(const std::string &path, Unsynced &directories);
   bool prepare(Place &place, Unsynced &files);
   bool copy(const std::string &to);

@@ -18,6 +18,9 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+// As for the text.
+constexpr int deepest = 100;
+
 // The text of one line, composed as an import does it.
 class LineText : public convert::Sink {
  public:
@@ -35,9 +38,19 @@ class LineText : public convert::Sink {
   std::string reason = "empty";
 };
 
-// The member of a valid line at a path with full stops; null if there is none.
+// The member of a line at a path with full stops; null if there is none, and if
+// the line is no JSON or nested so deep that the stack would not do.
 Json find_member(const std::string &line, const std::string &path) {
-  Json json = Json::parse(line);
+  bool is_deep = false;
+  const Json json = Json::parse(
+      line,
+      [&is_deep](int depth, Json::parse_event_t, Json &) {
+        is_deep |= depth > deepest;
+        return !is_deep;
+      },
+      false);
+  if (is_deep)
+    return nullptr;
   const Json *member_P = &json;
   for (std::string_view rest = path;;) {
     const std::string_view name = rest.substr(0, rest.find('.'));
@@ -95,8 +108,8 @@ bool answer_stream(Answers &answers, const StreamFields &fields,
                                  failure))
       text.reason = failure.reason;
     Json answer = {{"line", lines.number()}};
-    // Without a reason, and with most others, it is JSON.
-    if (result == convert::Lines::Result::line && Json::accept(line)) {
+    // Of a line that is rejected as well, if it can be.
+    if (result == convert::Lines::Result::line) {
       if (Json id = find_member(line, fields.id); !id.is_null())
         answer["id"] = std::move(id);
     }

@@ -228,9 +228,12 @@ bool Target::complete(Mode mode, std::vector<Delivery> &batch,
     placings[i].undo();
     batch[i].state = placings[i].state();
     batch[i].failure = placings[i].failure();
-    // The last thing that happens to a source is that it goes.
-    if (is_again && mode == Mode::move &&
-        batch[i].state == Placing::State::gone)
+    // The last thing that happens to a source is that it goes; and then there
+    // may be another one of its name, even with its inode.
+    const bool is_gone = batch[i].state == Placing::State::gone;
+    const bool is_other = is_gone || batch[i].state == Placing::State::changed;
+    if (is_again && ((is_gone && mode == Mode::move) ||
+                     (is_other && placings[i].has_place())))
       batch[i].state = Placing::State::done;
   }
   if (!directories.sync(failure) || !write_log(batch, end, failure) ||

@@ -9,6 +9,7 @@
 
 #include "base/helpers.h"
 #include "base/input_file.h"
+#include "convert/filter.h"
 #include "convert/source.h"
 #include "import/directory.h"
 #include "import/examples.h"
@@ -85,9 +86,11 @@ TextReader::Result TextReader::read(const std::string &path, bool is_mail,
   if (!reason_.empty()) {
     reason = reason_;
     const bool is_of_system = reason_ == std::strerror(errno);
-    return is_of_system && errno == ENOENT       ? Result::gone
-           : is_of_system && is_system_failure() ? Result::system
-                                                 : Result::refused;
+    return is_of_system && errno == ENOENT ? Result::gone
+           : (is_of_system && is_system_failure()) ||
+                   reason_.starts_with(convert::not_started)
+               ? Result::system
+               : Result::refused;
   }
   text.swap(text_);
   reason = fault_of_text(text);

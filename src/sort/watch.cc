@@ -27,12 +27,15 @@ constexpr milliseconds scan_interval(60'000);
 // After journal, log, disk or analyser have failed.
 constexpr milliseconds retry_interval(5'000);
 
+// Of a text that is being written, at the least.
+constexpr milliseconds look_interval(100);
+
 // Messages that are not told twice.
 constexpr std::size_t most_told = 1000;
 
 constexpr std::uint32_t events = IN_CLOSE_WRITE | IN_MOVED_TO | IN_CREATE |
-                                 IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR |
-                                 IN_DONT_FOLLOW | IN_EXCL_UNLINK;
+                                 IN_MOVE_SELF | IN_ONLYDIR | IN_DONT_FOLLOW |
+                                 IN_EXCL_UNLINK;
 
 class Watch {
  public:
@@ -52,15 +55,16 @@ class Watch {
       return false;
     }
     while (stop_signal() == 0) {
-      take_up_model();
       if (Clock::now() >= next_scan_)
         scan("");
-      sort();
-      if (is_gone_) {
-        failure = {watched_.arrivals.directory(), "", "it is gone"};
+      end_waiting();
+      take_up_model();
+      failure = {watched_.find_lost(), "", "it is gone"};
+      if (!failure.file.empty())
         return false;
-      }
-      wait();
+      sort();
+      if (stop_signal() == 0)
+        wait();
     }
     return true;
   }
@@ -117,7 +121,8 @@ class Watch {
     }
   }
 
-  // It counts when it has been the same for the settling time.
+  // It counts when it has been the same for the settling time, and nobody has
+  // it open to write on: then its end is told.
   void settle(const Arrival &text) {
     Waiting &waiting = waiting_[text.name];
     if (waiting.identity == text.identity)
@@ -134,18 +139,19 @@ class Watch {
         ++place;
       } else if (!watched_.arrivals.look_at(place->first, text)) {
         place = waiting_.erase(place);
-      } else if (text.identity == waiting.identity) {
+      } else if (text.identity == waiting.identity &&
+                 !watched_.arrivals.is_being_written(place->first)) {
         ready_.insert(place->first);
         place = waiting_.erase(place);
       } else {
-        waiting = {now + watched_.arrivals.settling(), text.identity};
+        waiting = {now + std::max(watched_.arrivals.settling(), look_interval),
+                   text.identity};
         ++place;
       }
     }
   }
 
   void sort() {
-    end_waiting();
     std::vector<Arrival> texts;
     Arrival text;
     for (const std::string &name : ready_) {
@@ -204,8 +210,6 @@ class Watch {
       folders_.erase(found);
       return;
     }
-    if ((event.mask & (IN_DELETE_SELF | IN_MOVE_SELF)) != 0)
-      is_gone_ |= found->second.empty();
     if (event.len == 0 || event.name[0] == '.')
       return;
     const std::string name =
@@ -232,7 +236,6 @@ class Watch {
   std::set<std::string> told_;
   std::string failed_;
   bool has_failed_ = false;
-  bool is_gone_ = false;
   Clock::time_point next_scan_;
 };
 

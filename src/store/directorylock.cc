@@ -47,20 +47,18 @@ pid_t find_holder(int fd) {
 DirectoryLock::Outcome DirectoryLock::take(const std::string &directory,
                                            Mode mode) {
   const int errno_before = errno;
-  bool is_replaced = false;
   Outcome outcome = Outcome::failed;
   do {
-    outcome = lock_open_directory(directory, mode, is_replaced);
-  } while (is_replaced);
+    outcome = lock_open_directory(directory, mode);
+  } while (outcome == Outcome::locked && !has_name(directory));
   if (outcome != Outcome::failed)
     errno = errno_before;
   return outcome;
 }
 
 DirectoryLock::Outcome DirectoryLock::lock_open_directory(
-    const std::string &directory, Mode mode, bool &is_replaced) {
+    const std::string &directory, Mode mode) {
   release();
-  is_replaced = false;
   fd_ = retry([&] {
     return ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   });
@@ -75,12 +73,18 @@ DirectoryLock::Outcome DirectoryLock::lock_open_directory(
     errno = code;
     return code == EWOULDBLOCK ? Outcome::held : Outcome::failed;
   }
+  return Outcome::locked;
+}
+
+bool DirectoryLock::has_name(const std::string &directory) const {
+  const KeepErrno keep;
   struct stat locked = {};
   struct stat named = {};
-  is_replaced =
-      fstat(fd_, &locked) == 0 && stat(directory.c_str(), &named) == 0 &&
-      (locked.st_ino != named.st_ino || locked.st_dev != named.st_dev);
-  return Outcome::locked;
+  if (fd_ < 0 || fstat(fd_, &locked) != 0)
+    return true;
+  if (stat(directory.c_str(), &named) != 0)
+    return errno != ENOENT && errno != ENOTDIR;
+  return locked.st_ino == named.st_ino && locked.st_dev == named.st_dev;
 }
 
 void DirectoryLock::release() {

@@ -36,11 +36,14 @@ class DirectoryLock {
   // After `held`, a process that had the lock; 0 if the system does not tell.
   pid_t holder() const { return holder_; }
 
+  // What is locked has this name still. True as well where nothing is locked,
+  // and if the system does not tell.
+  bool has_name(const std::string &directory) const;
+
   void release();
 
  private:
-  Outcome lock_open_directory(const std::string &directory, Mode mode,
-                              bool &is_replaced);
+  Outcome lock_open_directory(const std::string &directory, Mode mode);
 
   int fd_ = -1;
   pid_t holder_ = 0;

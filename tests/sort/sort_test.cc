@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <fstream>
 #include <thread>
 
+#include "import/naming.h"
 #include "sort/sort_run.h"
 #include "store/directorylock.h"
 
@@ -214,6 +216,20 @@ TEST_F(SortTest, StreamAnswersEachLine) {
   EXPECT_FALSE(std::getline(lines, line));
 }
 
+TEST_F(SortTest, StreamEndsAtNoDepth) {
+  const std::string deep(200'000, '[');
+  const std::string ends(200'000, ']');
+  write_text("lines", "{\"text\":\"gas\",\"id\":" + deep + ends + "}\n" +
+                          "{\"text\":" + deep + "\n" +
+                          R"({"text":"gas","id":[[3]]})");
+  const Outcome outcome = sort("--stream . <lines");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_TRUE(outcome.output.starts_with(
+      R"({"line":1,"result":"rejected","reason":"nested more than 100 deep"})"))
+      << outcome.output;
+  EXPECT_NE(outcome.output.find(R"({"line":3,"id":[[3]],)"), std::string::npos);
+}
+
 TEST_F(SortTest, StreamDoesNotKeepAnswersBack) {
   const Outcome outcome =
       run("mkfifo lines answers && { " VEK_SORT_PROGRAM
@@ -263,6 +279,65 @@ TEST_F(SortTest, WatchSortsWhatComesAndTakesUpModels) {
             std::string::npos);
 }
 
+// So that nobody else locks one of that name and works there as well.
+TEST_F(SortTest, WatchEndsWhenADirectoryIsGone) {
+  for (const char *directory : {"in", "to"}) {
+    SCOPED_TRACE(directory);
+    fs::create_directory("in");
+    ASSERT_EQ(std::system("(" VEK_SORT_PROGRAM
+                          " -q --watch --to to . in 2>err; echo $? >status) &"),
+              0);
+    write_text("in/a", "bread");
+    ASSERT_TRUE(comes_true([] { return fs::exists("to/home/a"); }));
+    fs::rename(directory, "old");
+    fs::create_directory(directory);
+    write_text("in/b", "bread");
+    EXPECT_TRUE(comes_true([] { return fs::exists("status"); }));
+    EXPECT_EQ(read_text("status"), "2\n");
+    EXPECT_TRUE(read_text("err").ends_with(": it is gone\n"));
+    EXPECT_TRUE(fs::exists("in/b"));
+    for (const char *rest : {"in", "to", "old", "status"})
+      fs::remove_all(rest);
+  }
+}
+
+TEST_F(SortTest, LeavesATextThatIsBeingWritten) {
+  write_text("in/a", "race");
+  std::ofstream writer("in/a", std::ios::app);
+  EXPECT_EQ(sort().output, "0 sorted, 0 unsure, 0 rejected, 0 left\n");
+  writer.close();
+  EXPECT_EQ(sort().output, "1 sorted, 0 unsure, 0 rejected, 0 left\n");
+}
+
+// A machine that is started anew may number its disks in another way, and a
+// text that is moved leaves its inode to the next one.
+TEST_F(SortTest, CompletesAJournalOfBeforeTheStart) {
+  write_text("in/a", "race bicycle");
+  write_text("in/b", "bread gas");
+  fs::create_directories("to/.vek-sort");
+  fs::create_directories("to/home");
+  fs::copy("in/b", "to/home/b");
+  fs::last_write_time("to/home/b", fs::last_write_time("in/b"));
+  std::string journal = "vek-sort 1\t0\t0\t0\t0\n";
+  for (const std::string text : {"in/a\tsport/a", "in/b\thome/b"}) {
+    struct stat status = {};
+    ASSERT_EQ(stat(text.substr(0, 4).c_str(), &status), 0);
+    journal += "77\t" + std::to_string(status.st_ino) + '\t' +
+               std::to_string(status.st_size) + '\t' +
+               std::to_string(status.st_mtim.tv_sec * 1'000'000'000 +
+                              status.st_mtim.tv_nsec) +
+               "\tt\\x09journal " + text[3] + '\t' +
+               fs::current_path().string() + '/' + text + '\n';
+  }
+  write_text(
+      "to/.vek-sort/journal",
+      journal + importing::hexadecimal(importing::hash_of(journal)) + '\n');
+  write_text("in/b", "bread");
+  EXPECT_EQ(sort().output, "1 sorted, 0 unsure, 0 rejected, 0 left\n");
+  EXPECT_EQ(names_in("to"), "home/b home/b-2 sport/a");
+  EXPECT_EQ(log_column(1), (Words{"journal a", "journal b", "b"}));
+}
+
 bool has_line(const std::string &line) {
   return ('\n' + read_text("train")).find('\n' + line + '\n') !=
          std::string::npos;
@@ -290,6 +365,16 @@ TEST_F(SortTest, LearnsWhatPeopleMove) {
             "0 new training documents, 1 in other classes, 0 left out\n");
   EXPECT_EQ(learn(), nothing);
   EXPECT_TRUE(has_line("one sport"));
+  // It has size and time in common with one that nobody has moved.
+  write_text("in/other.txt", "race goal x!");
+  fs::last_write_time("in/other.txt", fs::last_write_time("to/sport/one.txt"));
+  ASSERT_EQ(sort().status, 0);
+  ASSERT_TRUE(fs::exists("to/sport/other.txt"));
+  fs::rename("to/sport/one.txt", "to/home/one.txt");
+  EXPECT_NE(learn(), nothing);
+  fs::rename("to/home/one.txt", "to/sport/one.txt");
+  EXPECT_EQ(learn(),
+            "0 new training documents, 1 in other classes, 0 left out\n");
   EXPECT_EQ(keeping::run_vek().status, 0);
   // One that is brought later says nothing, though its words are known.
   write_text("in/three.txt", "bread gas");

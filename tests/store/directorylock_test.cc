@@ -44,12 +44,16 @@ TEST(DirectoryLock, IsOfTheDirectoryThatHasTheName) {
   std::filesystem::create_directory("data");
   DirectoryLock old_lock;
   ASSERT_EQ(old_lock.take("data", Mode::exclusive), Outcome::locked);
+  EXPECT_TRUE(old_lock.has_name("data"));
   std::filesystem::rename("data", "old");
+  EXPECT_FALSE(old_lock.has_name("data"));
   DirectoryLock new_lock;
+  EXPECT_TRUE(new_lock.has_name("data"));
   EXPECT_EQ(new_lock.take("data", Mode::exclusive), Outcome::failed);
   EXPECT_EQ(errno, ENOENT);
   std::filesystem::create_directory("data");
   EXPECT_EQ(new_lock.take("data", Mode::exclusive), Outcome::locked);
+  EXPECT_FALSE(old_lock.has_name("data"));
 }
 
 }  // namespace
