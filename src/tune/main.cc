@@ -2,10 +2,8 @@
 #include <CLI/CLI.hpp>
 
 #include <cerrno>
-#include <cmath>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <iostream>

@@ -204,7 +204,7 @@ TEST_F(TuneTest, TellsWhatIsWrong) {
   } cases[] = {
       {"-o there .", "there.rc: it is there already; --force replaces it"},
       {"-f -o directory .", "directory.rc: Is a directory"},
-      {"-b nan -o new .", "--budget: it is no number"},
+      {"-b nan -o new .", "--budget: nan is no number from 0 up"},
       {"-o no/where .", "no/where.rc: No such file or directory"},
       {"-o new one", "one: the training list names fewer than two classes"},
       {"-o new bad", "bad/train: line 2: format error"},
