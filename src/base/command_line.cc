@@ -1,7 +1,9 @@
 #include "base/command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <vector>
 
@@ -72,6 +74,12 @@ std::optional<int> CommandLine::parse(int nr_arguments,
     report(app_P_->get_name(), error.what());
   }
   return exit_usage;
+}
+
+std::string check_number(const std::string &text) {
+  const double value = std::strtod(text.c_str(), nullptr);
+  const bool is_bad = std::isnan(value) || std::signbit(value);
+  return is_bad ? text + " is no number from 0 up" : "";
 }
 
 void report(std::string_view program, std::string_view message) {

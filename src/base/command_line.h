@@ -45,6 +45,10 @@ class CommandLine {
   const std::unique_ptr<CLI::App> app_P_;
 };
 
+// For an option's check(): what is wrong with a number, or nothing. The library
+// itself makes a huge count of -1, and takes nan to be within any range.
+std::string check_number(const std::string &text);
+
 // Writes "program: message" and a line end to standard error, in one piece, so
 // that the lines of several processes do not mix.
 void report(std::string_view program, std::string_view message);

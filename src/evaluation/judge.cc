@@ -58,7 +58,7 @@ void Judge::judge_scores(std::span<const WeightType> row, Answer &answer) {
 
 WeightType Judge::threshold(const ClassData &leaf) const {
   // Without calibration a share has no threshold: the leaf's own score decides.
-  return has_probabilities() ? judging_.classes[leaf.id].threshold
+  return has_probabilities() ? judging_.threshold(leaf.id)
                              : walk_.decision_threshold(leaf);
 }
 

@@ -3,6 +3,7 @@
 #ifndef VEK_EVALUATION_JUDGING_H_
 #define VEK_EVALUATION_JUDGING_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -34,8 +35,14 @@ struct Judging {
   std::uint32_t nr_parts = 0;
   // The sons of a father share the probability of 1.
   bool share = true;
-  // By class id; empty if nothing was learnt.
+  // By class id; empty if nothing was learnt. Of classes behind these, which
+  // a test list has named since, nothing is known: they have the probability 0.
   std::vector<ClassJudging> classes;
+
+  WeightType threshold(std::uint32_t id) const {
+    return id < classes.size() ? classes[id].threshold
+                               : ClassJudging().threshold;
+  }
 
   bool operator==(const Judging &) const = default;
 
@@ -47,7 +54,7 @@ struct Judging {
   std::string text() const;
   // Reads that form, or that of `vek-judging 1`, which has no algorithm, and
   // whose lines end with the threshold. False, and nothing learnt, if the text
-  // is of neither, or does not fit these classes.
+  // is of neither, or does not fit the first of these classes.
   bool parse(std::string_view text, const ClassTable &table);
   // It says nothing of the scores of that algorithm.
   bool is_of_another(Algorithm other) const {
@@ -56,8 +63,9 @@ struct Judging {
 };
 
 // The classes that a class hears: its sons, or those of an only son. Empty for
-// a leaf.
-const std::vector<ClassData *> &heard_classes(const ClassData &data);
+// a leaf. Ids from `nr_classes` on do not count.
+std::span<ClassData *const> heard_classes(const ClassData &data,
+                                          std::size_t nr_classes);
 
 // Given the evidence for each class among its brothers (by class id; the top
 // class's is not looked at), sets `probabilities` to those of the whole path to

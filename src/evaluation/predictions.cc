@@ -4,6 +4,7 @@
 #include <span>
 #include <vector>
 
+#include "base/escapes.h"
 #include "base/textio.h"
 
 namespace vek {
@@ -28,9 +29,9 @@ std::string prediction_line(const std::string &name,
                             const DocumentMap::ClassList &filed_in,
                             const Answer &answer, const Judge &judge,
                             const ClassTable &classes) {
-  std::string line = name;
+  std::string line = escaped(name);
   const auto path = [&](const ClassData *class_P) {
-    line += classes.full_name(class_P->id);
+    line += escaped(classes.full_name(class_P->id));
   };
   const auto score = [&](const Ranking &one) { append_real(line, one.score); };
   const auto threshold = [&](const Ranking &one) {

@@ -12,8 +12,8 @@
 //   significant   1 if some class scored above its threshold, else 0
 //   candidates    the best leaves, and all true ones: class, colon, score
 //   thresholds    of each candidate
-// Classes have their full path. Blanks part the members of a list. Names hold
-// neither tabs nor blanks, since lists of documents are split at these.
+// Classes have their full path. Blanks part the members of a list. Names are
+// escaped, as those in a list can hold tabs.
 #ifndef VEK_EVALUATION_PREDICTIONS_H_
 #define VEK_EVALUATION_PREDICTIONS_H_
 

@@ -224,6 +224,7 @@ void add_options(CLI::App &app, Arguments &arguments) {
       ->type_name("LETTER");
   app.add_option("-t,--terms", arguments.nr_terms,
                  "terms for and against each, 0: all (10)")
+      ->check(vek::check_number)
       ->type_name("NUMBER");
   app.add_flag("-x,--exact", arguments.exact, "show all digits");
   app.add_option("--html", arguments.html,

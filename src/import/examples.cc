@@ -145,6 +145,11 @@ void Examples::add(const Document &document, std::string_view name,
   known.emplace(document.content, place);
   names.insert(hash_of(name));
   documents.push_back(document);
+  const auto filed = filed_in.find(fields);
+  if (filed == filed_in.end())
+    filed_in.emplace(fields, 1);
+  else
+    ++filed->second;
   const auto nr_classes = static_cast<std::size_t>(
       std::count(fields.begin(), fields.end(), ' ') + 1);
   most_classes = std::max(most_classes, nr_classes);

@@ -41,6 +41,8 @@ struct Examples {
   std::string test;   // the option that the dealing began with, or empty
   double share = -1;  // of documents for the test list; -1: not known yet
   std::map<std::string, convert::Settings> sources;
+  // How many documents have these classes, with blanks between them.
+  std::map<std::string, std::size_t, std::less<>> filed_in;
   std::size_t most_classes = 0;     // of a document
   std::size_t nr_with_several = 0;  // documents with more than one class
 

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <nlohmann/json.hpp>
 #include <set>
+#include <sstream>
 #include <utility>
 
 #include "base/command_line.h"
@@ -261,22 +262,23 @@ void Importer::take(convert::Record &record) {
 }
 
 void Importer::count_documents() {
-  std::vector<std::size_t> counts(examples_.classes.entries().size());
-  for (const Document &document : examples_.documents) {
+  for (const Document &document : examples_.documents)
     ++(document.side == Side::test ? summary_.nr_test : summary_.nr_train);
-    ++counts[document.class_id];
-  }
   std::set<std::string> fathers;
   for (const ClassNames::Entry &entry : examples_.classes.entries()) {
     for (std::size_t slash = entry.name.find('/'); slash != std::string::npos;
          slash = entry.name.find('/', slash + 1))
       fathers.insert(entry.name.substr(0, slash));
   }
-  for (std::size_t i = 0; i < counts.size(); ++i) {
-    summary_.nr_classes += counts[i] > 0;
-    if (fathers.contains(examples_.classes.entries()[i].name))
-      summary_.nr_inner += counts[i];
+  std::set<std::string> names;
+  for (const auto &[fields, count] : examples_.filed_in) {
+    bool is_inner = false;
+    std::istringstream rest(count > 0 ? fields : "");
+    for (std::string name; std::getline(rest, name, ' '); names.insert(name))
+      is_inner = is_inner || fathers.contains(name);
+    summary_.nr_inner += is_inner ? count : 0;
   }
+  summary_.nr_classes = names.size();
 }
 
 void Importer::withdraw(const std::string &line) {
@@ -287,6 +289,7 @@ void Importer::withdraw(const std::string &line) {
   const std::string name(fields[0]);
   reject(place, "the same words as a document of the other list", name);
   directory_.remove_text(name);
+  --examples_.filed_in.find(fields[1])->second;
 }
 
 bool Importer::stage_documents(Staging &staging, Failure &failure) {

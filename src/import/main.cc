@@ -131,7 +131,11 @@ void print(const Summary &summary, const std::string &examples) {
   }
   std::cout << examples << ": " << summary.nr_train << " training documents, "
             << summary.nr_test << " test documents, " << summary.nr_classes
-            << " classes\n";
+            << (summary.nr_classes == 1 ? " class\n" : " classes\n");
+  if (summary.nr_classes == 1) {
+    std::cout << "there is nothing to tell one class from: give folders for "
+                 "classes, or say with --class where they are\n";
+  }
   if (summary.nr_inner > 0) {
     std::cout << summary.nr_inner
               << " documents are in classes that have sons, and vek assigns "

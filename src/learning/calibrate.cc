@@ -96,7 +96,7 @@ std::vector<WeightType> fit_father(
     columns.push_back(column_of(*son_P, set, matrix));
     if (!son_P->sons.empty())
       columns.back().inclusive = inclusive.at(son_P->id);
-    const std::vector<ClassData *> &heard = heard_classes(*son_P);
+    const auto heard = heard_classes(*son_P, matrix.nr_classes);
     if (father.sons.size() == 1 || heard.size() > Calibration::most_heard)
       continue;
     for (const ClassData *heard_P : heard)

@@ -233,6 +233,7 @@ void add_options(CLI::App &app, Arguments &arguments) {
   app.add_flag("-r,--reverse", arguments.reverse, "sort the other way round");
   app.add_option("-n,--lines", arguments.nr_lines,
                  "show that many lines of a table, 0: all")
+      ->check(vek::check_number)
       ->type_name("NUMBER");
   app.add_option("--html", arguments.html, "write a page instead")
       ->type_name("FILE");

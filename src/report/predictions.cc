@@ -9,6 +9,7 @@
 #include <cstring>
 #include <tuple>
 
+#include "base/escapes.h"
 #include "base/helpers.h"
 #include "base/input_file.h"
 #include "base/textio.h"
@@ -50,6 +51,12 @@ bool read_number(std::string_view text, Number &value) {
   return !text.empty() && result.ec == std::errc() && result.ptr == end_P;
 }
 
+// A name that another program has not escaped is taken as it stands.
+std::string unescaped(std::string_view text) {
+  std::string name;
+  return unescape(text, name) ? name : std::string(text);
+}
+
 std::string quoted(std::string_view text) {
   constexpr std::size_t longest = 60;
   return "`" + std::string(text.substr(0, longest)) +
@@ -87,7 +94,7 @@ class PredictionsParser {
     if (!wrong.empty())
       return wrong;
     Prediction &doc = predictions_.documents.emplace_back();
-    doc.name = cells_[document];
+    doc.name = unescaped(cells_[document]);
     if (doc.name.empty())
       return "a document without a name";
     for (const auto step :
@@ -151,9 +158,15 @@ class PredictionsParser {
            std::to_string(nr_wanted) + " are wanted";
   }
 
+  std::uint32_t enter(std::string_view entry) {
+    if (entry.find('\\') == std::string_view::npos)
+      return classes_.enter(entry);
+    return classes_.enter(unescaped(entry));
+  }
+
   std::string read_filed(Prediction &doc) {
     const std::string wrong = each(filed_in, [&](std::string_view entry) {
-      doc.filed_in.push_back(classes_.enter(entry));
+      doc.filed_in.push_back(enter(entry));
       return true;
     });
     return wrong.empty() ? read_numbers(rank, doc.filed_in.size(), doc.ranks)
@@ -162,7 +175,7 @@ class PredictionsParser {
 
   std::string read_assigned(Prediction &doc) {
     std::string wrong = each(assigned, [&](std::string_view entry) {
-      doc.assigned.push_back({classes_.enter(entry)});
+      doc.assigned.push_back({enter(entry)});
       return true;
     });
     if (wrong.empty())
@@ -184,7 +197,7 @@ class PredictionsParser {
       if (colon == std::string_view::npos || colon == 0)
         return false;
       Scored &scored = doc.candidates.emplace_back();
-      scored.class_id = classes_.enter(entry.substr(0, colon));
+      scored.class_id = enter(entry.substr(0, colon));
       return read_number(entry.substr(colon + 1), scored.score);
     });
     if (wrong.empty())
@@ -315,8 +328,8 @@ bool find_predictions(const std::string &place, ClassNames &classes,
   if (failed || files.empty()) {
     failure = {place, "",
                failed ? std::strerror(errno)
-                      : "no predictions file; vek writes one with "
-                        "`predictions on' in its resource file"};
+                      : "no predictions file; vek writes one of the test "
+                        "documents with `predictions on' in its resource file"};
     return false;
   }
   // The names of files that are not chosen must not get among the classes.

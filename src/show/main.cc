@@ -193,6 +193,7 @@ void add_options(CLI::App &app, Arguments &arguments) {
       ->type_name("PLACE");
   app.add_option("-n,--lines", arguments.nr_lines,
                  "show that many lines of a table, 0: all")
+      ->check(vek::check_number)
       ->type_name("NUMBER");
   app.add_option("-t,--table", arguments.table, "show one table")
       ->type_name("NAME");
@@ -213,7 +214,7 @@ void add_command(CLI::App &app, const Command &command, Arguments &arguments,
   if (name == "document")
     sub.add_option("name", arguments.name, "its name")->required();
   if (name == "term") {
-    sub.add_option("words", arguments.words, "a word, or modifier and word")
+    sub.add_option("word", arguments.words, "a word, or modifier and word")
         ->required();
   }
 }

@@ -97,7 +97,7 @@ Table class_table(const KeptModel &model, const ClassData &data,
     add("demotions_of_terms", nr_demotions);
   }
   const Judging &judging = model.model().judging();
-  if (!judging.classes.empty()) {
+  if (data.id < judging.classes.size()) {
     const ClassJudging &judged = judging.classes[data.id];
     const Calibration &calibration = judged.calibration;
     add("held_out_parts", wide(judging.nr_parts));
@@ -355,9 +355,8 @@ void add_tree_table(const KeptModel &model, Reader reader,
     if (model.classifier().has_thresholds)
       row.push_back(is_top ? Cell() : Cell(class_P->profile.threshold()));
     if (!judging.classes.empty()) {
-      row.push_back(class_P->sons.empty()
-                        ? Cell(judging.classes[class_P->id].threshold)
-                        : Cell());
+      row.push_back(class_P->sons.empty() ? Cell(judging.threshold(class_P->id))
+                                          : Cell());
     }
     table.rows.push_back(std::move(row));
   }

@@ -84,6 +84,7 @@ void add_options(CLI::App &app, Arguments &arguments) {
                  "the directory of --to");
   app.add_option("--settle", arguments.settling,
                  "seconds after which a text that is found is complete (2)")
+      ->check(vek::check_number)
       ->check(CLI::Range(0.0, 86400.0));
   app.add_option("--wait", arguments.patience,
                  "seconds to wait for what another process is using (0)");

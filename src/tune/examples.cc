@@ -1,16 +1,21 @@
 #include "tune/examples.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <map>
 #include <set>
 #include <utility>
 
+#include "base/helpers.h"
 #include "base/input_file.h"
 #include "intake/lists.h"
 #include "vocabulary/atomtab.h"
 
 namespace vek::tuning {
 namespace {
+
+constexpr std::uint32_t not_a_word = 0xFFFFFFFF;
 
 // FNV-1a, with its bits mixed once more (the finalizer of MurmurHash3): of
 // names that differ in their last character alone the upper bits would be
@@ -26,11 +31,16 @@ std::uint64_t hash_of(std::string_view name) {
 
 }  // namespace
 
-bool Examples::read_list(const std::string &path, Failure &failure) {
+bool Examples::read_list(const std::string &directory, Failure &failure) {
+  const std::string path = Path(directory, list_name(ListKind::train), "");
   std::string text;
   std::string reason;
   if (read_file(path, text, reason) != ReadResult::ok) {
     failure = {path, "", reason};
+    return false;
+  }
+  if (!base_name(directory, top_)) {
+    failure = {directory, "", std::strerror(errno)};
     return false;
   }
   ListReader reader(text);
@@ -47,9 +57,11 @@ bool Examples::read_list(const std::string &path, Failure &failure) {
     const auto [place, is_new] =
         places_.emplace(entry.document, examples_.size());
     if (is_new)
-      examples_.push_back({entry.document, {}, {}});
+      examples_.push_back({entry.document, examples_.size(), {}, {}});
     std::vector<std::string> &classes = examples_[place->second].classes;
     classes.insert(classes.end(), entry.classes.begin(), entry.classes.end());
+    for (const std::string &name : entry.classes)
+      classes_.try_emplace(name, classes_.size());
   }
   return true;
 }
@@ -95,9 +107,12 @@ void Examples::choose(std::size_t nr_docs) {
 }
 
 bool Examples::read_profiles(const Model &model, Failure &failure) {
-  is_word_.resize(model.terms().size());
-  for (std::uint32_t id = 0; id < model.terms().size(); ++id)
-    is_word_[id] = model.terms().mod(id) == EmptyAtom;
+  words_.assign(model.terms().size(), not_a_word);
+  std::uint32_t next = 0;
+  for (std::uint32_t id = 0; id < model.terms().size(); ++id) {
+    if (model.terms().mod(id) == EmptyAtom)
+      words_[id] = next++;
+  }
   double nr_terms = 0.0;
   double nr_words = 0.0;
   for (Example &example : examples_) {
@@ -107,7 +122,7 @@ bool Examples::read_profiles(const Model &model, Failure &failure) {
     nr_terms += double(example.profile.size());
     nr_words += double(std::ranges::count_if(
         example.profile, [&](const DocProfileEntry &entry) -> bool {
-          return is_word_[entry.term];
+          return words_[entry.term] != not_a_word;
         }));
   }
   share_of_words_ = nr_terms > 0.0 ? nr_words / nr_terms : 1.0;
@@ -140,7 +155,14 @@ double Examples::share_of_several() const {
 }
 
 void Examples::fill(std::size_t nr_docs, ClassTable &classes) const {
-  classes.enter("top", 0);
+  classes.enter(top_, 0);
+  std::map<std::size_t, std::string_view> names;
+  for (std::size_t i = 0; i < nr_docs; ++i) {
+    for (const std::string &name : examples_[i].classes)
+      names.emplace(classes_.at(name), name);
+  }
+  for (const auto &[place, name] : names)
+    classes.enter_path(std::string(name), 0);
   for (std::size_t i = 0; i < nr_docs; ++i) {
     for (const std::string &path : examples_[i].classes)
       classes.add_train_document(classes.enter_path(path, 0),
@@ -172,8 +194,10 @@ void Examples::read(const std::string &name, bool words_only,
                     DocProfile &profile) const {
   const DocProfile &all = examples_[places_.at(name)].profile;
   for (const DocProfileEntry &entry : all) {
-    if (!words_only || is_word_[entry.term])
+    if (!words_only)
       profile.add_term(entry.term, entry.freq);
+    else if (words_[entry.term] != not_a_word)
+      profile.add_term(words_[entry.term], entry.freq);
   }
 }
 

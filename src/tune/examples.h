@@ -6,6 +6,7 @@
 #include <tsl/robin_map.h>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,6 +23,7 @@ class Examples {
  public:
   struct Example {
     std::string name;
+    std::size_t place = 0;             // in the list
     std::vector<std::string> classes;  // as filed, by their paths
     DocProfile profile;
   };
@@ -37,9 +39,9 @@ class Examples {
     double share_of_words = 1.0;
   };
 
-  // Reads a training list. False, with `failure` filled in, if it cannot be
-  // read or a line of it is malformed.
-  bool read_list(const std::string &path, Failure &failure);
+  // Reads the training list of an examples directory. False, with `failure`
+  // filled in, if it cannot be read or a line of it is malformed.
+  bool read_list(const std::string &directory, Failure &failure);
 
   // Puts the documents in their order and forgets all behind the first
   // `nr_docs`. Classes have the same shares in any first ones, as far as that
@@ -62,20 +64,25 @@ class Examples {
   bool has_pairs() const {
     return share_of_words_ > 0.0 && share_of_words_ < 1.0;
   }
-  std::size_t nr_terms() const { return is_word_.size(); }
+  std::size_t nr_terms() const { return words_.size(); }
 
-  // Fills the empty table with the first documents.
+  // Fills the empty table with the first documents. Classes get their ids in
+  // the order of the list, as in a run with these documents: with the same
+  // parts held out, it comes to the same.
   void fill(std::size_t nr_docs, ClassTable &classes) const;
   Size size_of(std::size_t nr_docs) const;
-  // Fills the empty profile with the terms of a document, all or those without
-  // a modifier.
+  // Fills the empty profile with the terms of a document. Those without a
+  // modifier alone are counted among themselves, as where there are no others.
   void read(const std::string &name, bool words_only,
             DocProfile &profile) const;
 
  private:
   std::vector<Example> examples_;
+  std::string top_;                             // the name of the top class
+  std::map<std::string, std::size_t> classes_;  // the place in the list's order
   tsl::robin_map<std::string, std::size_t> places_;
-  std::vector<bool> is_word_;  // by term
+  // By term: which of the words it is, or not_a_word.
+  std::vector<std::uint32_t> words_;
   double share_of_words_ = 1.0;
 };
 

@@ -2,15 +2,19 @@
 #include <CLI/CLI.hpp>
 
 #include <cerrno>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <new>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/command_line.h"
@@ -19,7 +23,6 @@
 #include "base/output_file.h"
 #include "data/directory_lock.h"
 #include "data/names.h"
-#include "intake/lists.h"
 #include "model/model.h"
 #include "params/resources.h"
 #include "tune/analysis.h"
@@ -53,6 +56,10 @@ struct Arguments {
 bool check_output(const std::string &path, bool force, Failure &failure) {
   if (!force && file_exists(path)) {
     failure = {path, "", "it is there already; --force replaces it"};
+    return false;
+  }
+  if (is_directory(path)) {
+    failure = {path, "", std::strerror(EISDIR)};
     return false;
   }
   const auto parent = std::filesystem::path(path).parent_path().string();
@@ -95,13 +102,17 @@ class OpenData {
     return model_.open(directory, failure);
   }
   const Model &model() const { return model_; }
+  // In the order of the list, as vek would have analysed them.
   std::vector<std::string> missing(const Examples &examples) const {
-    std::vector<std::string> names;
+    std::map<std::size_t, std::string> names;
     for (const Examples::Example &example : examples.examples()) {
       if (!model_.documents().contains(example.name))
-        names.push_back(example.name);
+        names.emplace(example.place, example.name);
     }
-    return names;
+    std::vector<std::string> in_order;
+    for (auto &[place, name] : names)
+      in_order.push_back(std::move(name));
+    return in_order;
   }
 
  private:
@@ -157,9 +168,10 @@ std::string without_slash(std::string path) {
   return path;
 }
 
-std::string result_text(const Arguments &arguments, const Finding &finding,
+std::string result_text(const Arguments &arguments, const Search &search,
                         std::size_t nr_classes, Params place) {
   char figures[200];
+  const Finding &finding = search.best();
   const Quality &quality = finding.quality;
   std::snprintf(figures, sizeof figures,
                 "# %zu documents, %zu classes, %u parts: precision %.2f %%, "
@@ -170,8 +182,9 @@ std::string result_text(const Arguments &arguments, const Finding &finding,
   std::string text =
       "# Settings that vek-tune has found for the training list of " +
       escaped(arguments.examples) +
-      ".\n# How documents of the list were judged that were held out:\n" +
-      figures;
+      ".\n# How documents of the list were judged that were held out, by the "
+      "best of " +
+      std::to_string(search.nr_trials()) + " trials:\n" + figures;
   if (finding.settings.value("terms") == "words") {
     place.analyser += " -t words";
     place.data_directory = without_slash(place.data_directory) + "-words";
@@ -188,8 +201,7 @@ bool tune(const Arguments &arguments, Failure &failure) {
   Examples examples;
   if (!read_resources("", arguments.resources, params, failure) ||
       !check_output(output, arguments.force, failure) ||
-      !examples.read_list(
-          Path(arguments.examples, list_name(ListKind::train), ""), failure)) {
+      !examples.read_list(arguments.examples, failure)) {
     return false;
   }
   examples.choose(
@@ -212,8 +224,7 @@ bool tune(const Arguments &arguments, Failure &failure) {
                                   : "no settings find a class of any document"};
     return false;
   }
-  if (!write_output(output,
-                    result_text(arguments, search.best(), nr_classes, params),
+  if (!write_output(output, result_text(arguments, search, nr_classes, params),
                     failure)) {
     return false;
   }
@@ -243,6 +254,7 @@ int main(int nr_arguments, char **arguments) {
   app.add_option("-b,--budget", values.budget,
                  "so many times the usual work, 0.01 to 1000 (1)")
       ->type_name("NUMBER")
+      ->check(vek::check_number)
       ->check(CLI::Range(0.01, 1000.0).description(""));
   app.add_flag("-f,--force", values.force, "replace the file if it is there");
   app.footer("Exit status: 0 done, 2 failure");

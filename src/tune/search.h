@@ -53,6 +53,7 @@ class Search {
   // False if no trial has found any class of a document.
   bool has_found() const { return best_.quality.f > 0.0; }
   const Finding &best() const { return best_; }
+  std::size_t nr_trials() const { return nr_trials_; }
 
  private:
   struct Stage {

@@ -72,6 +72,27 @@ TEST_F(JudgeTest, LetsAClassHearItsSons) {
   EXPECT_EQ(judge({0, 3, 3, 0, 0}), "a/x:0.488 ");
 }
 
+// As a test list can name them in a run that does not learn.
+TEST_F(JudgeTest, KnowsNothingOfClassesThatCameLater) {
+  params.max_ranks = 3;
+  // b hears the sons of its only son.
+  judging.classes.resize(classes.size() + 2);
+  for (const char *path : {"b/z/v", "b/z/w"})
+    judging.classes[at(path).id].calibration.offset = 0.0;
+  judging.classes[at("b").id].calibration.factors_of_sons = {0.0, 0.0};
+  judging.classes[at("a/x").id].threshold = 0.3;
+  const std::string before = judge({1, 2, -2, 1, 0});
+  EXPECT_EQ(before, "a/x:0.491 ");
+  judging.algorithm = Algorithm::rocchio;
+  const std::string text = judging.text();
+  for (const char *path : {"c", "b/new", "b/z/new", "a/new/new"})
+    at(path);
+  EXPECT_EQ(judge({1, 2, -2, 1, 0}), before);
+  Judging read;
+  EXPECT_TRUE(read.parse(text, classes));
+  EXPECT_EQ(read, judging);
+}
+
 TEST_F(JudgeTest, GivesTheBestClassIfAskedTo) {
   EXPECT_EQ(judge({0, 0, 0, 0.1, 0}), "b/z:0.525 ");
   judging.classes[at("b/z").id].threshold = 0.6;

@@ -187,6 +187,13 @@ TEST_F(ImportTest, ClassNamesHoldInLists) {
                       read_text("examples/train").substr(0, 17) + ".txt"),
             "one");
   EXPECT_NE(read_text("examples/vek.rc").find("maxranks 5"), std::string::npos);
+  // The second and later classes of a document count as well.
+  write_text("more.csv", "text,class\nthree,x\nfour,w;x\n");
+  ASSERT_EQ(import("-s ';' more.csv examples"), 0);
+  const std::string told = read_text("output");
+  EXPECT_NE(told.find(" 8 classes\n2 documents are in classes that have sons"),
+            std::string::npos)
+      << told;
 }
 
 TEST_F(ImportTest, FiltersMakeText) {

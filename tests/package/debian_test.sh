@@ -31,8 +31,8 @@ for flag in -O2 -D_FORTIFY_SOURCE=2 -fstack-protector-strong -ffp-contract=off; 
     exit 1
   }
 done
-grep -q -e ' -O3 .*termindex\.cc$' "$work/compiled" || {
-  echo "termindex.cc has no -O3"
+grep -q -e ' -O3 .*invertedindex\.cc$' "$work/compiled" || {
+  echo "invertedindex.cc has no -O3"
   exit 1
 }
 step lintian --allow-root --fail-on error "$work"/vek_*.changes

@@ -106,6 +106,17 @@ TEST(Predictions, ColumnsAreFoundByName) {
   EXPECT_EQ(predictions.documents[0].candidates[0].score, 2);
 }
 
+TEST(Predictions, NamesAreUnescapedWhereTheyCan) {
+  const Read read(
+      "d\\x09\\\\e|a\\x09b|a\\x09b|2|1||1|1|a\\x09b:2|1\n"
+      "d\\e|a|||||1|0||\n");
+  ASSERT_TRUE(read.is_good) << read.failure.text();
+  EXPECT_EQ(read.run.predictions.documents[0].name, "d\t\\e");
+  EXPECT_EQ(read.run.predictions.documents[1].name, "d\\e");
+  EXPECT_EQ(read.names[0], "a\tb");
+  EXPECT_EQ(read.names.size(), 2U);
+}
+
 TEST(Predictions, TheNewestWithTestDocumentsIsTaken) {
   const TemporaryDirectory directory;
   const auto write = [](const std::string &name, const char *text, int age) {

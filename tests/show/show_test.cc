@@ -170,6 +170,8 @@ TEST_F(ShowTest, RefusesInWords) {
       {"document 'a\nb'", "data: there is no profile of document `a\\x0Ab'"},
       {"term odd", "data: there is no term `odd'"},
       {"tree -t terms", "--table=terms: `tree' has no such table"},
+      {"tree -n -1", "--lines: -1 is no number from 0 up"},
+      {"term", "word is required"},
       {"-d none tree", "none: there is no such directory"},
       {"-C none tree", "none: there is no such directory"},
       {"-d files tree", "files/classes: No such file or directory"}};

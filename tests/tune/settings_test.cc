@@ -59,13 +59,13 @@ TEST(TuneExamples, AnyFirstDocumentsAreAFairSample) {
     lines += line;
     backwards.insert(0, line);
   }
-  write_text("train", lines);
-  write_text("train2", backwards);
+  write_text("a/train", lines);
+  write_text("b/train", backwards);
   Failure failure;
   Examples examples;
   Examples others;
-  ASSERT_TRUE(examples.read_list("train", failure));
-  ASSERT_TRUE(others.read_list("train2", failure));
+  ASSERT_TRUE(examples.read_list("a", failure));
+  ASSERT_TRUE(others.read_list("b", failure));
   examples.choose(1000);
   others.choose(100);
   ASSERT_EQ(examples.size(), 300U);

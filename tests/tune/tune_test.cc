@@ -33,16 +33,21 @@ Outcome run(const std::string &command) {
 
 constexpr char tune[] = "timeout 60 " VEK_TUNE_PROGRAM " ";
 
-// Of a report on test documents, in percent.
-double f_in_log() {
+// Of the last report on test documents or the first, which is that on held-out
+// ones, in percent.
+double f_in_log(bool last = true) {
   const std::string log = read_text("vek.log");
-  const std::size_t line = log.rfind("\nTotal");
+  const std::size_t line = last ? log.rfind("\nTotal") : log.find("\nTotal");
   double precision = 0.0;
   double recall = 0.0;
   double f = 0.0;
   std::sscanf(log.c_str() + line, "\nTotal %lf%% %lf%% %lf%%", &precision,
               &recall, &f);
   return f;
+}
+
+double f_in(const std::string &tuned) {
+  return std::atof(tuned.c_str() + tuned.find("\n# F") + 5);
 }
 
 class TuneTest : public testing::Test {
@@ -52,6 +57,7 @@ class TuneTest : public testing::Test {
     const char *path = std::getenv("PATH");
     setenv("PATH", (VEK_PROGRAM_DIRECTORY ":" + std::string(path)).c_str(), 1);
     std::minstd_rand dice(7);
+    const char *const classes[] = {"top", "k1", "k2", "k3"};
     for (int i = 0; i < 160; ++i) {
       const std::string name = "d" + std::to_string(i);
       const int number = i % 4;
@@ -60,7 +66,7 @@ class TuneTest : public testing::Test {
       for (auto k = dice() % 40; k > 0; --k)
         text += noise;
       write_text("files/" + name + ".txt", text);
-      (i < 120 ? train_ : test_) += name + " k" + std::to_string(number) + '\n';
+      (i < 120 ? train_ : test_) += name + ' ' + classes[number] + '\n';
     }
     write_text("train", train_);
     write_text("test", "d0\n");
@@ -85,7 +91,9 @@ TEST_F(TuneTest, FindsBetterSettingsForTheTestListThatItDoesNotOpen) {
   ASSERT_EQ(run(VEK_PROGRAM " .").status, 0);
   const double before = f_in_log();
   ASSERT_EQ(run(VEK_PROGRAM " -r tuned .").status, 0);
-  EXPECT_GT(f_in_log(), before + 10.0) << read_text("tuned.rc");
+  const std::string tuned = read_text("tuned.rc");
+  EXPECT_GT(f_in_log(), before + 10.0) << tuned;
+  EXPECT_EQ(f_in(tuned), f_in_log(false));
 }
 
 TEST_F(TuneTest, FindsTheSameWithAnyNumberOfProcessors) {
@@ -123,6 +131,7 @@ TEST_F(TuneTest, LeavesOutPairsThatHarm) {
   EXPECT_NE(tuned.find("\ndatadirectory \"known-words\"\n"), std::string::npos);
   fs::remove("test");
   EXPECT_EQ(run(VEK_PROGRAM " -r tuned .").status, 0);
+  EXPECT_EQ(f_in(tuned), f_in_log(false));
 }
 
 TEST_F(TuneTest, LeavesAKeptModelAlone) {
@@ -186,6 +195,7 @@ TEST_F(TuneTest, TellsWhatIsWrong) {
   write_text("bad/train", "d0 a\nd1\n");
   write_text("none/train", "d0 a\nd999 b\n");
   write_text("bad.rc", "[General]\nfoo 3\n");
+  write_text("directory.rc/file", "");
   const int data = open("data", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   const struct {
     const char *arguments;
@@ -193,6 +203,8 @@ TEST_F(TuneTest, TellsWhatIsWrong) {
     int lock = LOCK_UN;
   } cases[] = {
       {"-o there .", "there.rc: it is there already; --force replaces it"},
+      {"-f -o directory .", "directory.rc: Is a directory"},
+      {"-b nan -o new .", "--budget: it is no number"},
       {"-o no/where .", "no/where.rc: No such file or directory"},
       {"-o new one", "one: the training list names fewer than two classes"},
       {"-o new bad", "bad/train: line 2: format error"},

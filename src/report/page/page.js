@@ -119,7 +119,7 @@
       container.append(...next.map(make));
       shown += next.length;
       more.hidden = shown >= entries.length;
-      more.textContent = `Show more: ${entries.length - shown} are left`;
+      more.textContent = `Show more (${(entries.length - shown).toLocaleString("en")} left)`;
     }
     more.addEventListener("click", () => show(step * 4));
     addEventListener("beforeprint", () => show(Math.max(500 - shown, 0)));
@@ -288,8 +288,7 @@
     const [precision, recall, f1] = summary.macro;
     section("overview", "Overview",
       `${many(judged, "document")} in ${classCount}: ${summary.correct.toLocaleString("en")} of ` +
-      `${total.support.toLocaleString("en")} filings were found, and ${summary.wrong.toLocaleString("en")} ` +
-      "assignments were wrong.",
+      `${many(total.support, "filing")} found, ${many(summary.wrong, "wrong assignment")}.`,
       h("div", { class: "tiles" },
         tile("Micro F1", percent(total.f1, 2),
           `precision ${percent(total.precision, 2)}, recall ${percent(total.recall, 2)}`),
