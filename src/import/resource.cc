@@ -45,6 +45,8 @@ std::string resource_text(const std::string &language, std::size_t nr_classes) {
       "# The language was told by the texts; `vek-analyse -l ?' has all.\n";
   text += "analyser \"" + find_analyser() + " -l " + language + "\"\n";
   text +=
+      "# Longer than this, in seconds, no text can take it.\n"
+      "analysertimeout 300\n"
       "training winnow\n"
       "# All terms; Winnow finds out by itself which ones matter.\n"
       "selectivity 0\n"
