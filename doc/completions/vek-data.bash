@@ -9,7 +9,7 @@ _vek_data() {
     ((COMP_CWORD > 1)) || options+=$'\n-V\n--version'
     [[ $command != @(info|list|export) ]] || options+=$'\n-j\n--json'
     [[ $command != list ]] || options+=$'\n-e\n--empty'
-    [[ $command != pack ]] || options+=$'\n-r\n--resources\n-d\n--data\n-a\n--algorithm\n-c\n--analyser'
+    [[ $command != pack ]] || options+=$'\n-r\n--resource\n-d\n--data\n-a\n--algorithm\n-c\n--analyser'
     mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
     return
   fi
@@ -22,7 +22,7 @@ _vek_data() {
     return
   fi
   compopt -o filenames
-  if [[ ${COMP_WORDS[COMP_CWORD-1]} == @(-r|--resources|-c|--analyser) ]]; then
+  if [[ ${COMP_WORDS[COMP_CWORD-1]} == @(-r|--resource|-c|--analyser) ]]; then
     mapfile -t COMPREPLY < <(compgen -f -- "$word")
     return
   fi

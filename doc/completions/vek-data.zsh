@@ -6,7 +6,7 @@ _arguments \
   '(- *)'{-V,--version}'[show version]' \
   {-j,--json}'[write JSON]' \
   {-e,--empty}'[only documents without terms]' \
-  {-r,--resources}'[resource file]:file:_files' \
+  {-r,--resource}'[resource file]:file:_files' \
   {-d,--data}'[data directory]:directory:_files -/' \
   {-a,--algorithm}'[classifier]:letter:(W R S L)' \
   {-c,--analyser}'[analyser where the model will be used]:command:_files' \

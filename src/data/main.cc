@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "answering/manifest.h"
+#include "answering/place_options.h"
 #include "base/command_line.h"
 #include "base/helpers.h"
 #include "data/contents.h"
@@ -18,7 +19,6 @@
 #include "data/names.h"
 #include "data/pack.h"
 #include "data/verify.h"
-#include "learning/classifiers.h"
 
 namespace {
 
@@ -234,20 +234,7 @@ void add_pack(CLI::App &app, Packing &packing) {
       ->required();
   sub.add_option("model", packing.destination, "directory not there yet")
       ->required();
-  sub.add_option("-r,--resources", packing.place.resource_file,
-                 "resource file, as vek's -r");
-  sub.add_option("-d,--data", packing.place.data_directory,
-                 "data directory, as vek's -d");
-  std::vector<std::string> letters;
-  for (const vek::Classifier &classifier : vek::classifiers())
-    letters.emplace_back(1, classifier.option_letter);
-  sub.add_option_function<std::string>(
-         "-a,--algorithm",
-         [&packing](const std::string &text) {
-           packing.place.algorithm = vek::algorithm_of_letter(text[0]);
-         },
-         "classifier, as vek's -a")
-      ->check(CLI::IsMember(letters));
+  vek::add_place_options(sub, packing.place);
   sub.add_option_function<std::string>(
       "-c,--analyser",
       [&packing](const std::string &text) { packing.analyser = text; },

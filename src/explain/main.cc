@@ -10,6 +10,7 @@
 #include <string>
 
 #include "answering/kept_model.h"
+#include "answering/place_options.h"
 #include "answering/scratch_file.h"
 #include "base/command_line.h"
 #include "base/helpers.h"
@@ -40,7 +41,6 @@ struct Arguments {
   std::string document;
   std::string class_path;  // empty: all of the way
   KeptModel::Place place;
-  std::string algorithm;
   std::size_t nr_terms = 10;  // each way; 0: all
   std::string html;           // empty: no page
   bool exact = false;
@@ -213,15 +213,7 @@ void add_options(CLI::App &app, Arguments &arguments) {
   app.add_option("-C,--directory", arguments.place.directory,
                  "where vek is called (.)")
       ->type_name("DIRECTORY");
-  app.add_option("-r,--resource", arguments.place.resource_file,
-                 "resource file, as vek's -r")
-      ->type_name("FILE");
-  app.add_option("-d,--data", arguments.place.data_directory,
-                 "data directory, as vek's -d")
-      ->type_name("DIRECTORY");
-  app.add_option("-a,--algorithm", arguments.algorithm,
-                 "classifier: W, R, S or L")
-      ->type_name("LETTER");
+  add_place_options(app, arguments.place);
   app.add_option("-t,--terms", arguments.nr_terms,
                  "terms for and against each, 0: all (10)")
       ->check(vek::check_number)
@@ -252,11 +244,6 @@ int main(int nr_arguments, char **arguments) {
     return refuse("a document is needed");
   if (values.json + values.tsv + !values.html.empty() > 1)
     return refuse("only one of --json, --tsv and --html");
-  if (!values.algorithm.empty()) {
-    values.place.algorithm = algorithm_of_letter(values.algorithm[0]);
-    if (!values.place.algorithm)
-      return refuse("valid arguments to -a are W, R, S and L");
-  }
   try {
     return run(values);
   } catch (const std::bad_alloc &) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "answering/kept_model.h"
+#include "answering/place_options.h"
 #include "base/command_line.h"
 #include "data/names.h"
 #include "report/table.h"
@@ -32,7 +33,6 @@ struct Arguments {
   std::string name;  // of the class or document
   std::vector<std::string> words;
   KeptModel::Place place;
-  std::string algorithm;
   std::string predictions;              // empty: of the place
   std::string table;                    // empty: the usual ones
   std::optional<std::size_t> nr_lines;  // 0: all
@@ -179,15 +179,7 @@ void add_options(CLI::App &app, Arguments &arguments) {
   app.add_option("-C,--directory", arguments.place.directory,
                  "where vek is called (.)")
       ->type_name("DIRECTORY");
-  app.add_option("-r,--resource", arguments.place.resource_file,
-                 "resource file, as vek's -r")
-      ->type_name("FILE");
-  app.add_option("-d,--data", arguments.place.data_directory,
-                 "data directory, as vek's -d")
-      ->type_name("DIRECTORY");
-  app.add_option("-a,--algorithm", arguments.algorithm,
-                 "classifier: W, R, S or L")
-      ->type_name("LETTER");
+  add_place_options(app, arguments.place);
   app.add_option("-p,--predictions", arguments.predictions,
                  "file or directory for what is confused")
       ->type_name("PLACE");
@@ -240,11 +232,6 @@ int main(int nr_arguments, char **arguments) {
     return refuse("a command is needed; -h shows them");
   if (values.json && values.tsv)
     return refuse("only one of --json and --tsv");
-  if (!values.algorithm.empty()) {
-    values.place.algorithm = algorithm_of_letter(values.algorithm[0]);
-    if (!values.place.algorithm)
-      return refuse("valid arguments to -a are W, R, S and L");
-  }
   try {
     return run(values, *chosen_P);
   } catch (const std::bad_alloc &) {

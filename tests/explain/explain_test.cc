@@ -241,7 +241,7 @@ TEST_F(ExplainTest, RefusesInWords) {
     const char *message;
   } early[] = {{"", "a document is needed"},
                {"-j --tsv d0", "only one of --json, --tsv and --html"},
-               {"-a X d0", "valid arguments to -a are W, R, S and L"},
+               {"-a Wx d0", "valid arguments to -a are W, R, S and L"},
                {"-r bad d0", "bad.rc: line 1: before `on': parse error: "},
                {"d0", "data: there is no such directory"},
                {"-d empty d0", "empty/classes: No such file or directory"}};
