@@ -92,6 +92,31 @@ TEST(Calibration, HearsTheSons) {
   EXPECT_LT(curve.logit(0.5, 0.0), curve.logit(0.5, 5.0));
 }
 
+// One son speaks for the class, the other one against it; their units differ.
+TEST(Calibration, HearsEachSonByAFactorOfItsOwn) {
+  Dice dice(5);
+  CalibrationColumn column;
+  column.scores_of_sons.resize(2);
+  for (int i = 0; i < 4000; ++i) {
+    const bool is_member = dice(2) == 0;
+    const double sign = is_member ? 1.0 : -1.0;
+    column.scores.push_back(dice(1000) / 1000.0);  // tells nothing
+    column.is_member.push_back(is_member);
+    column.scores_of_sons[0].push_back(dice(1000) / 500.0 + sign + 7.0);
+    column.scores_of_sons[1].push_back(50.0 * (dice(1000) / 500.0 - sign));
+  }
+  const Calibration curve = fit_sons({{column}}, false)[0];
+  int nr_right = 0;
+  for (std::size_t i = 0; i < column.scores.size(); ++i) {
+    const double sons[] = {column.scores_of_sons[0][i],
+                           column.scores_of_sons[1][i]};
+    const double logit = curve.logit(column.scores[i], 0.0, sons);
+    nr_right += (logit > 0.0) == (column.is_member[i] != 0) ? 1 : 0;
+  }
+  EXPECT_GT(nr_right, 3700);
+  EXPECT_NEAR(curve.factors_of_sons[0] / curve.factors_of_sons[1], -50.0, 10.0);
+}
+
 TEST(Calibration, HoldsWhereThereIsLittleToFit) {
   const struct {
     CalibrationColumn column;
